@@ -1,0 +1,21 @@
+# One interface target that every library and program of the tree links: language level, warnings,
+# sanitizers, and the switches that make Qt strict.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+
+add_library(updown_options INTERFACE)
+target_compile_options(updown_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wnon-virtual-dtor
+  -Woverloaded-virtual -Wimplicit-fallthrough -Werror)
+if(UPDOWN_SANITIZE)
+  target_compile_options(updown_options INTERFACE
+    -fsanitize=${UPDOWN_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  target_link_options(updown_options INTERFACE -fsanitize=${UPDOWN_SANITIZE})
+endif()
+
+add_library(updown_qt_options INTERFACE)
+target_link_libraries(updown_qt_options INTERFACE updown_options)
+target_compile_definitions(updown_qt_options INTERFACE
+  QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING QT_NO_KEYWORDS
+  QT_NO_CONTEXTLESS_CONNECT QT_STRICT_ITERATORS)

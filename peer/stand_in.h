@@ -1,0 +1,105 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace updown::peer {
+
+// A relay and a file service in one, on loopback, over a folder: for demo, tests and people who
+// work on the client. Written against the bytes of the wire, with a codec of its own, so that a
+// mistake of the client does not cancel out. Includes nothing from src/.
+
+struct Login {
+  std::string user;
+  std::string password;
+  std::string realm;
+};
+
+// What to do wrong, and when. A fault strikes when its message comes for the `skip` + 1st time, and
+// then `times` times (0: for ever).
+struct Fault {
+  enum class Kind {
+    DropBefore,      // close the connection instead of answering
+    DropInside,      // close after half of the reply frame (of the block, for 4104)
+    DropAfter,       // answer, then close
+    Stall,           // never answer, keep the connection open until it is closed
+    WrongCode,       // answer with `code`
+    BadList,         // answer with a frame whose attribute list does not decode
+    Oversized,       // answer with a frame longer than 32768 bytes
+    NoCode,          // answer without attribute 1
+    EmptyBlock,      // 4104: a block of length 0
+    BadEntry,        // 4099: an entry without its attributes, behind the good ones
+    CutListing,      // 4099: close after two entries
+  };
+  Kind kind = Kind::DropBefore;
+  std::uint32_t message = 0;  // message code; 0 strikes every message; 1 relay resolve, 2 relay connect
+  std::uint32_t skip = 0;
+  std::uint32_t times = 1;
+  std::uint32_t code = 0;     // WrongCode
+};
+
+struct Options {
+  std::string root;               // folder served as "/"
+  int dialect = 1;                // 1 or 2
+  std::uint32_t blockLength = 65536;
+  std::optional<Login> login;     // nothing: sessions are granted at once
+  std::string serviceName = "fileservice";  // what the relay resolves
+  bool fragment = false;          // every send byte by byte (first 64 bytes), then in odd pieces
+  std::uint32_t blockDelayMs = 0;
+  std::vector<Fault> faults;
+};
+
+// One request as it came in, for tests to look at.
+struct SeenRequest {
+  std::uint32_t message = 0;  // message code; 1 and 2 for the relay's two
+  std::vector<std::uint8_t> bytes;  // the whole frame or packet
+};
+
+// Starts listening on an ephemeral loopback port when made; stops, with all its connections and
+// threads, when destroyed. Thread-safe.
+class StandIn {
+ public:
+  explicit StandIn(Options options);
+  ~StandIn();
+  StandIn(const StandIn&) = delete;
+  StandIn& operator=(const StandIn&) = delete;
+
+  std::uint16_t RelayPort() const;
+
+  // The eight variables that a client needs, names and values; identity "demo", "user", and
+  // application number 12 (coded "DBDC").
+  std::vector<std::pair<std::string, std::string>> Environment(int languageId = 1033) const;
+
+  void AddFault(const Fault& fault);
+  void ClearFaults();
+  void SetBlockLength(std::uint32_t length);
+  // Sessions issued so far are no longer known: attaching with them is refused with "login needed".
+  void ForgetSessions();
+
+  std::vector<SeenRequest> Requests() const;
+  void ForgetRequests();
+  std::uint32_t OpenConnections() const;       // service connections that are joined right now
+  std::uint32_t MostConnections() const;       // most at a time so far
+
+ private:
+  struct Impl;
+  std::unique_ptr<Impl> impl_;
+};
+
+// A package area as the sending side leaves one: complete, half-arrived and empty packages, header
+// texts in the code page of the language, notes with line breaks, attachments from 0 bytes to some
+// megabytes. The same seed makes the same bytes.
+struct AreaOptions {
+  std::string folder;
+  int packages = 12;
+  std::uint32_t seed = 1;
+  int languageId = 1033;
+};
+void MakeArea(const AreaOptions& options);
+
+}  // namespace updown::peer

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <array>
+#include <chrono>
+#include <cstdint>
+#include <memory>
+
+#include "engine/tasks.h"
+#include "platform/event.h"
+#include "platform/thread.h"
+#include "service/operations.h"
+#include "wire/sockets.h"
+
+namespace updown {
+
+inline constexpr std::size_t kWorkerSlots = 10;
+inline constexpr std::chrono::milliseconds kIdleWait{10000};  // while no worker runs
+inline constexpr std::chrono::milliseconds kPace{1000};       // after each block, on its worker
+inline constexpr std::chrono::milliseconds kExitWait{60000};  // for workers, at the end
+
+// What frame, scheduler and workers share. Held by shared_ptr, because a worker that is stuck in
+// the system outlives the frame until the process ends.
+struct SchedulerContext {
+  std::shared_ptr<TaskQueue> queue;
+  Event schedulerExit;
+  Event schedulerWake;  // "look again", no more
+  std::array<std::unique_ptr<Thread>, kWorkerSlots> workerThreads;  // the scheduler's alone
+
+  const FileService* service = nullptr;  // outlives all threads
+  SocketGroup connections;               // of all workers; cut at exit
+  ThreadStarter startThread = &Thread::Start;
+  std::chrono::milliseconds pace = kPace;
+};
+
+// Runs until schedulerExit: keeps up to ten workers on runnable tasks, in queue order. At its end
+// running tasks go to Stopped, their connections are cut, and it waits for the workers, at most
+// kExitWait.
+void SchedulerThread(const std::shared_ptr<SchedulerContext>& context);
+
+// The scheduler's thread as the frame holds it.
+class Scheduler {
+ public:
+  explicit Scheduler(std::shared_ptr<SchedulerContext> context);
+  // Tells it to end and waits, at most `limit`. True if it and all workers have ended; if not, the
+  // process must end without destroying what they use.
+  bool Stop(std::chrono::milliseconds limit);
+
+ private:
+  std::shared_ptr<SchedulerContext> context_;
+  std::unique_ptr<Thread> thread_;
+};
+
+// One task from start to end on the calling worker thread; returns its result code. Posts
+// kTaskResult and kSaveTaskList to the task's owner at the end.
+int RunTransferWorker(SchedulerContext& context, const TaskPointer& task, std::uint32_t run);
+
+}  // namespace updown

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+
+#include "localdata/transfer_record.h"
+
+namespace updown {
+
+// The file that carries unfinished transfers over a restart: attribute lists one behind the other,
+// one for each record, without head, count or checksum. Main thread only.
+//
+//   tag  1 direction   2 remotePath   3 localPath   4 totalBytes      5 doneBytes
+//        6 remoteTime  7 recordId     8 parentRecordId  9 isFolder   10 state      then 255
+//
+// Lengths are big-endian as everywhere in the coding, numbers are 4 bytes little-endian.
+
+// Replaces the file by the chain's records, the Finished ones left out. A record whose paths make
+// it longer than 1024 bytes is left out too. Failures are not reported: the file is a convenience.
+void SaveTaskList(const RecordChain& chain, const std::string& path);
+
+// The records in file order, keepAcrossRestart 0. A missing file is made, empty. Reading ends at the
+// first thing that is no whole record, with all records before it.
+RecordChain LoadTaskList(const std::string& path);
+
+}  // namespace updown

@@ -1,0 +1,101 @@
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "platform/chain.h"
+
+namespace updown {
+
+// Stored in the task list file by value. A file may bring any other number; such a record is kept
+// and never runs.
+enum class TransferState : std::uint32_t {
+  Queued = 0,    // may run
+  Stopped = 1,   // by the user, or by the scheduler at exit; takes effect between two blocks
+  Finished = 2,  // not stored
+  Failed = 3,    // waits for Resume or Redo
+};
+
+struct RecordPaths {
+  std::string remotePath;  // UTF-8, "/"-separated
+  std::string localPath;   // UTF-8; a file, or a folder for a folder record
+};
+
+// What a save of the task list takes of a record in one go.
+struct StoredRecord {
+  std::uint32_t direction = 0;
+  RecordPaths paths;
+  std::uint32_t totalBytes = 0;
+  std::uint32_t doneBytes = 0;
+  std::uint32_t remoteTime = 0;
+  std::uint32_t recordId = 0;
+  std::uint32_t parentRecordId = 0;
+  std::uint32_t isFolder = 0;
+  TransferState state = TransferState::Queued;
+};
+
+// Statistics of the status window. Main thread only; ticks in ms, rates in bytes per second.
+struct TransferStatistics {
+  std::uint32_t elapsedTicks = 0;
+  std::uint32_t lastSampleBytes = 0;
+  std::uint32_t startBytes = 0;
+  std::uint32_t lastSampleTick = 0;
+  std::uint32_t startTick = 0;
+  std::array<float, 5> rateSamples{};
+  std::int16_t rateIndex = -1;  // -1: no sample yet
+};
+
+// The persisted description of one thing to fetch and how far it got.
+//
+// Threads: the record's worker and the main thread share it. `state` and the byte counts are single
+// words, and a reader may see a value one block old. The two paths change together (a folder's
+// child record takes up file after file), under the record's own lock. The plain fields are set
+// before a worker knows the record and do not change while it runs.
+class TransferRecord {
+ public:
+  TransferRecord() = default;
+  explicit TransferRecord(const StoredRecord& stored);
+
+  std::uint32_t recordId = 0;        // unique in the chain, never 0
+  std::uint32_t parentRecordId = 0;  // 0 on a top record, else the folder record's id
+  std::uint32_t isFolder = 0;        // non-zero: stands for a folder tree and has a child record
+  std::uint32_t direction = 0;       // 0 download; 1 swaps the two paths on show, nothing more
+
+  std::atomic<TransferState> state{TransferState::Queued};
+  std::atomic<std::uint32_t> totalBytes{0};  // as last reported by the service
+  std::atomic<std::uint32_t> doneBytes{0};   // the local file is known to be good up to here
+  std::atomic<std::uint32_t> remoteTime{0};  // as last reported by the service
+
+  std::uint32_t keepAcrossRestart = 0;  // main thread only; 0: dropped at exit
+  TransferStatistics statistics;        // main thread only
+
+  std::shared_ptr<TransferRecord> next;  // main thread only
+
+  RecordPaths Paths() const;
+  std::string LocalPath() const;
+  std::string RemotePath() const;
+  void SetLocalPath(std::string path);
+
+  // Takes up another file: counts and time go to 0 and both paths change, in one step for Store().
+  void StartFile(RecordPaths paths);
+  void SetPaths(RecordPaths paths);
+
+  // Changes `from` into `to`; false, changing nothing, if the state is another one by now.
+  bool ChangeState(TransferState from, TransferState to);
+  // Sets `to` unless the state is Stopped; returns whether it did.
+  bool SetStateUnlessStopped(TransferState to);
+
+  StoredRecord Store() const;
+
+ private:
+  mutable std::mutex pathLock_;
+  RecordPaths paths_;
+};
+
+using RecordChain = Chain<TransferRecord, std::shared_ptr<TransferRecord>>;
+
+}  // namespace updown

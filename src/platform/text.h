@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace updown {
+
+// Wide text is UTF-16 throughout (std::u16string): what the windows show and what messages carry.
+// Names on the service and local paths are UTF-8. Package headers and the command line's service
+// name are in the ANSI code page.
+//
+// All conversions are lenient: what cannot be converted becomes one replacement character (U+FFFD,
+// or '?' towards a code page) and nothing around it is lost. Any thread.
+
+std::u16string Utf8ToWide(std::string_view utf8);
+std::string WideToUtf8(std::u16string_view wide);
+
+// The ANSI code page of a language identifier: 2052 is windows-936, 1028 is windows-950, every
+// other one windows-1252.
+enum class AnsiCodePage { Western = 1252, SimplifiedChinese = 936, TraditionalChinese = 950 };
+AnsiCodePage AnsiCodePageOf(std::int32_t languageId);
+
+std::u16string AnsiToWide(std::string_view bytes, AnsiCodePage codePage);
+std::string WideToAnsi(std::u16string_view wide, AnsiCodePage codePage);
+
+// Comparisons without regard to case, by simple case folding of each character.
+int CompareIgnoringCase(std::u16string_view a, std::u16string_view b);
+bool EqualIgnoringCase(std::u16string_view a, std::u16string_view b);
+std::u16string ToUpper(std::u16string_view wide);
+
+}  // namespace updown
