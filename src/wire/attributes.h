@@ -18,8 +18,8 @@ namespace updown {
 using Bytes = std::span<const std::uint8_t>;
 
 inline constexpr std::uint8_t kEndMark = 255;
-inline constexpr int kNoRoom = -28;      // encoding: the destination is too small
-inline constexpr int kBadLength = -1;    // decoding: a length runs past the input
+inline constexpr int kNoRoom = -28;    // encoding: the destination is too small
+inline constexpr int kBadLength = -1;  // decoding: a length runs past the input
 inline constexpr std::size_t kAttributeHead = 3;
 
 // A decoded list, or one about to be encoded. Owns nothing: after decoding the values refer into

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,7 +20,7 @@ namespace updown {
 struct RelayParameters {
   std::uint16_t relayPort = 0;
   Ipv4Address relayAddress = 0;
-  std::uint32_t clientId = 0;       // bytes 4 to 7 of the head, in this machine's order
+  std::uint32_t clientId = 0;          // bytes 4 to 7 of the head, in this machine's order
   std::int32_t applicationNumber = 0;  // attribute 99, as decimal text
   std::uint32_t attribute110 = 0;
 };
@@ -31,7 +32,7 @@ struct ServiceTarget {
   std::uint16_t port = 0;  // host order
 };
 
-inline constexpr int kTransportTcp = 1;           // the only one that works
+inline constexpr int kTransportTcp = 1;  // the only one that works
 inline constexpr std::uint8_t kKindResolve = 129;
 inline constexpr std::uint8_t kKindConnect = 134;
 
@@ -53,5 +54,9 @@ int ResolveThroughRelay(std::string_view name, std::vector<Ipv4Address>& address
 int RelayConnect(const RelayParameters& relay, std::string_view extraText,
                  const ServiceTarget& target, int transport, std::uint8_t kind,
                  SocketGroup* group = nullptr);
+
+// What the head of a reply to RelayConnect says, for the kinds that have one: 0, the status
+// negated, or kWrongRelayHead.
+int RelayReplyResult(std::span<const std::uint8_t> head);
 
 }  // namespace updown

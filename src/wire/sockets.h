@@ -12,11 +12,12 @@ namespace updown {
 
 // Socket work against an absolute deadline on the 32-bit tick counter. Values of 0 and above are
 // counts or sockets; below 0 stand these codes or a negated errno.
-inline constexpr int kDeadlinePassed = -536870918;   // 0xDFFFFFFA
-inline constexpr int kPeerClosed = -536870915;       // 0xDFFFFFFD, receive only
-inline constexpr int kWrongRelayHead = -536870916;   // 0xDFFFFFFC, see relay.h
+inline constexpr int kDeadlinePassed = -536870918;  // 0xDFFFFFFA
+inline constexpr int kPeerClosed = -536870915;      // 0xDFFFFFFD, receive only
+inline constexpr int kWrongRelayHead = -536870916;  // 0xDFFFFFFC, see relay.h
 
-inline constexpr std::uint32_t kSocketSpan = 60000;  // ms; every caller takes it fresh for each call
+inline constexpr std::uint32_t kSocketSpan =
+    60000;  // ms; every caller takes it fresh for each call
 
 // An IPv4 address as four bytes in network order, in the machine's word. 0 is "none".
 using Ipv4Address = std::uint32_t;
