@@ -14,10 +14,13 @@ namespace updown {
 // the English texts.
 void SetStringLanguage(std::int32_t languageId);
 
-// The text in the language in force; empty if there is none of that number. Any number may be
-// asked for, since unmapped result codes are looked up as they stand.
+// The string in the language in force; empty if there is none of that number. Any number may be
+// asked for, since unmapped result codes are looked up as they stand. Menu items and captions have
+// numbers of their own kind and are not found so.
 std::u16string_view LoadText(std::uint32_t id);
-inline std::u16string_view LoadText(StringId id) { return LoadText(static_cast<std::uint32_t>(id)); }
+
+// Any text of the table by its name.
+std::u16string_view LoadText(StringId id);
 
 // The text, or `fallback` if it is empty.
 std::u16string_view LoadText(StringId id, std::u16string_view fallback);
