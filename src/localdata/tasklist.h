@@ -18,8 +18,8 @@ namespace updown {
 // it longer than 1024 bytes is left out too. Failures are not reported: the file is a convenience.
 void SaveTaskList(const RecordChain& chain, const std::string& path);
 
-// The records in file order, keepAcrossRestart 0. A missing file is made, empty. Reading ends at the
-// first thing that is no whole record, with all records before it.
+// The records in file order, keepAcrossRestart 0. A missing file is made, empty. Reading ends at
+// the first thing that is no whole record, or after 100,000 records, with all records before it.
 RecordChain LoadTaskList(const std::string& path);
 
 }  // namespace updown

@@ -1,0 +1,81 @@
+#include "localdata/transfer_record.h"
+
+#include <utility>
+
+namespace updown {
+
+TransferRecord::TransferRecord(const StoredRecord& stored)
+    : recordId(stored.recordId),
+      parentRecordId(stored.parentRecordId),
+      isFolder(stored.isFolder),
+      direction(stored.direction),
+      state(stored.state),
+      totalBytes(stored.totalBytes),
+      doneBytes(stored.doneBytes),
+      remoteTime(stored.remoteTime),
+      paths_(stored.paths) {}
+
+RecordPaths TransferRecord::Paths() const {
+  const std::lock_guard lock(pathLock_);
+  return paths_;
+}
+
+std::string TransferRecord::LocalPath() const {
+  const std::lock_guard lock(pathLock_);
+  return paths_.localPath;
+}
+
+std::string TransferRecord::RemotePath() const {
+  const std::lock_guard lock(pathLock_);
+  return paths_.remotePath;
+}
+
+void TransferRecord::SetLocalPath(std::string path) {
+  const std::lock_guard lock(pathLock_);
+  paths_.localPath = std::move(path);
+}
+
+void TransferRecord::StartFile(RecordPaths paths) {
+  const std::lock_guard lock(pathLock_);
+  totalBytes = 0;
+  doneBytes = 0;
+  remoteTime = 0;
+  paths_ = std::move(paths);
+}
+
+void TransferRecord::SetPaths(RecordPaths paths) {
+  const std::lock_guard lock(pathLock_);
+  paths_ = std::move(paths);
+}
+
+bool TransferRecord::ChangeState(TransferState from, TransferState to) {
+  return state.compare_exchange_strong(from, to);
+}
+
+bool TransferRecord::SetStateUnlessStopped(TransferState to) {
+  TransferState present = state.load();
+  while (present != TransferState::Stopped) {
+    if (state.compare_exchange_weak(present, to)) {
+      return true;
+    }
+  }
+  return false;
+}
+
+StoredRecord TransferRecord::Store() const {
+  StoredRecord stored;
+  stored.direction = direction;
+  stored.recordId = recordId;
+  stored.parentRecordId = parentRecordId;
+  stored.isFolder = isFolder;
+  stored.state = state;
+  // Under the lock, so that no file's paths meet another one's counts.
+  const std::lock_guard lock(pathLock_);
+  stored.paths = paths_;
+  stored.totalBytes = totalBytes;
+  stored.doneBytes = doneBytes;
+  stored.remoteTime = remoteTime;
+  return stored;
+}
+
+}  // namespace updown

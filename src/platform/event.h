@@ -23,8 +23,8 @@ class Event {
   bool WaitFor(std::chrono::milliseconds timeout) const;
 
  private:
-  friend std::optional<std::size_t> WaitForAny(
-      std::span<const Event* const> events, std::optional<std::chrono::milliseconds> timeout);
+  friend std::optional<std::size_t> WaitForAny(std::span<const Event* const> events,
+                                               std::optional<std::chrono::milliseconds> timeout);
   bool signalled_ = false;  // guarded by the one mutex of event.cpp, which all events share
 };
 

@@ -34,7 +34,8 @@ using WindowProcedure = std::function<MessageResult(const WindowMessage&)>;
 // The queue of one thread that has windows. Made, dispatched and destroyed on that thread.
 class MessageQueue {
  public:
-  // `wake` is called on any thread, without a lock held, when there is something to dispatch.
+  // `wake` is called on any thread, without a lock held, when there is something to dispatch. It
+  // is not called any more once the destructor has returned. It must not dispatch itself.
   explicit MessageQueue(std::function<void()> wake);
   ~MessageQueue();  // its windows are gone from then on; senders that still wait get 0
   MessageQueue(const MessageQueue&) = delete;
@@ -47,7 +48,8 @@ class MessageQueue {
   void Unregister(WindowHandle window);
 
   // Handles what is queued, one message at a time and in order. A procedure may dispatch again
-  // (a message box does): the inner call goes on where the outer one stands.
+  // (a message box does): the inner call goes on where the outer one stands. Handlers that queue
+  // message after message do not hold it for ever: it returns at some point and wakes again.
   void Dispatch();
 
   struct State;  // shared with senders on other threads
