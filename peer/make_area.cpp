@@ -1,0 +1,1 @@
+#include "peer/stand_in.h"

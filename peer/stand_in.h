@@ -20,43 +20,46 @@ struct Login {
   std::string realm;
 };
 
-// What to do wrong, and when. A fault strikes when its message comes for the `skip` + 1st time, and
-// then `times` times (0: for ever).
+// What to do wrong, and when. DropBefore, Stall, WrongCode, BadList and Oversized leave the request
+// undone; with the others it is carried out. A fault strikes when its message comes for the `skip`
+// + 1st time, and then `times` times (0: for ever).
 struct Fault {
   enum class Kind {
-    DropBefore,      // close the connection instead of answering
-    DropInside,      // close after half of the reply frame (of the block, for 4104)
-    DropAfter,       // answer, then close
-    Stall,           // never answer, keep the connection open until it is closed
-    WrongCode,       // answer with `code`
-    BadList,         // answer with a frame whose attribute list does not decode
-    Oversized,       // answer with a frame longer than 32768 bytes
-    NoCode,          // answer without attribute 1
-    EmptyBlock,      // 4104: a block of length 0
-    BadEntry,        // 4099: an entry without its attributes, behind the good ones
-    CutListing,      // 4099: close after two entries
+    DropBefore,  // close the connection instead of answering
+    DropInside,  // close after half of the reply frame (of the block, for 4104)
+    DropAfter,   // answer, then close
+    Stall,       // never answer, keep the connection open until it is closed
+    WrongCode,   // answer with `code`
+    BadList,     // answer with a frame whose attribute list does not decode
+    Oversized,   // answer with a frame longer than 32768 bytes
+    NoCode,      // answer without attribute 1
+    EmptyBlock,  // 4104: a block of length 0
+    BadEntry,    // 4099: an entry without its attributes, behind the good ones
+    CutListing,  // 4099: close after two entries
   };
   Kind kind = Kind::DropBefore;
-  std::uint32_t message = 0;  // message code; 0 strikes every message; 1 relay resolve, 2 relay connect
+  // Message code; 0: every message of the service; 1 and 2: the relay's resolve and connect.
+  std::uint32_t message = 0;
   std::uint32_t skip = 0;
   std::uint32_t times = 1;
-  std::uint32_t code = 0;     // WrongCode
+  std::uint32_t code = 0;  // WrongCode
 };
 
 struct Options {
-  std::string root;               // folder served as "/"
-  int dialect = 1;                // 1 or 2
+  std::string root;  // folder served as "/"
+  int dialect = 1;   // 1 or 2
   std::uint32_t blockLength = 65536;
-  std::optional<Login> login;     // nothing: sessions are granted at once
+  std::optional<Login> login;               // nothing: sessions are granted at once
   std::string serviceName = "fileservice";  // what the relay resolves
-  bool fragment = false;          // every send byte by byte (first 64 bytes), then in odd pieces
+  bool fragment = false;  // every send byte by byte (first 64 bytes), then in odd pieces
   std::uint32_t blockDelayMs = 0;
   std::vector<Fault> faults;
+  std::uint16_t port = 0;  // port to listen on; 0: any free one
 };
 
 // One request as it came in, for tests to look at.
 struct SeenRequest {
-  std::uint32_t message = 0;  // message code; 1 and 2 for the relay's two
+  std::uint32_t message = 0;        // message code; 1 and 2 for the relay's two
   std::vector<std::uint8_t> bytes;  // the whole frame or packet
 };
 
@@ -64,6 +67,7 @@ struct SeenRequest {
 // threads, when destroyed. Thread-safe.
 class StandIn {
  public:
+  // Throws std::exception if the folder is missing, the dialect unknown or the port taken.
   explicit StandIn(Options options);
   ~StandIn();
   StandIn(const StandIn&) = delete;
@@ -83,8 +87,8 @@ class StandIn {
 
   std::vector<SeenRequest> Requests() const;
   void ForgetRequests();
-  std::uint32_t OpenConnections() const;       // service connections that are joined right now
-  std::uint32_t MostConnections() const;       // most at a time so far
+  std::uint32_t OpenConnections() const;  // service connections that are joined right now
+  std::uint32_t MostConnections() const;  // most at a time so far
 
  private:
   struct Impl;
@@ -100,6 +104,7 @@ struct AreaOptions {
   std::uint32_t seed = 1;
   int languageId = 1033;
 };
+// Throws std::exception if it cannot be written; what else lies in the folder stays.
 void MakeArea(const AreaOptions& options);
 
 }  // namespace updown::peer
