@@ -66,6 +66,9 @@ int ExchangeChecked(int socket, std::uint32_t code, Bytes data, MessageBuffer& b
 int ExchangeRaw(int socket, std::uint32_t code, Bytes data, MessageBuffer& buffer,
                 ServiceReply& reply);
 
+// The first dialect's verdict: 0 for reply::kSuccess, else kCodeBase minus the reply's code.
+int ResultOfCode(std::uint32_t code);
+
 // The second dialect's refusal: the data is a prefix of "500", and so is an empty one.
 bool ReplyFailed(const ServiceReply& reply);
 

@@ -73,8 +73,7 @@ class FileService {
   // Slot 0 for the session connection. The first call of all tells the dialect by the reply's
   // version attribute; the caller sees kOk, kAuthentication or another failure, never kNoVersion
   // from that first call.
-  int NegotiateSession(int socket, std::string& sessid, std::string_view appid,
-                       std::uint32_t code);
+  int NegotiateSession(int socket, std::string& sessid, std::string_view appid, std::uint32_t code);
 
  private:
   std::atomic<const ServiceOps*> ops_{&FirstDialect()};

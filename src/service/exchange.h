@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string_view>
+
+#include "wire/message_buffer.h"
+
+namespace updown {
+
+// Receives once into the free bytes. 0, or result::kConnection when the peer is gone or the buffer
+// is full, so that what is awaited can never arrive.
+int ReceiveMore(int socket, MessageBuffer& buffer);
+
+// Length and text for a "%.*s" of the debug lines.
+inline int PrintLength(std::string_view text) { return static_cast<int>(text.size()); }
+
+}  // namespace updown

@@ -1,0 +1,43 @@
+#include <cstdio>
+
+#include "service/dialect.h"
+#include "service/nested_list.h"
+#include "wire/tags.h"
+
+namespace updown {
+
+int Exchange(Dialect dialect, int socket, std::uint32_t code, Bytes data, MessageBuffer& buffer,
+             ServiceReply& reply) {
+  return dialect == Dialect::First ? ExchangeChecked(socket, code, data, buffer, reply)
+                                   : ExchangeRaw(socket, code, data, buffer, reply);
+}
+
+int ExchangeStatus(Dialect dialect, int socket, std::uint32_t code, Bytes data,
+                   MessageBuffer& buffer) {
+  ServiceReply reply;
+  const int result = Exchange(dialect, socket, code, data, buffer, reply);
+  if (dialect == Dialect::First || result < 0) {
+    return result;
+  }
+  return ReplyFailed(reply) ? result::kAccessRefused : result::kOk;
+}
+
+int SendPath(Dialect dialect, int socket, std::uint32_t code, std::string_view path) {
+  MessageBuffer buffer(kExchangeCapacity);
+  return ExchangeStatus(dialect, socket, code, AsBytes(path), buffer);
+}
+
+int RenameEntry(Dialect dialect, int socket, std::string_view newPath, std::string_view oldPath) {
+  AttributeTable table;
+  table.Set(tag::kOldPath, oldPath);
+  table.Set(tag::kNewPath, newPath);
+  const NestedList list(table);
+  std::fprintf(stderr, "gen authenticate string return %d\n", list.Size());
+  if (!list.Fits()) {
+    return result::kNotEncodable;
+  }
+  MessageBuffer buffer(kExchangeCapacity);
+  return ExchangeStatus(dialect, socket, message::kRename, list.Data(), buffer);
+}
+
+}  // namespace updown

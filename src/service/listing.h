@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "service/operations.h"
+#include "wire/attributes.h"
+
+namespace updown {
+
+// The entries of a listing are frames without a code: length L (4 bytes, big-endian), then a bare
+// attribute list of L bytes. A length of 0 ends the listing.
+enum class EntryKind {
+  Incomplete,  // more bytes are needed
+  Entry,
+  End,
+  Bad,  // the list does not decode, or lacks one of its attributes
+};
+
+struct TakenEntry {
+  EntryKind kind = EntryKind::Incomplete;
+  std::unique_ptr<DirectoryEntry> entry;  // of kind Entry only
+  std::uint32_t consumed = 0;             // bytes of the entry's frame, length included
+};
+
+TakenEntry TakeEntry(Bytes bytes);
+
+}  // namespace updown
