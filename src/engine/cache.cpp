@@ -1,0 +1,50 @@
+#include "engine/cache.h"
+
+#include <utility>
+
+#include "engine/folder_walk.h"
+#include "localdata/files.h"
+#include "platform/folders.h"
+
+namespace updown {
+namespace {
+
+constexpr char kProgramFolder[] = "/oxapp";
+constexpr char kCacheFolder[] = "/INICache";
+
+}  // namespace
+
+PackageCache PackageCache::InitPackageCache(const std::string& identityHash) {
+  std::string folder;
+  if (const auto applicationData = ApplicationDataFolder()) {
+    folder = *applicationData + kProgramFolder;
+    MakeFolder(folder);
+  } else {
+    folder = ExecutableFolder();
+  }
+  folder += kCacheFolder;
+  MakeFolder(folder);
+  folder += "/" + identityHash;
+  MakeFolder(folder);
+  return PackageCache(folder);
+}
+
+PackageCache::PackageCache(std::string packageCacheRoot)
+    : packageCacheRoot_(std::move(packageCacheRoot)) {}
+
+std::string PackageCache::PathOf(std::string_view name) const {
+  return IsSafeName(name) ? packageCacheRoot_ + "/" + std::string(name) : std::string();
+}
+
+bool PackageCache::IsPackageIniCached(std::string_view name) const {
+  const std::string path = PathOf(name);
+  return !path.empty() && PathExists(path);
+}
+
+void PackageCache::Delete(std::string_view name) const {
+  if (const std::string path = PathOf(name); !path.empty()) {
+    DeleteLocalFile(path);
+  }
+}
+
+}  // namespace updown

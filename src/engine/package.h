@@ -22,7 +22,7 @@ bool EndsInIni(std::string_view path);
 
 // Which header files the cache holds, and so which is read and what the package's status is.
 struct PackageFiles {
-  std::string readPath;  // the file to read; empty if there is none
+  std::string readPath;                    // the file to read; empty if there is none
   StringId status = StringId::Incomplete;  // Completed if both are there
 };
 PackageFiles FindPackageFiles(const PackageCache& cache, std::u16string_view package);

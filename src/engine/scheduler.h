@@ -23,7 +23,7 @@ inline constexpr std::chrono::milliseconds kExitWait{60000};  // for workers, at
 struct SchedulerContext {
   std::shared_ptr<TaskQueue> queue;
   Event schedulerExit;
-  Event schedulerWake;  // "look again", no more
+  Event schedulerWake;                                              // "look again", no more
   std::array<std::unique_ptr<Thread>, kWorkerSlots> workerThreads;  // the scheduler's alone
 
   const FileService* service = nullptr;  // outlives all threads
@@ -41,8 +41,13 @@ void SchedulerThread(const std::shared_ptr<SchedulerContext>& context);
 class Scheduler {
  public:
   explicit Scheduler(std::shared_ptr<SchedulerContext> context);
+  ~Scheduler();  // tells it to end, without waiting
+  Scheduler(const Scheduler&) = delete;
+  Scheduler& operator=(const Scheduler&) = delete;
+
   // Tells it to end and waits, at most `limit`. True if it and all workers have ended; if not, the
-  // process must end without destroying what they use.
+  // process must end without destroying what they use. The frame's window is gone by then, or a
+  // worker that waits for its listing holds this up to the limit.
   bool Stop(std::chrono::milliseconds limit);
 
  private:
@@ -51,7 +56,8 @@ class Scheduler {
 };
 
 // One task from start to end on the calling worker thread; returns its result code. Posts
-// kTaskResult and kSaveTaskList to the task's owner at the end.
+// kTaskResult and kSaveTaskList to the task's owner at the end and closes `run`. Throws nothing:
+// when memory or another resource runs out, the task ends Failed with result::kFileWrite.
 int RunTransferWorker(SchedulerContext& context, const TaskPointer& task, std::uint32_t run);
 
 }  // namespace updown

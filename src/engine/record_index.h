@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "localdata/transfer_record.h"
+
+namespace updown {
+
+// What the record chain is asked for again and again, without a walk: the lowest free number, and
+// the records that a service path meets. A refresh makes thousands of records in a row. Refers to
+// the chain's records and owns none; to be rebuilt when one has left the chain. Main thread only.
+class RecordIndex {
+ public:
+  void Rebuild(const RecordChain& chain);
+  void Add(const TransferRecord& record);
+
+  std::uint32_t LowestFreeId() const;  // from 1
+
+  // True if a top record for downloading, and Queued if `queuedOnly`, has this path or is a folder
+  // above it. One "/" at the end of either path does not count, nor does the case of ASCII letters.
+  bool Meets(std::string_view servicePath, bool queuedOnly) const;
+
+ private:
+  bool HasRecord(const std::string& key, bool queuedOnly) const;
+  void NameRecords() const;
+
+  std::unordered_set<std::uint32_t> usedIds_;
+  mutable std::uint32_t lowestFree_ = 1;  // all below are used
+  mutable std::unordered_multimap<std::string, const TransferRecord*> byPath_;
+  mutable std::vector<const TransferRecord*> unnamed_;  // had no path when last looked at
+};
+
+}  // namespace updown
