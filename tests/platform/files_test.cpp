@@ -1,0 +1,69 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstdlib>
+
+#include "platform/folders.h"
+#include "platform/local_file.h"
+#include "tests/support/temporary_folder.h"
+
+namespace updown {
+namespace {
+
+using test::TemporaryFolder;
+
+TEST(OpenFile, MakesButNeverTruncates) {
+  const TemporaryFolder folder;
+  const std::string path = folder.File("a");
+  EXPECT_FALSE(OpenFile(path, FileAccess::ReadWrite, FileDisposition::OpenExisting));
+  EXPECT_EQ(errno, ENOENT);
+  EXPECT_TRUE(OpenFile(path, FileAccess::Read, FileDisposition::OpenAlways));
+  test::WriteFile(path, "12345");
+  const UniqueFd file = OpenFile(path, FileAccess::ReadWrite, FileDisposition::OpenAlways);
+  ASSERT_TRUE(file);
+  EXPECT_EQ(FileSize(file.Get()), 5);
+}
+
+TEST(OpenFile, RefusesWhatIsNoFileWithoutWaiting) {
+  const TemporaryFolder folder;
+  const std::string pipe = folder.File("pipe");
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  for (const FileAccess access : {FileAccess::Read, FileAccess::ReadWrite}) {
+    EXPECT_FALSE(OpenFile(pipe, access, FileDisposition::OpenAlways));
+    EXPECT_EQ(errno, EINVAL);
+    EXPECT_FALSE(OpenFile(folder.Path(), access, FileDisposition::OpenExisting));
+    EXPECT_EQ(errno, EISDIR);
+    EXPECT_FALSE(OpenFile("/dev/null", access, FileDisposition::OpenExisting));
+  }
+  EXPECT_FALSE(OpenFile(folder.File(std::string("a\0b", 3)), FileAccess::ReadWrite,
+                        FileDisposition::OpenAlways));
+  EXPECT_FALSE(PathExists(folder.File("a")));
+}
+
+TEST(ApplicationDataFolder, FollowsTheEnvironmentAndMakesWhatIsMissing) {
+  const TemporaryFolder folder;
+  setenv("HOME", folder.File("home").c_str(), 1);
+  setenv("XDG_DATA_HOME", folder.File("a/b//").c_str(), 1);
+  EXPECT_EQ(ApplicationDataFolder(), folder.File("a/b"));
+  EXPECT_TRUE(PathExists(folder.File("a/b")));
+  setenv("XDG_DATA_HOME", "relative", 1);
+  EXPECT_EQ(ApplicationDataFolder(), folder.File("home/.local/share"));
+  test::WriteFile(folder.File("file"), "");
+  setenv("XDG_DATA_HOME", folder.File("file/b").c_str(), 1);
+  EXPECT_EQ(ApplicationDataFolder(), std::nullopt);
+  unsetenv("XDG_DATA_HOME");
+}
+
+TEST(Folders, MakeFolderTellsWhatIsThere) {
+  const TemporaryFolder folder;
+  EXPECT_TRUE(MakeFolder(folder.File("a")));
+  EXPECT_TRUE(MakeFolder(folder.File("a")));
+  EXPECT_FALSE(MakeFolder(folder.File("b/c")));
+  test::WriteFile(folder.File("file"), "");
+  EXPECT_FALSE(MakeFolder(folder.File("file")));
+  EXPECT_TRUE(PathExists(ExecutableFolder() + "/platform_test"));
+}
+
+}  // namespace
+}  // namespace updown

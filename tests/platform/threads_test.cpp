@@ -1,0 +1,61 @@
+#include <gtest/gtest.h>
+
+#include "platform/thread.h"
+#include "platform/ticks.h"
+
+namespace updown {
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr milliseconds kLong = std::chrono::seconds(20);
+
+TEST(Event, StaysSignalledUntilReset) {
+  Event first;
+  Event second;
+  const Event* const both[] = {&first, &second};
+  EXPECT_EQ(WaitForAny(both, milliseconds(0)), std::nullopt);
+  second.Set();
+  EXPECT_EQ(WaitForAny(both, std::nullopt), 1U);
+  first.Set();
+  EXPECT_EQ(WaitForAny(both, milliseconds::max()), 0U);
+  first.Reset();
+  EXPECT_FALSE(first.WaitFor(milliseconds(1)));
+  EXPECT_TRUE(second.WaitFor(milliseconds(0)));
+}
+
+TEST(Thread, TellsItsEndAfterReleasingWhatItHeld) {
+  for (int i = 0; i < 500; ++i) {
+    const auto held = std::make_shared<int>(i);
+    const Event* go = nullptr;
+    const auto gate = std::make_shared<Event>();
+    go = gate.get();
+    const auto thread = Thread::Start([held, go] { go->WaitFor(kLong); });
+    ASSERT_TRUE(thread);
+    EXPECT_FALSE(thread->Ended().IsSet());
+    gate->Set();
+    ASSERT_TRUE(thread->Ended().WaitFor(kLong));
+    EXPECT_EQ(held.use_count(), 1);
+  }
+}
+
+TEST(Thread, ARunningOneOutlivesItsHandle) {
+  const auto go = std::make_shared<Event>();
+  const auto done = std::make_shared<Event>();
+  Thread::Start([go, done] {
+    go->WaitFor(kLong);
+    done->Set();
+  }).reset();
+  go->Set();
+  EXPECT_TRUE(done->WaitFor(kLong));
+}
+
+TEST(Ticks, TimeLeftIsRightAcrossTheWrap) {
+  EXPECT_EQ(TicksLeft(5, 0xFFFFFFF0U), 21);
+  EXPECT_EQ(TicksLeft(0xFFFFFFF0U, 5), -21);
+  const std::uint32_t before = SystemTicks().Now();
+  EXPECT_LT(SystemTicks().Now() - before, 60000U);
+}
+
+}  // namespace
+}  // namespace updown
