@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QString>
-
 #include <string>
 #include <string_view>
 
@@ -9,7 +8,7 @@ namespace updown {
 
 // QString is UTF-16 too, so these only copy.
 inline QString ToQString(std::u16string_view wide) {
-  return {reinterpret_cast<const QChar*>(wide.data()), static_cast<qsizetype>(wide.size())};
+  return QString(reinterpret_cast<const QChar*>(wide.data()), static_cast<qsizetype>(wide.size()));
 }
 inline std::u16string ToWide(const QString& text) { return text.toStdU16String(); }
 
