@@ -73,8 +73,9 @@ StoredRecord TransferRecord::Store() const {
   const std::lock_guard lock(pathLock_);
   stored.paths = paths_;
   stored.totalBytes = totalBytes;
-  stored.doneBytes = doneBytes;
   stored.remoteTime = remoteTime;
+  // Last: a download that starts over clears it before it takes up the new size and time.
+  stored.doneBytes = doneBytes;
   return stored;
 }
 
