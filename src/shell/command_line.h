@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+
+#include "engine/launch_state.h"
+#include "platform/text.h"
+
+namespace updown {
+
+struct CommandLine {
+  std::string serverName;  // in the ANSI code page
+  std::uint32_t serverPort = kDefaultServerPort;
+
+  bool Accepted() const { return !serverName.empty() && serverPort != 0; }
+};
+
+// Takes `-s NAME` and `-p PORT` (in either case, the last one stands) out of the process's
+// arguments, the program's path included; steps over everything else. Arguments are UTF-8. A port
+// that is no number is 0; one above 16 bits is kept and cut by whoever connects.
+CommandLine ParseCommandLine(std::span<const std::string> arguments, AnsiCodePage codePage);
+
+}  // namespace updown

@@ -1,0 +1,116 @@
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QStandardPaths>
+
+#include "controls/boxes.h"
+#include "engine/frame_messages.h"
+#include "localdata/tasklist.h"
+#include "platform/qt/text.h"
+#include "service/result_codes.h"
+#include "shell/main_frame.h"
+#include "shell/offered_name.h"
+#include "shell/task_list_path.h"
+
+namespace updown {
+namespace {
+
+constexpr int kSavePauseMs = 200;
+
+QString FirstSaveFolder() {
+  const QString downloads = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
+  return QFileInfo(downloads).isDir() ? downloads : QDir::homePath();
+}
+
+// The string names the pattern as users of other systems know it; here it would leave out every
+// file without a dot.
+QString AllFilesFilter() {
+  return Text(StringId::FileFilterAll, u"All files(*.*)").replace(u"*.*"_qs, u"*"_qs);
+}
+
+}  // namespace
+
+std::optional<std::string> CMainFrame::AskForTarget(const std::string& displayName) {
+  QFileDialog dialog(this, Text(StringId::Save),
+                     saveFolder_.isEmpty() ? FirstSaveFolder() : saveFolder_, AllFilesFilter());
+  dialog.setObjectName(u"saveDialog"_qs);
+  dialog.setAcceptMode(QFileDialog::AcceptSave);
+  dialog.setFileMode(QFileDialog::AnyFile);
+  dialog.selectFile(FromUtf8(OfferedName(displayName)));
+  if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
+    return std::nullopt;
+  }
+  const QString path = dialog.selectedFiles().constFirst();
+  saveFolder_ = QFileInfo(path).absolutePath();
+  return ToUtf8(path);
+}
+
+bool CMainFrame::AddUserDownload(bool keep, const TaskDraft& draft) {
+  if (draft.displayName.empty()) {
+    return false;
+  }
+  const std::optional<std::string> target = AskForTarget(draft.displayName);
+  if (!target) {
+    return false;
+  }
+  const TaskPointer task = tasks_.AddDownload(draft, *target, keep, FrameWindow());
+  if (!task) {
+    // A path that the task list cannot hold.
+    ReportResult(result::kFileOpen);
+    return false;
+  }
+  context_->schedulerWake.Set();
+  if (statusWindow_) {
+    statusWindow_->showNormal();
+    PostWindowMessage(statusWindow_->Handle(), frame_message::kTaskAdded, task->id, 0);
+  }
+  return true;
+}
+
+void CMainFrame::AddCacheDownload(bool keep, const TaskDraft& draft) {
+  const std::string target = cache_.PathOf(draft.displayName);
+  if (!target.empty() && tasks_.AddDownload(draft, target, keep, FrameWindow())) {
+    context_->schedulerWake.Set();
+  }
+}
+
+void CMainFrame::RestoreTasks() {
+  if (tasks_.RestoreTasks(session_.Sessid(), FrameWindow())) {
+    context_->schedulerWake.Set();
+  }
+}
+
+void CMainFrame::RemoveTask(TaskId task) { tasks_.RemoveTask(task); }
+
+bool CMainFrame::IsDuplicateUserTask(const std::u16string& path) {
+  if (!tasks_.IsDuplicate(path, TaskStore::DuplicateScope::EveryState)) {
+    return false;
+  }
+  if (!path.empty()) {
+    ShowNotice(this, StringId::DuplicateTask, u"Duplicate task. Please try again.");
+  }
+  return true;
+}
+
+void CMainFrame::RequestSave() {
+  if (saveThrottle_.Request()) {
+    SaveTasks();
+    saveTimer_.start(kSavePauseMs, this);
+  }
+}
+
+void CMainFrame::OnSavePause() {
+  if (saveThrottle_.PauseOver()) {
+    SaveTasks();
+  } else {
+    saveTimer_.stop();
+  }
+}
+
+void CMainFrame::SaveTasks() {
+  if (const std::optional<std::string> path = TaskListPath(launch_.identityHash)) {
+    SaveTaskList(tasks_.Records(), *path);
+  }
+}
+
+}  // namespace updown
