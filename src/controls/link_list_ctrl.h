@@ -1,18 +1,20 @@
 #pragma once
 
-#include <QTreeView>
-
 #include <map>
+
+#include "controls/link_cells.h"
+#include "controls/row_list_view.h"
 
 namespace updown {
 
 // CellKey = row * 100 + column: lists of fewer than 100 columns.
 using CellKey = int;
-constexpr CellKey MakeCellKey(int row, int column) { return row * 100 + column; }
+constexpr int kColumnsOfKey = 100;
+constexpr CellKey MakeCellKey(int row, int column) { return row * kColumnsOfKey + column; }
 
 // The attachment list: cells can be links (underlined; another colour and a hand under the mouse)
 // and can have a tip, shown over the cell's label. What a click does is the owner's business.
-class CLinkListCtrl : public QTreeView {
+class CLinkListCtrl : public RowListView {
   Q_OBJECT
 
  public:
@@ -37,30 +39,39 @@ class CLinkListCtrl : public QTreeView {
 
   // Removes rows from the model, and the tips with them. Links stay by key: the rows below a
   // removed one, or rows filled in anew, find theirs again.
-  void DeleteAllItems();
+  bool DeleteAllItems();
   bool DeleteItem(int row);
 
-  int SelectedRow() const;  // -1 if there is none
+  QString CellHelp(const QModelIndex& index) const override;
+  bool IsLinkCell(const QModelIndex& index) const override;
+  void PressCell(const QModelIndex& index) override;
 
  Q_SIGNALS:
   void CellClicked(int row, int column);  // left click; row -1 off the rows
   void RowActivated();                    // double click anywhere in the list, or Enter
-  void RowMenuRequested(int row, const QPoint& globalPosition);
 
  protected:
+  void mousePressEvent(QMouseEvent* event) override;
   void mouseMoveEvent(QMouseEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
   void mouseDoubleClickEvent(QMouseEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
-  void contextMenuEvent(QContextMenuEvent* event) override;
   bool viewportEvent(QEvent* event) override;
 
  private:
   struct LinkCell {
     bool hover = false;
   };
+
+  // The cell without its icon.
+  QRect LabelRect(const QModelIndex& index) const;
+  QModelIndex CellAt(int row, int column) const;
+  bool ShowTip(const QPoint& position, const QPoint& globalPosition);
+
   std::map<CellKey, LinkCell> links_;
   std::map<CellKey, QString> tips_;
+  LinkHit lastHit_;
+  bool pressed_ = false;  // the left button went down, and not for a double click
 };
 
 }  // namespace updown

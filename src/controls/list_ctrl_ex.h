@@ -1,12 +1,12 @@
 #pragma once
 
-#include <QTreeView>
-
+#include <QPointer>
 #include <functional>
 #include <memory>
 #include <vector>
 
 #include "controls/progress_painter.h"
+#include "controls/row_list_view.h"
 #include "controls/transparent_static.h"
 #include "engine/tasks.h"
 
@@ -16,8 +16,9 @@ namespace updown {
 // while there are none, and live progress bars over one column of the rows in view.
 //
 // Bars are children of the list, made for rows in view alone, and laid out again whenever the view
-// would paint differently; a paint by itself never causes another one.
-class CListCtrlEx : public QTreeView {
+// would paint differently; a paint by itself never causes another one. Where a task has no bar but
+// no percentage either, the list puts "N/A" into the cell with the model's setData (DisplayRole).
+class CListCtrlEx : public RowListView {
   Q_OBJECT
 
  public:
@@ -31,37 +32,45 @@ class CListCtrlEx : public QTreeView {
   using TaskOfRow = std::function<TaskPointer(int row)>;
   void SetTaskOfRow(TaskOfRow taskOfRow);
 
-  // The selected row, which is the selection mark too; -1 if there is none.
-  int SelectedRow() const;
-  void SelectRow(int row);
-
   void setModel(QAbstractItemModel* model) override;
+
+  QString CellText(const QModelIndex& index) const override;
 
  Q_SIGNALS:
   // The Delete key on a selected row whose task is not Queued.
   void DeleteRequested();
-  // Right click, Menu key or Shift+F10 on a row, which is selected by then.
-  void RowMenuRequested(int row, const QPoint& globalPosition);
 
  protected:
   void keyReleaseEvent(QKeyEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
   void scrollContentsBy(int dx, int dy) override;
-  void contextMenuEvent(QContextMenuEvent* event) override;
   void changeEvent(QEvent* event) override;
 
  private:
+  // A bar goes with its task, so that it keeps its phase of blinking when rows move.
+  struct ProgressBar {
+    TaskId task = 0;
+    std::unique_ptr<CProgressPainter> painter;
+  };
+
+  void LayOut();
   void PaintProgress();
   void LayoutHint();
   void ScheduleLayout();
+  void WatchHeader();
+  TaskPointer TaskWithRecord(int row) const;
+  void ShowProgress(int row, std::vector<ProgressBar>& former);
+  std::unique_ptr<CProgressPainter> TakeBar(TaskId task, bool waiting,
+                                            std::vector<ProgressBar>& former);
 
-  std::vector<std::unique_ptr<CProgressPainter>> progressBars_;
-  int barMargin_ = 0;
+  std::vector<ProgressBar> progressBars_;
   int progressColumn_ = 0;
   std::unique_ptr<CTransparentStatic> hintText_;
   std::unique_ptr<CTransparentStatic> hintCover_;
   bool hintEnabled_ = false;
+  bool layoutPending_ = false;
   TaskOfRow taskOfRow_;
+  QPointer<QHeaderView> watchedHeader_;
 };
 
 }  // namespace updown
