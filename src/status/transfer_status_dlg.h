@@ -1,10 +1,19 @@
 #pragma once
 
+#include <QAction>
 #include <QDialog>
+#include <QMenu>
+#include <array>
 
+#include "controls/list_ctrl_ex.h"
 #include "engine/frame_operations.h"
 #include "platform/qt/message_target.h"
 #include "platform/ticks.h"
+#include "status/desktop.h"
+#include "status/menu_rules.h"
+#include "status/row_updates.h"
+#include "status/transfer_commands.h"
+#include "status/transfer_model.h"
 
 namespace updown {
 
@@ -14,7 +23,8 @@ class CTransferStatusDlg : public QDialog {
   Q_OBJECT
 
  public:
-  CTransferStatusDlg(FrameOperations& frame, const TickCounter& ticks);
+  CTransferStatusDlg(FrameOperations& frame, const TickCounter& ticks,
+                     Desktop desktop = SystemDesktop());
   ~CTransferStatusDlg() override;
 
   WindowHandle Handle() const { return target_.Handle(); }
@@ -25,10 +35,18 @@ class CTransferStatusDlg : public QDialog {
 
  private:
   MessageResult WindowProc(const WindowMessage& message);
+  void InitList();
+  void InitMenu();
+  void RunCommand(StatusCommand command);
+  void OpenMenu(int row, const QPoint& globalPosition);
 
   FrameOperations& frame_;
-  const TickCounter& ticks_;
-  WindowHandle frameWindow_;
+  TransferModel model_;
+  RowUpdates rows_;
+  TransferCommands commands_;
+  CListCtrlEx* list_;  // owned by the window, as all widgets
+  QMenu* menu_;
+  std::array<QAction*, kStatusCommands> actions_{};
   MessageTarget target_;
 };
 

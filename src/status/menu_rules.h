@@ -1,0 +1,23 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+
+#include "engine/tasks.h"
+
+namespace updown {
+
+// What the menu of a row offers, in the order of its items.
+enum class StatusCommand { Pause, Resume, Redo, Delete, OpenFile, OpenFolder, MoveFile };
+inline constexpr std::size_t kStatusCommands = 7;
+
+using EnabledCommands = std::array<bool, kStatusCommands>;
+
+// Which commands a task has in this state; the index is the StatusCommand. `bytesMoved`: anything
+// at all has arrived. A Stopped task has no Resume, Redo or Delete until its worker has ended. A
+// state that only a foreign task list can bring has no command but Delete.
+EnabledCommands CommandsFor(TransferState state, bool running, bool bytesMoved);
+
+EnabledCommands CommandsFor(const TransferTask& task);
+
+}  // namespace updown

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "engine/tasks.h"
+
+namespace updown {
+
+// Rates of a watched task, worked out from the statistics fields of its record. Ticks are in ms and
+// wrap at 32 bits, bytes wrap at 32 bits, rates are in bytes per second. Main thread only.
+
+// Begins the statistics of a task that gets a row.
+void StartStatistics(TransferTask& task, std::uint32_t now);
+
+// The same for a task that begins again from nothing.
+void RestartStatistics(TransferRecord& record, std::uint32_t now);
+
+// What one sample yields. No rate: nothing has told the task's size yet.
+struct RateSample {
+  std::optional<float> rate;  // smoothed over the last five samples, the first one filling all five
+};
+
+// Nothing, with no statistic changed, if no time has passed since the last sample.
+std::optional<RateSample> TakeSample(TransferTask& task, std::uint32_t now);
+
+// Seconds until the record is whole at this rate, which must be above 0.
+double RemainingSeconds(const TransferRecord& record, float rate);
+
+// The rate over the whole time that the task was watched, for a task that is Finished. No average:
+// neither record has a size.
+struct FinalRate {
+  std::optional<float> average;
+};
+
+// Nothing, with no statistic changed, if no time has passed since the last sample.
+std::optional<FinalRate> TakeFinalRate(TransferTask& task, std::uint32_t now);
+
+}  // namespace updown
