@@ -39,9 +39,18 @@ std::string PackageName(int index, std::time_t sent) {
   return name;
 }
 
-std::uint32_t AttachmentSize(int index, std::uint32_t number, Dice& dice) {
+// Nobody writes texts by the megabyte.
+bool IsSmallByNature(std::string_view name) {
+  constexpr std::array<std::string_view, 4> kTextEndings{".txt", ".csv", ".htm", ".rtf"};
+  return name.find('.') == std::string_view::npos ||
+         std::any_of(kTextEndings.begin(), kTextEndings.end(),
+                     [name](std::string_view ending) { return name.ends_with(ending); });
+}
+
+std::uint32_t AttachmentSize(int index, std::uint32_t number, std::string_view name, Dice& dice) {
   if (index == 0 && number < kChosenSizes.size()) return kChosenSizes[number];
   if (index >= kFullSized) return dice.Below(4096);
+  if (IsSmallByNature(name)) return dice.Below(12U << 10);
   const std::uint32_t roll = dice.Below(10);
   if (roll == 0) return (512U << 10) + dice.Below(2600U << 10);
   if (roll <= 2) return kChosenSizes[1 + dice.Below(kChosenSizes.size() - 1)];
@@ -56,8 +65,8 @@ void MakeAttachments(const fs::path& folder, int index, std::time_t sent, const 
   const std::uint32_t names = static_cast<std::uint32_t>(texts.fileNames.size());
   const std::uint32_t first = index == 0 ? 0 : dice.Below(names);
   for (std::uint32_t number = 0; number < count; ++number) {
-    const std::uint32_t size = AttachmentSize(index, number, dice);
-    const fs::path name(std::string(texts.fileNames[(first + number) % names]));
+    const std::string name(texts.fileNames[(first + number) % names]);
+    const std::uint32_t size = AttachmentSize(index, number, name, dice);
     WriteAreaFile(folder / name, AttachmentBytes(size, dice), sent + 10 + number);
   }
 }
