@@ -1,0 +1,155 @@
+// The frame against a service, in this process.
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QLineEdit>
+#include <QSplitter>
+#include <QTest>
+#include <QTimer>
+#include <QTreeWidget>
+
+#include "engine/frame_messages.h"
+#include "localdata/tasklist.h"
+#include "service/messages.h"
+#include "shell/main_frame.h"
+#include "tests/shell/served_launch.h"
+
+namespace updown {
+namespace {
+
+constexpr int kPatienceMs = 10000;
+constexpr int kExitMs = 2000;
+
+class FrameTest : public testing::Test {
+ protected:
+  void SetUp() override { Start({}); }
+
+  void Start(peer::Options options) {
+    frame_.reset();
+    served_.emplace(std::move(options));
+    auto made = InstanceEvent::CreateOrSignal("frame_test " + served_->DataFolder());
+    ASSERT_TRUE(made.event);
+    event_ = std::move(made.event);
+  }
+
+  void Open() {
+    frame_ = std::make_unique<CMainFrame>(served_->Launch(), service_, *event_);
+    frame_->LoadFrame();
+    frame_->show();
+  }
+
+  int Packages() const { return frame_->findChild<QTreeWidget*>()->topLevelItem(0)->childCount(); }
+  bool Listed() {
+    return QTest::qWaitFor([this] { return Packages() == 4; }, kPatienceMs);
+  }
+
+  TaskDraft Draft(const std::string& remotePath, const std::string& name) {
+    TaskDraft draft;
+    draft.displayName = name;
+    draft.remotePath = remotePath;
+    draft.sessid = frame_->Session().Sessid();
+    draft.serverName = served_->Launch().serverName;
+    return draft;
+  }
+
+  std::optional<ServedLaunch> served_;
+  FileService service_;
+  std::unique_ptr<InstanceEvent> event_;
+  std::unique_ptr<CMainFrame> frame_;
+};
+
+TEST_F(FrameTest, ListsThePackagesInItsPanes) {
+  Open();
+  EXPECT_TRUE(Listed());
+  const auto splitters = frame_->findChildren<QSplitter*>();
+  ASSERT_EQ(splitters.size(), 2);
+  for (const QSplitter* splitter : splitters) {
+    const QList<int> sizes = splitter->sizes();
+    if (splitter->orientation() == Qt::Horizontal) {
+      EXPECT_EQ(sizes[0], 0);
+    } else {
+      EXPECT_EQ(sizes[0], frame_->height() * 8 / 21);
+      EXPECT_EQ(sizes[0] + sizes[1] + splitter->handleWidth(), frame_->height());
+    }
+  }
+}
+
+TEST_F(FrameTest, AnOldWindowIsRaisedByASecondStart) {
+  Open();
+  frame_->showMinimized();
+  const auto second = InstanceEvent::CreateOrSignal("frame_test " + served_->DataFolder());
+  EXPECT_EQ(second.outcome, InstanceEvent::Outcome::AlreadyExists);
+  EXPECT_TRUE(QTest::qWaitFor([this] { return !frame_->isMinimized(); }, kPatienceMs));
+}
+
+// A block, a listing and a join that never come: each holds a worker in another place.
+TEST_F(FrameTest, EndsInTimeWhateverAWorkerWaitsFor) {
+  for (const std::uint32_t stalled : {message::kReadBlock, message::kAttachSession, 1U, 2U}) {
+    Start({});
+    Open();
+    ASSERT_TRUE(Listed());
+    served_->Service().AddFault({.kind = peer::Fault::Kind::Stall, .message = stalled, .times = 0});
+    served_->Service().ForgetRequests();
+    frame_->AddCacheDownload(true, Draft("/20990101000000/x.bin", "x.bin"));
+    ASSERT_TRUE(QTest::qWaitFor(
+        [this] {
+          bool running = false;
+          frame_->Tasks().Queue().ForEach([&](TransferTask& t) { running |= t.Running(); });
+          return running && !served_->Service().Requests().empty();
+        },
+        kPatienceMs))
+        << stalled;
+    QElapsedTimer timer;
+    timer.start();
+    EXPECT_TRUE(frame_->ShutDown()) << stalled;
+    EXPECT_LT(timer.elapsed(), kExitMs) << stalled;
+    EXPECT_FALSE(frame_->isVisible());
+    frame_.reset();
+  }
+}
+
+TEST_F(FrameTest, KeepsUserTasksAndDropsHiddenOnesAtItsEnd) {
+  Open();
+  ASSERT_TRUE(Listed());
+  served_->Service().AddFault(
+      {.kind = peer::Fault::Kind::Stall, .message = message::kFileInformation, .times = 0});
+  frame_->AddCacheDownload(true, Draft("/20990101000000/kept", "kept"));
+  frame_->AddCacheDownload(false, Draft("/20990101000000/hidden", "hidden"));
+  frame_->AddCacheDownload(true, Draft("/20990101000000/out", "../out"));
+  frame_.reset();
+  const RecordChain stored = LoadTaskList(served_->TaskListFile());
+  ASSERT_EQ(stored.Size(), 1U);
+  EXPECT_EQ(stored.First()->RemotePath(), "/20990101000000/kept");
+  EXPECT_EQ(stored.First()->state.load(), TransferState::Queued) << "goes on at the next start";
+}
+
+TEST_F(FrameTest, AsksForALoginBeforeThereIsAWindow) {
+  peer::Options options;
+  options.login = peer::Login{"ann", "secret", "office"};
+  Start(options);
+  int asked = 0;
+  QTimer typist;
+  QObject::connect(&typist, &QTimer::timeout, &typist, [&] {
+    auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+    if (dialog == nullptr || dialog->objectName() != u"loginDialog"_qs) {
+      return;
+    }
+    ++asked;
+    const bool refused = dialog->findChild<QWidget*>(u"loginNotice"_qs) != nullptr;
+    EXPECT_EQ(refused, asked > 1);
+    auto* password = dialog->findChild<QLineEdit*>(u"loginPassword"_qs);
+    EXPECT_EQ(password->echoMode(), QLineEdit::Password);
+    dialog->findChild<QLineEdit*>(u"loginUser"_qs)->setText(u"ann@office"_qs);
+    password->setText(asked == 1 ? u"wrong"_qs : u"secret"_qs);
+    dialog->accept();
+  });
+  typist.start(20);
+  Open();
+  typist.stop();
+  EXPECT_EQ(asked, 2);
+  EXPECT_TRUE(Listed());
+}
+
+}  // namespace
+}  // namespace updown

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdlib>
+#include <fstream>
+#include <memory>
+#include <string>
+
+#include "peer/stand_in.h"
+#include "shell/launch_identity.h"
+#include "tests/support/temporary_folder.h"
+
+namespace updown {
+
+// A stand-in service over an area of its own, and this process's environment as a parent
+// application would set it for a client of that service.
+class ServedLaunch {
+ public:
+  explicit ServedLaunch(peer::Options options = {}) {
+    peer::AreaOptions area;
+    area.folder = AreaFolder();
+    area.packages = 4;
+    peer::MakeArea(area);
+    options.root = AreaFolder();
+    service_ = std::make_unique<peer::StandIn>(std::move(options));
+    for (const auto& [name, value] : service_->Environment()) {
+      setenv(name.c_str(), value.c_str(), 1);
+    }
+    setenv("XDG_DATA_HOME", DataFolder().c_str(), 1);
+    setenv("HOME", folder_.Path().c_str(), 1);
+    launch_ = ReadLaunchState();
+    launch_.serverName = "fileservice";
+  }
+
+  peer::StandIn& Service() { return *service_; }
+  const LaunchState& Launch() const { return launch_; }
+  std::string AreaFolder() const { return folder_.Path() + "/area"; }
+  std::string DataFolder() const { return folder_.Path() + "/data"; }
+  std::string TaskListFile() const {
+    return DataFolder() + "/oxapp/" + launch_.identityHash + ".lst";
+  }
+
+ private:
+  test::TemporaryFolder folder_;
+  std::unique_ptr<peer::StandIn> service_;
+  LaunchState launch_;
+};
+
+}  // namespace updown
