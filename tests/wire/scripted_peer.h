@@ -29,8 +29,8 @@ inline std::string PlayScript(int socket, const std::vector<Step>& steps, std::s
   std::string fault;
   for (std::size_t at = 0; at < steps.size() && fault.empty(); ++at) {
     std::string seen(steps[at].expect.size(), '\0');
-    const auto count = recv(socket, seen.data(), seen.size(), MSG_WAITALL);
-    if (!seen.empty() && (count != static_cast<ssize_t>(seen.size()) || seen != steps[at].expect)) {
+    const auto count = seen.empty() ? 0 : recv(socket, seen.data(), seen.size(), MSG_WAITALL);
+    if (count != static_cast<ssize_t>(seen.size()) || seen != steps[at].expect) {
       fault = "step " + std::to_string(at) + " differs after " + std::to_string(count) + " bytes";
     }
     const std::string& answer = steps[at].answer;
@@ -74,9 +74,8 @@ class ScriptedPeer {
   // Hangs up and tells what was not as written; empty if all was.
   std::string Finish() {
     if (thread_.joinable()) {
-      shutdown(client_, SHUT_WR);
-      thread_.join();
       close(client_);
+      thread_.join();
       close(peer_);
     }
     return fault_;
