@@ -8,8 +8,9 @@
 
 namespace updown {
 
-// What lies behind is not read: a header file has some dozen lines, so a longer file is no header.
-inline constexpr std::size_t kIniReadLimit = 8 * 1024 * 1024;
+// Bytes; what lies behind is not read. A header file has some dozen lines, so a longer file is no
+// header.
+inline constexpr std::size_t kIniReadLimit = std::size_t{8} << 20;
 
 // Reader of a package's header file. The first of the characters ; # [ = in a line decides what the
 // line is; nothing is trimmed, and all comparison and storage is on bytes, without regard to case

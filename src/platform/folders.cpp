@@ -39,7 +39,7 @@ std::string HomeFromUserDatabase() {
   passwd entry{};
   passwd* found = nullptr;
   int error = ERANGE;
-  while (error == ERANGE && buffer.size() <= 1024 * 1024) {
+  while (error == ERANGE && buffer.size() <= (std::size_t{1} << 20)) {
     error = getpwuid_r(getuid(), &entry, buffer.data(), buffer.size(), &found);
     buffer.resize(error == ERANGE ? buffer.size() * 2 : buffer.size());
   }

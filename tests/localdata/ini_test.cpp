@@ -97,7 +97,7 @@ TEST(IniFile, WhatIsNoFileIsNotWaitedFor) {
 }
 
 TEST(IniFile, LinesOfAMegabyteAndFilesWithoutAnEndAreBounded) {
-  const std::string longValue(1024 * 1024, 'x');
+  const std::string longValue(std::size_t{1} << 20, 'x');
   std::string content = "[s]\nlong=" + longValue + "\n";
   int keys = 0;
   while (content.size() < kIniReadLimit) {

@@ -18,7 +18,9 @@ int argumentCount = 1;
 // Lets the application run until `target` has been sent its message by another thread, or gives up.
 MessageResult SendAcrossThreads(WindowHandle target) {
   QEventLoop loop;
-  QTimer::singleShot(20000, &loop, [&loop] { loop.exit(1); });
+  QTimer giveUp;
+  QObject::connect(&giveUp, &QTimer::timeout, &loop, [&loop] { loop.exit(1); });
+  giveUp.start(20000);
   MessageResult result = -1;
   std::thread sender([&] {
     result = SendWindowMessage(target, 1, 0, 0);

@@ -62,7 +62,8 @@ TEST(Window, ASendGivesTheResultOnEveryThread) {
   const std::thread::id here = std::this_thread::get_id();
   const WindowHandle window = loop.Queue().Register([here](const WindowMessage& message) {
     EXPECT_EQ(std::this_thread::get_id(), here);
-    return static_cast<MessageResult>(message.number * 100 + message.wParam * 10) + message.lParam;
+    return MessageResult{message.number} * 100 + static_cast<MessageResult>(message.wParam * 10) +
+           message.lParam;
   });
   EXPECT_TRUE(IsWindow(window));
   EXPECT_EQ(SendWindowMessage(window, 1, 2, 3), 123);
@@ -161,6 +162,7 @@ TEST(Window, QueuesComeAndGoUnderBusySenders) {
   std::atomic<std::uint64_t> target{0};
   std::atomic<bool> stop{false};
   std::vector<std::thread> senders;
+  senders.reserve(4);
   for (int i = 0; i < 4; ++i) {
     senders.emplace_back([&target, &stop, i] {
       while (!stop) {
@@ -170,10 +172,11 @@ TEST(Window, QueuesComeAndGoUnderBusySenders) {
         } else {
           PostWindowMessage(window, 1, 0, 0);
         }
+        std::this_thread::yield();
       }
     });
   }
-  for (int round = 0; round < 1000; ++round) {
+  for (int round = 0; round < 500; ++round) {
     auto lives = std::make_unique<int>(round);  // a call after the end would touch freed memory
     MessageQueue queue([] {});
     const WindowHandle window = queue.Register([&lives](const WindowMessage&) { return ++*lives; });
