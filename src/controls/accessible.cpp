@@ -3,7 +3,9 @@
 #include <QAccessible>
 #include <QAccessibleWidget>
 
+#include "controls/accessible_rows.h"
 #include "controls/progress_painter.h"
+#include "controls/row_list_view.h"
 
 namespace updown {
 namespace {
@@ -41,6 +43,9 @@ QAccessibleInterface* MakeAccessible(const QString& className, QObject* object) 
   Q_UNUSED(className);
   if (auto* bar = qobject_cast<CProgressPainter*>(object)) {
     return new AccessibleProgress(bar);
+  }
+  if (auto* list = qobject_cast<RowListView*>(object)) {
+    return MakeAccessibleRows(list);
   }
   return nullptr;
 }
