@@ -78,6 +78,10 @@ enum class StringId : std::uint32_t {
   LoginPassword = 100202,
   LoginRefused = 100203,
   FileFilterAll = 100300,
+
+  // Names of widgets without a caption, for screen readers.
+  FolderTreeName = 100400,
+  PackageListName = 100401,
 };
 
 }  // namespace updown

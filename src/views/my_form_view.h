@@ -1,9 +1,18 @@
 #pragma once
 
+#include <QGroupBox>
+#include <QLabel>
 #include <QWidget>
+#include <string>
 
+#include "controls/link_list_ctrl.h"
+#include "controls/sort_header_ctrl.h"
 #include "engine/frame_operations.h"
+#include "engine/package.h"
 #include "platform/qt/message_target.h"
+#include "service/operations.h"
+#include "views/attachment_model.h"
+#include "views/edit_no_menu.h"
 
 namespace updown {
 
@@ -21,11 +30,47 @@ class CMyFormView : public QWidget {
 
   void InitForm();
 
+ protected:
+  void resizeEvent(QResizeEvent* event) override;
+  void changeEvent(QEvent* event) override;
+
  private:
   MessageResult WindowProc(const WindowMessage& message);
 
+  void ApplyPackage(const std::u16string& name);
+  void SetHeader(const PackageHeader& header);
+  void SetCurrentFolder(const std::u16string* path);
+  void LayoutForm();
+  bool HaveFrame();
+
+  void InitAttachmentList();
+  void AddAttachmentRow(LongParam treeItem, const DirectoryEntry& entry);
+  void ClearAttachments();
+  void OnCellClicked(int row, int column);
+  void ActivateAttachment();
+  bool SaveSelectedAttachment();
+  void DeleteSelectedAttachments();
+  void OnColumnClicked(int column);
+  void ShowRowMenu(const QPoint& globalPosition);
+  void ResetTips();
+  std::u16string PathOf(const std::u16string& name) const;
+
   FrameOperations& frame_;
   WindowHandle frameWindow_;
+  QLabel* headerText_;
+  QGroupBox* noteGroup_;
+  CEditNoMenu* notesEdit_;
+  QGroupBox* attachmentGroup_;
+  CLinkListCtrl* attachmentList_;
+  AttachmentModel* attachmentModel_;
+  CSortHeaderCtrl* headerCtrl_;
+  StringId packageStatus_ = StringId::Completed;  // or Incomplete
+  int lineHeight_ = 0;                            // of the header; 0: not worked out yet
+  std::string currentFolder_;                     // UTF-8 service path
+  int sortColumn_ = -1;
+  bool sortAscending_ = true;
+  int attachmentSortDirection_ = 1;
+  int attachmentSortColumn_ = 0;
   MessageTarget target_;
 };
 
