@@ -15,6 +15,7 @@ using std::chrono::milliseconds;
 // A window may stand untouched for long, but a client that is gone without a word must not hold a
 // thread for ever.
 constexpr milliseconds kIdleBound{3'600'000};
+constexpr milliseconds kFrameBound{60'000};
 constexpr std::uint32_t kLongestRequest = 1U << 20;
 constexpr std::uint32_t kLargestBlock = 64U << 20;
 constexpr std::size_t kOversizedData = 40000;  // a client's buffer holds 32768 bytes
@@ -40,7 +41,7 @@ bool ServiceConnection::ServeOne() {
   const std::uint32_t length = Number32At(frame, 0);
   if (length > kLongestRequest) return false;
   frame.resize(4 + std::size_t{length});
-  if (!connection_.ReceiveExact(frame.data() + 4, length, kIdleBound)) return false;
+  if (!connection_.ReceiveExact(frame.data() + 4, length, kFrameBound)) return false;
 
   const View body = View(frame).subspan(4);
   const auto list = List::Read(body);

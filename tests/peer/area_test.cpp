@@ -47,8 +47,9 @@ TEST(MakeArea, HasEveryKindOfPackage) {
       continue;
     }
     if (name.find_first_not_of("0123456789#") != std::string::npos) continue;
-    const bool start = contents.contains(name + "/" + name + "_Start.ini");
-    const bool full = contents.contains(name + "/" + name + ".ini");
+    const fs::path header = fs::path(name) / name;
+    const bool start = contents.contains(header.string() + "_Start.ini");
+    const bool full = contents.contains(header.string() + ".ini");
     complete += start && full ? 1 : 0;
     halfArrived += start && !full ? 1 : 0;
     empty += !start && !full ? 1 : 0;
