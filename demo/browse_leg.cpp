@@ -1,0 +1,228 @@
+#include <QAbstractItemView>
+#include <QApplication>
+#include <QHeaderView>
+#include <QTest>
+#include <QTreeWidget>
+#include <algorithm>
+
+#include "controls/boxes.h"
+#include "controls/link_list_ctrl.h"
+#include "demo/legs.h"
+#include "demo/walk_package.h"
+
+namespace updown::demo {
+
+namespace {
+
+constexpr int kFromColumn = 1;
+constexpr int kStatusColumn = 4;
+constexpr unsigned kMessageRename = 4102;
+const QString kList = QStringLiteral("packageList");
+const QString kAttachments = QStringLiteral("attachmentList");
+
+QStringList Column(Walker& walker, QAbstractItemView* list, int column) {
+  QStringList texts;
+  for (int row = 0; row < list->model()->rowCount(); ++row) {
+    texts.append(walker.CellText(list, row, column));
+  }
+  return texts;
+}
+
+bool InOrder(const QStringList& texts, bool ascending) {
+  return std::is_sorted(texts.begin(), texts.end(), [&](const QString& a, const QString& b) {
+    return ascending ? a.compare(b, Qt::CaseInsensitive) < 0
+                     : b.compare(a, Qt::CaseInsensitive) < 0;
+  });
+}
+
+void SortBothWays(Walker& walker) {
+  QAbstractItemView* list = walker.FindView(kList);
+  auto* header = list->findChild<QHeaderView*>();
+  for (const bool ascending : {true, false}) {
+    const QPoint at(header->sectionViewportPosition(kFromColumn) + 20, header->height() / 2);
+    QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, at);
+    walker.Await(QStringLiteral("sorted"),
+                 [&] { return InOrder(Column(walker, list, kFromColumn), ascending); });
+    walker.Picture(ascending ? QStringLiteral("sorted-up") : QStringLiteral("sorted-down"));
+  }
+  walker.Step(QStringLiteral("a click on a heading sorts up, the second one down"));
+}
+
+void ShowHalfArrived(Walker& walker) {
+  QAbstractItemView* list = walker.FindView(kList);
+  const QStringList from = Column(walker, list, kFromColumn);
+  const QStringList status = Column(walker, list, kStatusColumn);
+  for (int row = 0; row < from.size(); ++row) {
+    if (!from[row].isEmpty() && status[row] == Text(StringId::Incomplete)) {
+      walker.Click(list, list->model()->index(row, 0));
+      walker.Expect(QStringLiteral("a half-arrived package hides its attachments"),
+                    !walker.FindView(kAttachments)->isVisible());
+      walker.Picture(QStringLiteral("half-arrived-package"));
+      walker.Step(QStringLiteral("a half-arrived package shows header and notes alone"));
+      return;
+    }
+  }
+  throw WalkFailure("the area has no half-arrived package");
+}
+
+void HoverAndTip(LegContext& context) {
+  Walker& walker = context.walker;
+  auto* attachments = walker.Find<CLinkListCtrl>(kAttachments);
+  const int row = AttachmentRow(context, QStringLiteral("figures-q3.xls"));
+  const QRect link = attachments->LinkTextRect(row, 4);
+  walker.MoveMouse(attachments->viewport(), link.center());
+  walker.Await(QStringLiteral("the link changes under the pointer"),
+               [&] { return attachments->LinkHover(row, 4); });
+  walker.Picture(QStringLiteral("link-under-pointer"));
+  walker.Step(QStringLiteral("the link under the pointer is red, with a hand"));
+
+  const QRect label = attachments->visualRect(attachments->model()->index(row, 0));
+  walker.MoveMouse(attachments->viewport(), label.topLeft() + QPoint(40, label.height() / 2));
+  walker.MoveMouse(attachments->viewport(), label.topLeft() + QPoint(44, label.height() / 2));
+  walker.Expect(QStringLiteral("the link is left"), !attachments->LinkHover(row, 4));
+  walker.Await(QStringLiteral("the tip shows"), [&] {
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    return std::any_of(windows.begin(), windows.end(), [](const QWidget* window) {
+      return window->inherits("QTipLabel") && window->isVisible();
+    });
+  });
+  walker.Picture(QStringLiteral("tip"));
+  walker.Step(QStringLiteral("the pointer's rest on a name shows the tip"));
+}
+
+void RefuseRename(LegContext& context) {
+  Walker& walker = context.walker;
+  auto* tree = walker.Find<QTreeWidget>(QStringLiteral("packageTree"));
+  QTreeWidgetItem* item = tree->topLevelItem(0)->child(0);
+  walker.Expect(QStringLiteral("the tree has packages"), item != nullptr);
+  const QString before = item->text(0);
+  context.ask({QStringLiteral("refuse"), QString::number(kMessageRename)});
+  walker.Click(tree, tree->indexFromItem(item));
+  walker.Answer(
+      [&] {
+        tree->setFocus();
+        tree->editItem(item);
+        QWidget* editor = tree->viewport()->findChild<QWidget*>(QStringLiteral("labelEdit"));
+        if (editor == nullptr) {
+          editor = QApplication::focusWidget();
+        }
+        QTest::keyClicks(editor, QStringLiteral("another name"));
+        QTest::keyClick(editor, Qt::Key_Return);
+      },
+      [&](QWidget* box) {
+        walker.Picture(QStringLiteral("rename-refused"));
+        walker.PressButton(box, Text(StringId::Ok));
+      });
+  walker.Await(QStringLiteral("the label springs back"), [&] { return item->text(0) == before; });
+  walker.Step(QStringLiteral("a rename that the service refuses says so and springs back"));
+}
+
+void DeletePackage(LegContext& context) {
+  Walker& walker = context.walker;
+  QAbstractItemView* list = walker.FindView(kList);
+  const int before = list->model()->rowCount();
+  auto* tree = walker.Find<QTreeWidget>(QStringLiteral("packageTree"));
+  const auto names = [&] {
+    QStringList all;
+    for (int i = 0; i < tree->topLevelItem(0)->childCount(); ++i) {
+      all.append(tree->topLevelItem(0)->child(i)->text(0));
+    }
+    return all;
+  };
+  QStringList gone = names();
+  const QString subject = QString::fromLatin1(kWalkSubject);
+  const int row = walker.CellText(list, 0, 3) == subject ? 1 : 0;
+  walker.Click(list, list->model()->index(row, 0));
+  const QString choice = Text(StringId::MenuPackageDelete);
+  walker.Answer([&] { walker.Choose([&] { AskForMenu(list); }, choice); },
+                [&](QWidget* box) {
+                  walker.Picture(QStringLiteral("deletion-asked"));
+                  walker.PressButton(box, Text(StringId::Cancel));
+                });
+  walker.Expect(QStringLiteral("Cancel deletes nothing"), list->model()->rowCount() == before);
+  walker.Answer([&] { walker.Choose([&] { AskForMenu(list); }, choice); },
+                [&](QWidget* box) { walker.PressButton(box, Text(StringId::Ok)); });
+  walker.Expect(QStringLiteral("the row is gone"), list->model()->rowCount() == before - 1);
+  const QStringList left = names();
+  for (const QString& name : left) {
+    gone.removeAll(name);
+  }
+  walker.Expect(QStringLiteral("one item is gone from the tree"), gone.size() == 1);
+  context.ask({QStringLiteral("gone"), u'/' + gone[0]});
+  walker.Step(QStringLiteral("a package is deleted after OK, not after Cancel"));
+}
+
+void DeleteAttachment(LegContext& context) {
+  Walker& walker = context.walker;
+  QAbstractItemView* attachments = walker.FindView(kAttachments);
+  const QString name = QStringLiteral("minutes.doc");
+  walker.Click(attachments, attachments->model()->index(AttachmentRow(context, name), 0));
+  walker.Choose([&] { AskForMenu(attachments); }, Text(StringId::MenuFileDelete));
+  walker.Await(QStringLiteral("the attachment's row is gone"),
+               [&] { return walker.RowOf(attachments, 0, name) < 0; });
+  context.ask({QStringLiteral("gone"), u'/' + QString::fromLatin1(kWalkPackage) + u'/' + name});
+  walker.Step(QStringLiteral("an attachment is deleted on the service"));
+}
+
+void OpenTree(Walker& walker, QWidget* frame) {
+  auto* tree = walker.Find(QStringLiteral("packageTree"));
+  // The bar stands at the frame's left edge until somebody drags it.
+  QWidget* bar = frame->childAt(2, frame->height() / 2);
+  QTest::mousePress(bar, Qt::LeftButton, {}, QPoint(1, 50));
+  QTest::mouseMove(bar, QPoint(120, 50));
+  QTest::mouseMove(bar, QPoint(180, 50));
+  QTest::mouseRelease(bar, Qt::LeftButton, {}, QPoint(180, 50));
+  walker.Await(QStringLiteral("the tree is dragged open"), [&] { return tree->width() > 80; });
+  walker.Picture(QStringLiteral("tree-open"));
+  walker.Step(QStringLiteral("the bar at the left drags the tree open"));
+}
+
+}  // namespace
+
+void EmptyLeg(LegContext& context) {
+  context.start();
+  Walker& walker = context.walker;
+  walker.Rest(600);
+  walker.Expect(QStringLiteral("no rows"), walker.FindView(kList)->model()->rowCount() == 0);
+  walker.Picture(QStringLiteral("empty-area"));
+  walker.Step(QStringLiteral("an area without packages shows the hint"));
+  context.close();
+}
+
+void BrowseLeg(LegContext& context) {
+  context.start();
+  Walker& walker = context.walker;
+  AwaitFullList(context);
+  walker.Picture(QStringLiteral("full-list"));
+  SelectWalkPackage(context);
+  walker.Picture(QStringLiteral("complete-package"));
+  HoverAndTip(context);
+  ShowHalfArrived(walker);
+  SortBothWays(walker);
+
+  QAbstractItemView* list = walker.FindView(kList);
+  const int rows = list->model()->rowCount();
+  walker.Key(list, Qt::Key_F5);
+  walker.Await(QStringLiteral("F5 lists again"), [&] { return list->model()->rowCount() == rows; });
+  walker.Step(QStringLiteral("F5 refreshes the list"));
+
+  QWidget* frame = walker.Find(QStringLiteral("mainFrame"));
+  OpenTree(walker, frame);
+  RefuseRename(context);
+  DeletePackage(context);
+  SelectWalkPackage(context);
+  DeleteAttachment(context);
+
+  frame->resize(420, 320);
+  walker.Rest(100);
+  walker.Picture(QStringLiteral("small-window"));
+  walker.Answer([&] { walker.Key(frame, Qt::Key_F1); },
+                [&](QWidget* box) {
+                  walker.Picture(QStringLiteral("about"));
+                  walker.PressButton(box, Text(StringId::Ok));
+                });
+  walker.Step(QStringLiteral("F1 shows the about box"));
+  context.close();
+}
+
+}  // namespace updown::demo

@@ -1,0 +1,97 @@
+#include <QAbstractItemView>
+#include <QApplication>
+#include <QContextMenuEvent>
+
+#include "controls/boxes.h"
+#include "demo/legs.h"
+#include "demo/walk_package.h"
+#include "resources/strings.h"
+
+namespace updown::demo {
+
+namespace {
+
+constexpr int kSubjectColumn = 3;
+constexpr int kStatusColumn = 4;
+constexpr int kLinkColumn = 4;
+const QString kSubject = QString::fromLatin1(kWalkSubject);
+
+}  // namespace
+
+void AwaitFullList(LegContext& context) {
+  Walker& walker = context.walker;
+  QAbstractItemView* list = walker.FindView(QStringLiteral("packageList"));
+  walker.Await(QStringLiteral("packages are listed"),
+               [&] { return list->model()->rowCount() > 1; });
+  walker.Await(QStringLiteral("header texts have arrived"),
+               [&] { return walker.RowOf(list, kSubjectColumn, kSubject) >= 0; });
+  walker.Step(QStringLiteral("%1 packages are listed, header texts arrived by themselves")
+                  .arg(list->model()->rowCount()));
+}
+
+void SelectWalkPackage(LegContext& context) {
+  Walker& walker = context.walker;
+  QAbstractItemView* list = walker.FindView(QStringLiteral("packageList"));
+  QAbstractItemView* attachments = walker.FindView(QStringLiteral("attachmentList"));
+  // The second header file may still be under way; a selection reads the cache again.
+  walker.Await(QStringLiteral("the package is Completed"), [&] {
+    const int row = walker.RowOf(list, kSubjectColumn, kSubject);
+    const int other = row == 0 ? 1 : 0;
+    walker.Click(list, list->model()->index(other, 0));
+    walker.Click(list, list->model()->index(row, 0));
+    return walker.CellText(list, row, kStatusColumn) == Text(StringId::Completed);
+  });
+  walker.Await(QStringLiteral("its attachments are on show"), [&] {
+    return attachments->isVisible() && attachments->model()->rowCount() == kWalkAttachments;
+  });
+  walker.Step(QStringLiteral("the package shows its header, notes and %1 attachments")
+                  .arg(kWalkAttachments));
+}
+
+int AttachmentRow(LegContext& context, const QString& name) {
+  QAbstractItemView* attachments = context.walker.FindView(QStringLiteral("attachmentList"));
+  const int row = context.walker.RowOf(attachments, 0, name);
+  context.walker.Expect(name + QStringLiteral(" is among the attachments"), row >= 0);
+  return row;
+}
+
+void AskForMenu(QAbstractItemView* list) {
+  list->setFocus();
+  const QPoint at = list->visualRect(list->currentIndex()).center();
+  QContextMenuEvent event(QContextMenuEvent::Keyboard, at, list->viewport()->mapToGlobal(at));
+  QApplication::sendEvent(list, &event);
+}
+
+int StatusRow(LegContext& context, const QString& name) {
+  QAbstractItemView* transfers = context.walker.FindView(QStringLiteral("transferList"));
+  for (int row = 0; row < transfers->model()->rowCount(); ++row) {
+    if (context.walker.CellText(transfers, row, 0).endsWith(u'/' + name)) {
+      return row;
+    }
+  }
+  return -1;
+}
+
+void SaveAttachment(LegContext& context, const QString& name, const QString& path) {
+  Walker& walker = context.walker;
+  QAbstractItemView* attachments = walker.FindView(QStringLiteral("attachmentList"));
+  const int row = AttachmentRow(context, name);
+  const QModelIndex link = attachments->model()->index(row, kLinkColumn);
+  walker.Answer([&] { walker.Click(attachments, link); },
+                [&](QWidget* dialog) { walker.SaveAs(dialog, path); });
+  walker.Await(name + QStringLiteral(" has a row in the status window"),
+               [&] { return StatusRow(context, name) >= 0; });
+}
+
+const std::map<QString, Leg>& Legs() {
+  static const std::map<QString, Leg> legs = {
+      {QStringLiteral("empty"), EmptyLeg}, {QStringLiteral("browse"), BrowseLeg},
+      {QStringLiteral("save"), SaveLeg},   {QStringLiteral("resume"), ResumeLeg},
+      {QStringLiteral("steer"), SteerLeg}, {QStringLiteral("steer-again"), SteerAgainLeg},
+      {QStringLiteral("limit"), LimitLeg}, {QStringLiteral("login"), LoginLeg},
+      {QStringLiteral("looks"), LooksLeg}, {QStringLiteral("dark"), DarkLeg},
+  };
+  return legs;
+}
+
+}  // namespace updown::demo

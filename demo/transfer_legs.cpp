@@ -1,0 +1,236 @@
+#include <QAbstractItemView>
+#include <QFileInfo>
+
+#include "controls/boxes.h"
+#include "demo/legs.h"
+#include "demo/walk_package.h"
+
+namespace updown::demo {
+
+namespace {
+
+constexpr int kTransferredColumn = 2;
+constexpr int kProgressColumn = 3;
+const QString kTransfers = QStringLiteral("transferList");
+const QString kBig = QStringLiteral("photos.tar.gz");
+const QString kBig2 = QStringLiteral("figures-q3.xls");
+const QString kPlan = QStringLiteral("floor plan.pdf");
+const QString kSmall = QStringLiteral("agenda.txt");
+const QString kEmpty = QStringLiteral("readme");
+
+QString RemoteOf(const QString& name) {
+  return u'/' + QString::fromLatin1(kWalkPackage) + u'/' + name;
+}
+
+QString LocalOf(const LegContext& context, const QString& name) {
+  return context.received + u'/' + name;
+}
+
+QString Cell(LegContext& context, const QString& name, int column) {
+  const int row = StatusRow(context, name);
+  return row < 0 ? QString()
+                 : context.walker.CellText(context.walker.FindView(kTransfers), row, column);
+}
+
+bool Finished(LegContext& context, const QString& name) {
+  return Cell(context, name, kProgressColumn) == Text(StringId::Completed);
+}
+
+void AwaitFinished(LegContext& context, const QString& name) {
+  context.walker.Await(
+      name + QStringLiteral(" is Completed"), [&] { return Finished(context, name); }, 40000);
+}
+
+void AwaitMoving(LegContext& context, const QString& name) {
+  context.walker.Await(name + QStringLiteral(" moves"), [&] {
+    const QString moved = Cell(context, name, kTransferredColumn);
+    return moved.endsWith(QStringLiteral("KB")) && moved != u"0 KB" && moved != u"0 B";
+  });
+}
+
+void Compare(LegContext& context, const QString& name) {
+  context.ask({QStringLiteral("compare"), RemoteOf(name), LocalOf(context, name)});
+}
+
+void Command(LegContext& context, const QString& name, StringId item) {
+  QAbstractItemView* transfers = context.walker.FindView(kTransfers);
+  const int row = StatusRow(context, name);
+  context.walker.Expect(name + QStringLiteral(" has a row"), row >= 0);
+  context.walker.Click(transfers, transfers->model()->index(row, 0));
+  context.walker.Choose([&] { AskForMenu(transfers); }, Text(item));
+}
+
+bool Offers(LegContext& context, const QString& name, StringId item) {
+  QAbstractItemView* transfers = context.walker.FindView(kTransfers);
+  bool enabled = false;
+  context.walker.Click(transfers, transfers->model()->index(StatusRow(context, name), 0));
+  context.walker.WithMenu([&] { AskForMenu(transfers); },
+                          [&](QMenu* menu) {
+                            const QList<QAction*> actions = menu->actions();
+                            for (const QAction* action : actions) {
+                              enabled =
+                                  enabled || (action->text() == Text(item) && action->isEnabled());
+                            }
+                          });
+  return enabled;
+}
+
+void SaveInto(LegContext& context, const QString& name) {
+  SaveAttachment(context, name, LocalOf(context, name));
+}
+
+}  // namespace
+
+void SaveLeg(LegContext& context) {
+  context.start();
+  Walker& walker = context.walker;
+  AwaitFullList(context);
+  SelectWalkPackage(context);
+  SaveInto(context, kBig);
+  SaveInto(context, kBig2);
+  AwaitMoving(context, kBig);
+  AwaitMoving(context, kBig2);
+  walker.Picture(QStringLiteral("status-moving"));
+  walker.Step(QStringLiteral("two attachments are under way, the status window shows them move"));
+  context.close();
+  const qint64 arrived = QFileInfo(LocalOf(context, kBig)).size();
+  walker.Expect(QStringLiteral("closed in mid-transfer"), arrived > 0 && arrived < 2400000);
+  walker.Step(QStringLiteral("closed in mid-transfer, with %1 bytes of %2").arg(arrived).arg(kBig));
+}
+
+void ResumeLeg(LegContext& context) {
+  const qint64 before = QFileInfo(LocalOf(context, kBig)).size();
+  context.start();
+  Walker& walker = context.walker;
+  walker.Await(QStringLiteral("the transfers come back"),
+               [&] { return StatusRow(context, kBig) >= 0 && StatusRow(context, kBig2) >= 0; });
+  walker.Expect(QStringLiteral("the file was not begun anew"),
+                QFileInfo(LocalOf(context, kBig)).size() >= before);
+  AwaitFinished(context, kBig);
+  AwaitFinished(context, kBig2);
+  walker.Picture(QStringLiteral("status-completed"));
+  walker.Step(QStringLiteral("started anew, both transfers went on and are Completed"));
+  Compare(context, kBig);
+  Compare(context, kBig2);
+  context.close();
+}
+
+void SteerLeg(LegContext& context) {
+  context.start();
+  Walker& walker = context.walker;
+  AwaitFullList(context);
+  SelectWalkPackage(context);
+  context.ask({QStringLiteral("block"), QStringLiteral("131072")});
+
+  SaveInto(context, kSmall);
+  AwaitFinished(context, kSmall);
+  Compare(context, kSmall);
+  SaveInto(context, kEmpty);
+  AwaitFinished(context, kEmpty);
+  walker.Expect(QStringLiteral("an empty file arrives"),
+                QFileInfo::exists(LocalOf(context, kEmpty)));
+  walker.Step(QStringLiteral("an attachment of 0 bytes arrives as an empty file"));
+
+  SaveInto(context, kPlan);
+  AwaitMoving(context, kPlan);
+  Command(context, kPlan, StringId::MenuPause);
+  walker.Await(QStringLiteral("the worker has ended"),
+               [&] { return Offers(context, kPlan, StringId::MenuResume); });
+  const qint64 paused = QFileInfo(LocalOf(context, kPlan)).size();
+  walker.Rest(1500);
+  walker.Expect(QStringLiteral("a paused transfer stands still"),
+                QFileInfo(LocalOf(context, kPlan)).size() == paused);
+  walker.Picture(QStringLiteral("status-paused"));
+  walker.Step(QStringLiteral("Pause stops at %1 bytes").arg(paused));
+
+  context.ask({QStringLiteral("forget-sessions")});
+  context.ask({QStringLiteral("block"), QStringLiteral("400000")});
+  Command(context, kPlan, StringId::MenuResume);
+  walker.Await(QStringLiteral("the forgotten session is told"), [&] {
+    return Cell(context, kPlan, kTransferredColumn) == Text(StringId::AuthenticationFailed);
+  });
+  walker.Picture(QStringLiteral("status-refused"));
+  walker.Step(QStringLiteral("a session that the service has forgotten fails the transfer"));
+  Command(context, kPlan, StringId::MenuResume);
+  AwaitFinished(context, kPlan);
+  Compare(context, kPlan);
+  walker.Step(QStringLiteral("Resume opens a new session and the transfer goes on to its end"));
+
+  walker.Answer([&] { Command(context, kPlan, StringId::MenuRedo); },
+                [&](QWidget* box) {
+                  walker.Picture(QStringLiteral("redo-asked"));
+                  walker.PressButton(box, Text(StringId::Ok));
+                });
+  walker.Await(QStringLiteral("Redo begins from nothing"),
+               [&] { return !Finished(context, kPlan); });
+  AwaitFinished(context, kPlan);
+  Compare(context, kPlan);
+  walker.Step(QStringLiteral("Redo fetches the file once more"));
+
+  context.ask({QStringLiteral("block"), QStringLiteral("131072")});
+  SaveInto(context, kBig2);
+  AwaitMoving(context, kBig2);
+  context.ask({QStringLiteral("kill")});
+}
+
+void SteerAgainLeg(LegContext& context) {
+  context.start();
+  Walker& walker = context.walker;
+  walker.Await(QStringLiteral("the killed transfer comes back"),
+               [&] { return StatusRow(context, kBig2) >= 0; });
+  AwaitFinished(context, kBig2);
+  Compare(context, kBig2);
+  walker.Step(QStringLiteral("after kill -9 in mid-transfer the file is whole"));
+
+  context.ask({QStringLiteral("block"), QStringLiteral("65536")});
+  AwaitFullList(context);
+  SelectWalkPackage(context);
+  SaveInto(context, kBig);
+  AwaitMoving(context, kBig);
+  Command(context, kBig, StringId::MenuPause);
+  walker.Await(QStringLiteral("Delete is offered"),
+               [&] { return Offers(context, kBig, StringId::MenuStatusDelete); });
+  walker.Answer([&] { Command(context, kBig, StringId::MenuStatusDelete); },
+                [&](QWidget* box) { walker.PressButton(box, Text(StringId::Ok)); });
+  walker.Await(QStringLiteral("the row is gone"), [&] { return StatusRow(context, kBig) < 0; });
+  walker.Expect(QStringLiteral("the partial file is gone"),
+                !QFileInfo::exists(LocalOf(context, kBig)));
+  walker.Step(QStringLiteral("Delete takes the row and the partial file away"));
+  context.close();
+}
+
+void LimitLeg(LegContext& context) {
+  context.start();
+  Walker& walker = context.walker;
+  AwaitFullList(context);
+  SelectWalkPackage(context);
+  context.ask({QStringLiteral("block"), QStringLiteral("1024")});
+  QAbstractItemView* attachments = walker.FindView(QStringLiteral("attachmentList"));
+  const auto save = [&](const QString& name) {
+    return attachments->model()->index(AttachmentRow(context, name), 4);
+  };
+  SaveAttachment(context, kBig, context.received + QStringLiteral("/limit-1"));
+  walker.Answer([&] { walker.Click(attachments, save(kBig)); },
+                [&](QWidget* box) {
+                  walker.Picture(QStringLiteral("duplicate"));
+                  walker.PressButton(box, Text(StringId::Ok));
+                });
+  walker.Step(QStringLiteral("the same attachment twice is told as a duplicate"));
+  int number = 1;
+  for (const QString& name :
+       {kBig2, kPlan, QStringLiteral("site-north.jpg"), QStringLiteral("site-south.jpg")}) {
+    SaveAttachment(context, name, context.received + QStringLiteral("/limit-%1").arg(++number));
+  }
+  walker.Answer([&] { walker.Click(attachments, save(kSmall)); },
+                [&](QWidget* box) {
+                  walker.Picture(QStringLiteral("limit-reached"));
+                  walker.PressButton(box, Text(StringId::Ok));
+                });
+  walker.Step(QStringLiteral("the sixth Save is refused"));
+  walker.Key(walker.Find(QStringLiteral("transferStatus")), Qt::Key_Escape);
+  walker.Await(QStringLiteral("Escape hides the status window"),
+               [&] { return !walker.Find(QStringLiteral("transferStatus"))->isVisible(); });
+  context.close();
+}
+
+}  // namespace updown::demo
