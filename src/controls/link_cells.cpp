@@ -67,8 +67,8 @@ QString TipHtml(const QString& tip, const QFont& font, int width) {
     }
     layout.endLayout();
   }
-  return QStringLiteral("<p style='white-space:pre'>") + lines.join(QStringLiteral("<br>")) +
-         QStringLiteral("</p>");
+  return QStringLiteral("<div style='white-space:pre'>") + lines.join(QStringLiteral("<br>")) +
+         QStringLiteral("</div>");
 }
 
 }  // namespace updown

@@ -14,7 +14,12 @@ namespace updown {
 
 CListCtrlEx::CListCtrlEx(QWidget* parent) : RowListView(parent) {}
 
-CListCtrlEx::~CListCtrlEx() = default;
+CListCtrlEx::~CListCtrlEx() {
+  // The header speaks while the base classes end.
+  if (watchedHeader_ != nullptr) {
+    disconnect(watchedHeader_, nullptr, this, nullptr);
+  }
+}
 
 void CListCtrlEx::EnableHint(bool on) {
   hintEnabled_ = on;

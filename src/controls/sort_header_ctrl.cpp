@@ -20,6 +20,21 @@ QPoint LastPoint(const ArrowStroke& stroke) {
                               static_cast<int>(std::lround(way.y() * part)));
 }
 
+// `color` as it is if it differs enough from the header's face, else on its way to the text's
+// colour: on flat palettes the light and dark shades of a button can hardly be told from its face.
+QColor Visible(const QColor& color, const QPalette& palette, int difference) {
+  constexpr int kSteps = 10;
+  const int face = qGray(palette.color(QPalette::Button).rgb());
+  const QColor text = palette.color(QPalette::ButtonText);
+  QColor mixed = color;
+  for (int i = 1; i <= kSteps && std::abs(qGray(mixed.rgb()) - face) < difference; ++i) {
+    const auto mix = [i](int from, int to) { return from + (to - from) * i / kSteps; };
+    mixed = QColor(mix(color.red(), text.red()), mix(color.green(), text.green()),
+                   mix(color.blue(), text.blue()));
+  }
+  return mixed;
+}
+
 }  // namespace
 
 std::array<ArrowStroke, 3> SortArrow(const QRect& item, bool ascending) {
@@ -80,8 +95,12 @@ void CSortHeaderCtrl::paintSection(QPainter* painter, const QRect& rect, int col
                       fontMetrics().elidedText(text, Qt::ElideRight, textRect.width()));
   }
   if (hasArrow) {
+    constexpr int kLightDifference = 60;
+    constexpr int kDarkDifference = 110;
+    const QColor light = Visible(palette().color(QPalette::Light), palette(), kLightDifference);
+    const QColor dark = Visible(palette().color(QPalette::Dark), palette(), kDarkDifference);
     for (const ArrowStroke& stroke : SortArrow(rect, ascending_)) {
-      painter->setPen(palette().color(stroke.light ? QPalette::Light : QPalette::Dark));
+      painter->setPen(stroke.light ? light : dark);
       painter->drawLine(stroke.from, LastPoint(stroke));
     }
   }
