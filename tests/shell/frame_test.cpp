@@ -8,8 +8,10 @@
 #include <QTest>
 #include <QTimer>
 #include <QTreeWidget>
+#include <algorithm>
+#include <filesystem>
+#include <thread>
 
-#include "engine/frame_messages.h"
 #include "localdata/tasklist.h"
 #include "service/messages.h"
 #include "shell/main_frame.h"
@@ -17,6 +19,8 @@
 
 namespace updown {
 namespace {
+
+using Kind = peer::Fault::Kind;
 
 constexpr int kPatienceMs = 10000;
 constexpr int kExitMs = 2000;
@@ -28,6 +32,8 @@ class FrameTest : public testing::Test {
   void Start(peer::Options options) {
     frame_.reset();
     served_.emplace(std::move(options));
+    std::filesystem::create_directory(served_->AreaFolder() + "/notes");
+    std::ofstream(served_->AreaFolder() + "/notes/x.bin") << std::string(200000, 'x');
     auto made = InstanceEvent::CreateOrSignal("frame_test " + served_->DataFolder());
     ASSERT_TRUE(made.event);
     event_ = std::move(made.event);
@@ -51,6 +57,20 @@ class FrameTest : public testing::Test {
     draft.sessid = frame_->Session().Sessid();
     draft.serverName = served_->Launch().serverName;
     return draft;
+  }
+
+  bool Seen(std::uint32_t message) {
+    const auto requests = served_->Service().Requests();
+    return std::any_of(requests.begin(), requests.end(),
+                       [&](const peer::SeenRequest& r) { return r.message == message; });
+  }
+
+  void ExpectEndsInTime() {
+    QElapsedTimer timer;
+    timer.start();
+    EXPECT_TRUE(frame_->ShutDown());
+    EXPECT_LT(timer.elapsed(), kExitMs);
+    EXPECT_FALSE(frame_->isVisible());
   }
 
   std::optional<ServedLaunch> served_;
@@ -83,44 +103,59 @@ TEST_F(FrameTest, AnOldWindowIsRaisedByASecondStart) {
   EXPECT_TRUE(QTest::qWaitFor([this] { return !frame_->isMinimized(); }, kPatienceMs));
 }
 
-// A block, a listing and a join that never come: each holds a worker in another place.
+// A block, the session's answer, the relay's two: each holds a worker in another place.
 TEST_F(FrameTest, EndsInTimeWhateverAWorkerWaitsFor) {
   for (const std::uint32_t stalled : {message::kReadBlock, message::kAttachSession, 1U, 2U}) {
     Start({});
     Open();
     ASSERT_TRUE(Listed());
-    served_->Service().AddFault({.kind = peer::Fault::Kind::Stall, .message = stalled, .times = 0});
+    served_->Service().AddFault({.kind = Kind::Stall, .message = stalled, .times = 0});
     served_->Service().ForgetRequests();
-    frame_->AddCacheDownload(true, Draft("/20990101000000/x.bin", "x.bin"));
-    ASSERT_TRUE(QTest::qWaitFor(
-        [this] {
-          bool running = false;
-          frame_->Tasks().Queue().ForEach([&](TransferTask& t) { running |= t.Running(); });
-          return running && !served_->Service().Requests().empty();
-        },
-        kPatienceMs))
-        << stalled;
-    QElapsedTimer timer;
-    timer.start();
-    EXPECT_TRUE(frame_->ShutDown()) << stalled;
-    EXPECT_LT(timer.elapsed(), kExitMs) << stalled;
-    EXPECT_FALSE(frame_->isVisible());
+    frame_->AddCacheDownload(true, Draft("/notes/x.bin", "x.bin"));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return Seen(stalled); }, kPatienceMs)) << stalled;
+    ExpectEndsInTime();
+    EXPECT_EQ(LoadTaskList(served_->TaskListFile()).Size(), 1U) << stalled;
     frame_.reset();
   }
+}
+
+// Its listing is the main thread's to make, and the main thread is on its way out.
+TEST_F(FrameTest, EndsInTimeWhileAWorkerAsksForAListing) {
+  RecordChain stored;
+  stored.Append(std::make_shared<TransferRecord>(StoredRecord{
+      .paths = {"/notes", served_->DataFolder() + "/notes"}, .recordId = 1, .isFolder = 1}));
+  stored.Append(std::make_shared<TransferRecord>(StoredRecord{
+      .paths = {}, .recordId = 2, .parentRecordId = 1, .state = TransferState::Stopped}));
+  std::filesystem::create_directories(served_->DataFolder() + "/oxapp");
+  SaveTaskList(stored, served_->TaskListFile());
+  Open();
+  QElapsedTimer patience;
+  patience.start();
+  const auto running = [this] {
+    bool any = false;
+    frame_->Tasks().Queue().ForEach([&](const TransferTask& task) { any |= task.Running(); });
+    return any;
+  };
+  while (!running() && patience.elapsed() < kPatienceMs) {
+    std::this_thread::yield();
+  }
+  ASSERT_TRUE(running());
+  ExpectEndsInTime();
+  EXPECT_EQ(LoadTaskList(served_->TaskListFile()).Size(), 2U);
 }
 
 TEST_F(FrameTest, KeepsUserTasksAndDropsHiddenOnesAtItsEnd) {
   Open();
   ASSERT_TRUE(Listed());
   served_->Service().AddFault(
-      {.kind = peer::Fault::Kind::Stall, .message = message::kFileInformation, .times = 0});
-  frame_->AddCacheDownload(true, Draft("/20990101000000/kept", "kept"));
-  frame_->AddCacheDownload(false, Draft("/20990101000000/hidden", "hidden"));
-  frame_->AddCacheDownload(true, Draft("/20990101000000/out", "../out"));
+      {.kind = Kind::Stall, .message = message::kFileInformation, .times = 0});
+  frame_->AddCacheDownload(true, Draft("/notes/kept", "kept"));
+  frame_->AddCacheDownload(false, Draft("/notes/hidden", "hidden"));
+  frame_->AddCacheDownload(true, Draft("/notes/out", "../out"));
   frame_.reset();
   const RecordChain stored = LoadTaskList(served_->TaskListFile());
   ASSERT_EQ(stored.Size(), 1U);
-  EXPECT_EQ(stored.First()->RemotePath(), "/20990101000000/kept");
+  EXPECT_EQ(stored.First()->RemotePath(), "/notes/kept");
   EXPECT_EQ(stored.First()->state.load(), TransferState::Queued) << "goes on at the next start";
 }
 
