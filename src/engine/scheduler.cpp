@@ -98,6 +98,7 @@ bool WorkersHaveEnded(const SchedulerContext& context) {
 void EndWorkers(SchedulerContext& context) {
   context.schedulerWake.Set();
   context.queue->StopRunningTasks();
+  context.workersStop.Set();
   context.connections.CutAll();
   const auto deadline = std::chrono::steady_clock::now() + kExitWait;
   for (const WorkerSlot& slot : context.workerThreads) {

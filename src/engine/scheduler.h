@@ -23,7 +23,8 @@ inline constexpr std::chrono::milliseconds kExitWait{60000};  // for workers, at
 struct SchedulerContext {
   std::shared_ptr<TaskQueue> queue;
   Event schedulerExit;
-  Event schedulerWake;                                              // "look again", no more
+  Event schedulerWake;  // "look again", no more
+  Event workersStop;    // at the exit, once running tasks are Stopped: cuts the pace short
   std::array<std::unique_ptr<Thread>, kWorkerSlots> workerThreads;  // the scheduler's alone
 
   const FileService* service = nullptr;  // outlives all threads

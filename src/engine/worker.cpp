@@ -38,7 +38,7 @@ int RunFolderTask(SchedulerContext& context, TransferTask& task, TransferProgres
   }
   if (outcome != result::kOk) {
     // The task stays Queued and the next pass takes it up again, at the pace of a block.
-    context.schedulerExit.WaitFor(context.pace);
+    context.workersStop.WaitFor(context.pace);
     return outcome;
   }
   if (task.record->state == TransferState::Stopped) {
@@ -78,7 +78,7 @@ void PostToFrame(WindowHandle frame, std::uint32_t number, WideParam wParam,
 }
 
 void WorkerProgress::BlockDone(TransferRecord& record) {
-  context_.schedulerExit.WaitFor(context_.pace);
+  context_.workersStop.WaitFor(context_.pace);
   const std::uint32_t topRecord =
       record.parentRecordId != 0 ? record.parentRecordId : record.recordId;
   PostToFrame(owner_, frame_message::kBlockDone, topRecord, 0);

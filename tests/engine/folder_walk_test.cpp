@@ -1,0 +1,136 @@
+#include "engine/folder_walk.h"
+
+#include <gtest/gtest.h>
+
+#include "service/messages.h"
+#include "tests/engine/engine_world.h"
+
+namespace updown {
+namespace {
+
+using test::EngineWorld;
+using test::Pattern;
+using test::ReadFile;
+using test::WriteFile;
+
+class FolderTask : public testing::TestWithParam<int> {
+ protected:
+  FolderTask() : world(Options()) {
+    std::filesystem::create_directories(world.served.File("pkg/sub/deep"));
+  }
+  static peer::Options Options() {
+    peer::Options options;
+    options.dialect = GetParam();
+    options.blockLength = 4096;
+    return options;
+  }
+  std::string Served(const std::string& name) { return world.served.File("pkg/" + name); }
+  std::string Local(const std::string& name) { return world.local.File("pkg/" + name); }
+
+  // Restores a folder record, with a child for `inFlight` unless that is empty.
+  TaskPointer Restore(const std::string& remotePath, const std::string& inFlight = "") {
+    StoredRecord stored;
+    stored.recordId = 1;
+    stored.isFolder = 1;
+    stored.paths = {remotePath, world.local.File("pkg")};
+    world.store->Records().Append(std::make_shared<TransferRecord>(stored));
+    if (!inFlight.empty()) {
+      StoredRecord child;
+      child.recordId = 2;
+      child.parentRecordId = 1;
+      child.paths = {remotePath + "/" + inFlight, Local(inFlight)};
+      world.store->Records().Append(std::make_shared<TransferRecord>(child));
+    }
+    world.Restore();
+    return world.context->queue->NextRunnableTask();
+  }
+
+  EngineWorld world;
+};
+
+TEST_P(FolderTask, WalksItsTree) {
+  std::string longName(250, 'l');
+  const std::vector<std::string> names = {"a.bin", "empty", "sub/b.bin", "sub/deep/c.bin"};
+  for (const std::string& name : names) {
+    WriteFile(Served(name), name == "empty" ? "" : Pattern(9000, name.size()));
+  }
+  WriteFile(Served("back\\slash"), "x");
+  WriteFile(Served(longName), "x");
+  WriteFile(Served("there"), "1234");
+  std::filesystem::create_directories(Local(""));
+  WriteFile(Local("there"), "same");
+  const TaskPointer task = Restore("/pkg");
+  world.Start();
+  ASSERT_TRUE(world.WaitForState(*task, TransferState::Finished));
+  EXPECT_EQ(task->childRecord->state, TransferState::Finished);
+  EXPECT_EQ(task->record->totalBytes, 27000U);
+  EXPECT_EQ(task->Bytes(), 27000U);
+  for (const std::string& name : names) {
+    EXPECT_EQ(ReadFile(Local(name)), ReadFile(Served(name))) << name;
+  }
+  EXPECT_EQ(ReadFile(Local("there")), "same") << "a file of the right size is passed over";
+  EXPECT_FALSE(std::filesystem::exists(Local("back\\slash")));
+  EXPECT_FALSE(std::filesystem::exists(Local(longName)));
+}
+
+TEST_P(FolderTask, PausedInsideAFileGoesOnThere) {
+  const std::string bytes = Pattern(200000);
+  WriteFile(Served("a.bin"), bytes);
+  WriteFile(Served("sub/b.bin"), "small");
+  const TaskPointer task = Restore("/pkg");
+  world.Start();
+  ASSERT_TRUE(world.pump.RunUntil([&] { return task->childRecord->doneBytes > 0; }));
+  task->record->state = TransferState::Stopped;
+  task->childRecord->state = TransferState::Stopped;
+  ASSERT_TRUE(world.WaitForState(*task, TransferState::Stopped));
+  const std::uint32_t paused = task->Bytes();
+
+  world.peer.ForgetRequests();
+  task->childRecord->state = TransferState::Queued;
+  world.Run(task);
+  ASSERT_TRUE(world.WaitForState(*task, TransferState::Finished));
+  EXPECT_LE(world.Count(message::kReadBlock), 2 + (bytes.size() - paused) / 4096 + 1);
+  EXPECT_EQ(ReadFile(Local("a.bin")), bytes);
+  EXPECT_EQ(ReadFile(Local("sub/b.bin")), "small");
+}
+
+TEST_P(FolderTask, AStoppedChildWithNothingOutstandingDoesNotStopTheWalk) {
+  WriteFile(Served("a.bin"), "bytes");
+  const TaskPointer task = Restore("/pkg", "gone.bin");
+  task->childRecord->state = TransferState::Stopped;
+  world.Start();
+  ASSERT_TRUE(world.WaitForState(*task, TransferState::Finished));
+  EXPECT_EQ(ReadFile(Local("a.bin")), "bytes");
+}
+
+TEST_P(FolderTask, AFileInFlightThatFailsIsTriedAgain) {
+  std::filesystem::create_directories(Local(""));
+  const TaskPointer task = Restore("/pkg", "late.bin");
+  world.Start();
+  ASSERT_TRUE(world.pump.RunUntil([&] { return world.outcomes.size() >= 2; }));
+  EXPECT_EQ(task->record->state, TransferState::Queued);
+  WriteFile(Served("late.bin"), "bytes");
+  ASSERT_TRUE(world.WaitForState(*task, TransferState::Finished));
+  EXPECT_EQ(ReadFile(Local("late.bin")), "bytes");
+}
+
+TEST_P(FolderTask, FailedListingOrFileFailsTheTask) {
+  TaskPointer task = Restore("/nothing");
+  world.Start();
+  ASSERT_TRUE(world.WaitForState(*task, TransferState::Failed));
+  ASSERT_TRUE(world.pump.RunUntil([&] { return world.outcomes.size() == 1; }));
+  EXPECT_EQ(world.outcomes[0].second, -1);
+  world.store->RemoveTask(task->id);
+
+  WriteFile(Served("a.bin"), "bytes");
+  std::filesystem::create_directories(Local("a.bin"));
+  task = Restore("/pkg");
+  ASSERT_TRUE(world.WaitForState(*task, TransferState::Failed));
+  EXPECT_EQ(task->childRecord->state, TransferState::Failed);
+  EXPECT_EQ(world.outcomes.back().second, result::kFileOpen);
+}
+
+INSTANTIATE_TEST_SUITE_P(Dialects, FolderTask, testing::Values(1, 2));
+
+}  // namespace
+}  // namespace updown

@@ -1,0 +1,79 @@
+#include "engine/package.h"
+
+#include <gtest/gtest.h>
+
+#include "engine/folder_walk.h"
+#include "tests/support/environment.h"
+#include "tests/support/temporary_folder.h"
+
+namespace updown {
+namespace {
+
+TEST(Package, Names) {
+  for (const char16_t* name : {u"20080115093012", u"20080115093012#", u"20080115093012###"}) {
+    EXPECT_TRUE(IsPackageName(name));
+  }
+  for (const char16_t* name : {u"", u"##############", u"2008011509301", u"2008011509301#",
+                               u"120080115093012", u"x0080115093012", u"20080115093012#x"}) {
+    EXPECT_FALSE(IsPackageName(name));
+  }
+  EXPECT_TRUE(EndsInIni("/a/b.INI"));
+  EXPECT_FALSE(EndsInIni("ini"));
+  EXPECT_FALSE(EndsInIni("/a.ini.zip"));
+}
+
+TEST(Package, NamesThatCouldLeaveTheirFolderAreNotSafe) {
+  using std::string_view_literals::operator""sv;
+  for (const std::string_view name : {""sv, "."sv, ".."sv, "a/b"sv, "..\\b"sv, "a\0b"sv, "/"sv}) {
+    EXPECT_FALSE(IsSafeName(name)) << name;
+  }
+  EXPECT_TRUE(IsSafeName("...") && IsSafeName("a b\xFF") && IsSafeName(std::string(255, 'x')));
+  EXPECT_FALSE(IsSafeName(std::string(256, 'x')));
+}
+
+TEST(Package, CacheDecidesStatusAndFile) {
+  const test::TemporaryFolder data;
+  const test::ScopedEnvironment environment({{"XDG_DATA_HOME", data.Path()}});
+  const PackageCache cache = PackageCache::InitPackageCache("hash");
+  EXPECT_EQ(cache.Root(), data.Path() + "/oxapp/INICache/hash");
+  const std::u16string package = u"20080115093012#";
+
+  EXPECT_EQ(FindPackageFiles(cache, package).readPath, "");
+  test::WriteFile(cache.PathOf("20080115093012#.ini"), "");
+  EXPECT_EQ(FindPackageFiles(cache, package).readPath, cache.PathOf("20080115093012#.ini"));
+  EXPECT_EQ(FindPackageFiles(cache, package).status, StringId::Incomplete);
+  test::WriteFile(cache.PathOf("20080115093012#_Start.ini"), "");
+  EXPECT_EQ(FindPackageFiles(cache, package).readPath, cache.PathOf("20080115093012#_Start.ini"));
+  EXPECT_EQ(FindPackageFiles(cache, package).status, StringId::Completed);
+  cache.Delete("20080115093012#.ini");
+  EXPECT_EQ(FindPackageFiles(cache, package).status, StringId::Incomplete);
+  EXPECT_FALSE(cache.IsPackageIniCached("../hash"));
+}
+
+TEST(Package, HeaderInThreeCodePages) {
+  struct Case {
+    AnsiCodePage codePage;
+    const char* from;
+    const char16_t* wide;
+  };
+  const Case cases[] = {
+      {AnsiCodePage::Western, "M\xFCller", u"M\u00fcller"},
+      {AnsiCodePage::SimplifiedChinese, "\xD6\xD0\xCE\xC4", u"\u4e2d\u6587"},
+      {AnsiCodePage::TraditionalChinese, "\xA4\xA4\xA4\xE5", u"\u4e2d\u6587"},
+  };
+  const test::TemporaryFolder folder;
+  const std::string path = folder.File("p.ini");
+  for (const Case& c : cases) {
+    const std::string from = c.from;
+    test::WriteFile(path, "[TALLBIN]\r\nTXT_From=" + from + "\r\nTXT_Notes=" + from +
+                              "\xFF\xFF\xFF\xFFnext=[2]\xFF\xFF\r\n[Other]\r\nTXT_To=no\r\n");
+    const PackageHeader header = ReadPackageHeader(path, c.codePage);
+    EXPECT_EQ(header.from, c.wide);
+    EXPECT_EQ(header.notes, std::u16string(c.wide) + u"\r\n\r\nnext=[2]\r\n");
+    EXPECT_EQ(header.to, u"");
+  }
+  EXPECT_EQ(ReadPackageHeader(folder.File("missing"), AnsiCodePage::Western).from, u"");
+}
+
+}  // namespace
+}  // namespace updown

@@ -1,0 +1,186 @@
+#include "engine/tasks.h"
+
+#include <gmock/gmock.h>
+
+#include "engine/frame_messages.h"
+#include "tests/support/window_pump.h"
+
+namespace updown {
+namespace {
+
+using Scope = TaskStore::DuplicateScope;
+
+class Tasks : public testing::Test {
+ protected:
+  TaskPointer Add(const std::string& remotePath, bool keep = true) {
+    return store.AddDownload({"name", remotePath, "sessid", "server", 80}, "/local", keep, {});
+  }
+  std::shared_ptr<TransferRecord> AddStored(std::uint32_t id, std::uint32_t parent, bool folder,
+                                            TransferState state = TransferState::Queued) {
+    StoredRecord stored;
+    stored.recordId = id;
+    stored.parentRecordId = parent;
+    stored.isFolder = folder ? 1 : 0;
+    stored.state = state;
+    auto record = std::make_shared<TransferRecord>(stored);
+    store.Records().Append(record);
+    return record;
+  }
+
+  LaunchState launch;
+  std::shared_ptr<TaskQueue> queue = std::make_shared<TaskQueue>();
+  TaskStore store{queue, launch};
+};
+
+TEST_F(Tasks, NumbersAreTheLowestFreeOnes) {
+  EXPECT_EQ(store.NextRecordId(), 1U);
+  Add("/1");
+  const TaskPointer second = Add("/2");
+  Add("/3");
+  store.RemoveTask(second->id);
+  EXPECT_EQ(store.NextRecordId(), 2U);
+  AddStored(2, 0, false);
+  EXPECT_EQ(Add("/4")->record->recordId, 4U);
+}
+
+TEST_F(Tasks, DuplicatesByCaseEndAndFolder) {
+  struct Case {
+    const char* existing;
+    const char16_t* wanted;
+    bool duplicate;
+  };
+  const Case cases[] = {
+      {"/pkg/x.zip", u"/PKG/X.ZIP", true},
+      {"/a/b", u"/a/b/", true},
+      {"/a/b/", u"/a/b", true},
+      {"/pkg", u"/pkg/sub/x.zip", true},
+      {"/pkg/x.zip", u"/pkg", false},
+      {"/pkg", u"/pkg2", false},
+      {"/", u"/anything", true},
+      {"/pkg", u"", true},
+      {"/\u00c4", u"/\u00e4", false},
+  };
+  for (const Case& c : cases) {
+    const TaskPointer task = Add(c.existing);
+    EXPECT_EQ(store.IsDuplicate(c.wanted, Scope::EveryState), c.duplicate) << c.existing;
+    store.RemoveTask(task->id);
+  }
+}
+
+TEST_F(Tasks, WhichRecordsCountAsDuplicates) {
+  const TaskPointer task = Add("/x");
+  for (const TransferState state :
+       {TransferState::Stopped, TransferState::Finished, TransferState::Failed}) {
+    task->record->state = state;
+    EXPECT_TRUE(store.IsDuplicate(u"/x", Scope::EveryState));
+    EXPECT_FALSE(store.IsDuplicate(u"/x", Scope::QueuedOnly));
+  }
+  task->record->state = TransferState::Queued;
+  EXPECT_TRUE(store.IsDuplicate(u"/x", Scope::QueuedOnly));
+  task->record->direction = 1;
+  EXPECT_FALSE(store.IsDuplicate(u"/x", Scope::EveryState));
+  AddStored(9, 4, false)->SetPaths({"/child", "/c"});
+  EXPECT_FALSE(store.IsDuplicate(u"/child", Scope::EveryState));
+}
+
+TEST_F(Tasks, DraftsThatDoNotFitMakeNothing) {
+  EXPECT_NE(Add("/" + std::string(258, 'x')), nullptr);
+  EXPECT_EQ(Add("/" + std::string(259, 'x')), nullptr);
+  EXPECT_EQ(store.AddDownload({"", "/x", "", "", 80}, "/local", true, {}), nullptr);
+  EXPECT_EQ(store.AddDownload({"x", "/x", "", "", 80}, std::string(260, 'l'), true, {}), nullptr);
+  EXPECT_EQ(store.Records().Size(), 1U);
+}
+
+TEST_F(Tasks, OnlyUnfinishedKeptTasksMeetTheLimit) {
+  const TaskPointer first = Add("/0");
+  Add("/hidden", false);
+  for (const char* path : {"/1", "/2", "/3"}) {
+    Add(path)->record->state = TransferState::Failed;
+  }
+  EXPECT_FALSE(store.StreamLimitReached());
+  Add("/4");
+  EXPECT_TRUE(store.StreamLimitReached());
+  first->record->state = TransferState::Finished;
+  EXPECT_FALSE(store.StreamLimitReached());
+}
+
+TEST_F(Tasks, RestoreMakesATaskForEachTopRecordInOrder) {
+  test::WindowPump pump;
+  std::vector<TaskId> announced;
+  const WindowHandle owner = pump.MakeWindow([&](const WindowMessage& message) {
+    if (message.number == frame_message::kTaskAdded) {
+      announced.push_back(message.wParam);
+    }
+    return 0;
+  });
+  AddStored(3, 0, true, TransferState::Failed);
+  const auto file = AddStored(1, 0, false);
+  const auto child = AddStored(7, 5, false);
+  const auto folder = AddStored(5, 0, true);
+  AddStored(8, 5, false);
+  const auto doubled = AddStored(5, 0, true);
+
+  EXPECT_TRUE(store.RestoreTasks("sessid", owner));
+  EXPECT_FALSE(store.RestoreTasks("sessid", owner));
+  std::vector<TaskPointer> tasks;
+  pump.RunUntil([&] { return announced.size() >= 4; });
+  for (const TaskId id : announced) {
+    tasks.push_back(store.Find(id));
+  }
+  ASSERT_EQ(tasks.size(), 4U);
+  const TransferRecord& made = *tasks[0]->childRecord;
+  EXPECT_EQ(made.parentRecordId, 3U);
+  EXPECT_EQ(made.state, TransferState::Failed);
+  EXPECT_EQ(tasks[1]->record, file);
+  EXPECT_EQ(tasks[1]->childRecord, nullptr);
+  EXPECT_EQ(tasks[2]->childRecord, child);
+  EXPECT_EQ(tasks[3]->record, doubled);
+  EXPECT_NE(doubled->recordId, folder->recordId);
+  EXPECT_EQ(tasks[3]->childRecord->parentRecordId, doubled->recordId);
+  EXPECT_EQ(store.Records().Size(), 8U);
+  EXPECT_EQ(queue->NextRunnableTask(), tasks[1]);
+
+  store.RemoveTask(tasks[2]->id);
+  EXPECT_EQ(store.Find(announced[2]), nullptr);
+  EXPECT_EQ(store.Records().Size(), 6U);
+  EXPECT_EQ(tasks[2]->record->state, TransferState::Stopped) << "its worker would run on";
+}
+
+TEST_F(Tasks, RecordsThatAreNotKeptGoAtTheEnd) {
+  Add("/kept");
+  const TaskPointer hidden = Add("/hidden", false);
+  Add("/kept too");
+  store.DropUnkeptRecords();
+  EXPECT_EQ(store.Records().Size(), 2U);
+  EXPECT_NE(store.Find(hidden->id), nullptr) << "its worker may still run";
+}
+
+TEST_F(Tasks, ATaskNeverHasTwoWorkers) {
+  const TaskPointer task = Add("/x");
+  const std::uint32_t first = task->BeginRun();
+  task->ClearRunning();
+  EXPECT_EQ(queue->NextRunnableTask(), nullptr);
+  task->EndRun(first);
+  EXPECT_EQ(queue->NextRunnableTask(), task);
+  task->BeginRun();
+  task->EndRun(first);
+  EXPECT_TRUE(task->Running()) << "a late end of the first run";
+}
+
+TEST_F(Tasks, StopReachesRunningTasksAlone) {
+  const TaskPointer waiting = Add("/waiting");
+  const TaskPointer running = Add("/running");
+  const TaskPointer failed = Add("/failed");
+  running->childRecord = store.CreateRecord();
+  running->BeginRun();
+  failed->BeginRun();
+  failed->record->state = TransferState::Failed;
+  queue->StopRunningTasks();
+  EXPECT_EQ(waiting->record->state, TransferState::Queued);
+  EXPECT_EQ(running->record->state, TransferState::Stopped);
+  EXPECT_EQ(running->childRecord->state, TransferState::Stopped);
+  EXPECT_EQ(failed->record->state, TransferState::Failed);
+}
+
+}  // namespace
+}  // namespace updown
