@@ -8,8 +8,8 @@
 #include "engine/frame_messages.h"
 #include "platform/qt/text.h"
 #include "service/result_codes.h"
-#include "status/file_move.h"
 #include "status/local_removal.h"
+#include "status/move_with_progress.h"
 #include "status/rate_statistics.h"
 
 namespace updown {
@@ -170,14 +170,14 @@ void TransferCommands::MoveTaskFile(const TaskPointer& task) {
     return;
   }
   const QPointer<QWidget> alive(owner_);
-  const QString folder = desktop_.askFolder(owner_, Text(StringId::MoveFile, u"Move File"));
+  const QString title = Text(StringId::MoveFile, u"Move File");
+  const QString folder = desktop_.askFolder(owner_, title);
   if (!alive || folder.isEmpty()) {
     return;
   }
-  std::optional<std::string> moved;
-  {
-    const BusyPointer busy;
-    moved = MoveLocal(path, ToUtf8(folder));
+  const auto moved = MoveWithProgress(owner_, title, path, ToUtf8(folder));
+  if (!alive) {
+    return;
   }
   const int row = model_.RowOfTask(task->id);
   if (!moved || row < 0) {

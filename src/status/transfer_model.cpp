@@ -148,8 +148,8 @@ QVariant TransferModel::data(const QModelIndex& index, int role) const {
   switch (role) {
     case Qt::DisplayRole:
       return TextAt(index.row(), column);
-    case Qt::ToolTipRole:  // the two paths are the ones that do not fit
-      return index.column() < 2 ? QVariant(TextAt(index.row(), column)) : QVariant();
+    case Qt::ToolTipRole:  // paths and the texts of failures are longer than their cells
+      return index.column() <= 2 ? QVariant(TextAt(index.row(), column)) : QVariant();
     case Qt::DecorationRole:
       return index.column() != 0
                  ? QVariant()
