@@ -1,4 +1,3 @@
-#include <QItemSelectionModel>
 #include <QScopeGuard>
 
 #include "controls/boxes.h"
@@ -35,7 +34,7 @@ void CMyFileListFormView::DeleteSelectedPackages() {
     });
     if (DeletePackage(row)) {
       // Else the view would select the next row in the middle of the removal.
-      list_->selectionModel()->clear();
+      list_->SelectRow(-1);
       model_->RemoveRow(row);
     }
   }

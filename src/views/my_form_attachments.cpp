@@ -1,4 +1,3 @@
-#include <QItemSelectionModel>
 #include <QMenu>
 #include <array>
 
@@ -135,7 +134,7 @@ void CMyFormView::DeleteSelectedAttachments() {
   }
   const BusyPointer busy;
   if (SendWindowMessage(frameWindow_, frame_message::kRemoveFile, 0, PointerParam(&path)) == 0) {
-    attachmentList_->clearSelection();
+    attachmentList_->SelectRow(-1);  // else the view would select the next row
     attachmentList_->DeleteItem(row);
     ResetTips();
   }
