@@ -13,7 +13,7 @@ constexpr std::string_view kIniEnding = ".ini";
 
 // A line break in the notes is the pair of bytes FF FF. What that pair becomes differs with the
 // code page, so it is looked for behind the conversion.
-std::u16string WithLineBreaks(std::u16string text, AnsiCodePage codePage) {
+std::u16string WithLineBreaks(const std::u16string& text, AnsiCodePage codePage) {
   const std::u16string pair = AnsiToWide("\xFF\xFF", codePage);
   std::u16string out;
   std::size_t from = 0;

@@ -63,7 +63,7 @@ TEST(Exit, InAConnect) {
   std::vector<UniqueFd> fillers;
   for (int i = 0; i < 4; ++i) {
     fillers.emplace_back(socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
-    connect(fillers.back().Get(), reinterpret_cast<sockaddr*>(&address), size);
+    (void)connect(fillers.back().Get(), reinterpret_cast<sockaddr*>(&address), size);
   }
   const test::ScopedEnvironment silent(
       {{"B99242F1C55F489fA98402890C4AA428", std::to_string(ntohs(address.sin_port))}});

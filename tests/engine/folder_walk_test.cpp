@@ -42,7 +42,9 @@ class FolderTask : public testing::TestWithParam<int> {
       world.store->Records().Append(std::make_shared<TransferRecord>(child));
     }
     world.Restore();
-    return world.context->queue->NextRunnableTask();
+    TaskId restored = 0;
+    world.context->queue->ForEach([&](const TransferTask& task) { restored = task.id; });
+    return world.store->Find(restored);
   }
 
   EngineWorld world;

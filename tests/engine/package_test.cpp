@@ -64,9 +64,10 @@ TEST(Package, HeaderInThreeCodePages) {
   const test::TemporaryFolder folder;
   const std::string path = folder.File("p.ini");
   for (const Case& c : cases) {
-    const std::string from = c.from;
-    test::WriteFile(path, "[TALLBIN]\r\nTXT_From=" + from + "\r\nTXT_Notes=" + from +
-                              "\xFF\xFF\xFF\xFFnext=[2]\xFF\xFF\r\n[Other]\r\nTXT_To=no\r\n");
+    std::string file = "[TALLBIN]\r\nTXT_From=";
+    file.append(c.from).append("\r\nTXT_Notes=").append(c.from);
+    file += "\xFF\xFF\xFF\xFFnext=[2]\xFF\xFF\r\n[Other]\r\nTXT_To=no\r\n";
+    test::WriteFile(path, file);
     const PackageHeader header = ReadPackageHeader(path, c.codePage);
     EXPECT_EQ(header.from, c.wide);
     EXPECT_EQ(header.notes, std::u16string(c.wide) + u"\r\n\r\nnext=[2]\r\n");

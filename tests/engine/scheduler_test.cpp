@@ -8,7 +8,6 @@
 namespace updown {
 namespace {
 
-using peer::Fault;
 using test::EngineWorld;
 using test::Pattern;
 using test::ReadFile;

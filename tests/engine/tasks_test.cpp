@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+
 #include "engine/frame_messages.h"
 #include "tests/support/window_pump.h"
 
@@ -122,12 +124,11 @@ TEST_F(Tasks, RestoreMakesATaskForEachTopRecordInOrder) {
 
   EXPECT_TRUE(store.RestoreTasks("sessid", owner));
   EXPECT_FALSE(store.RestoreTasks("sessid", owner));
-  std::vector<TaskPointer> tasks;
   pump.RunUntil([&] { return announced.size() >= 4; });
-  for (const TaskId id : announced) {
-    tasks.push_back(store.Find(id));
-  }
-  ASSERT_EQ(tasks.size(), 4U);
+  ASSERT_EQ(announced.size(), 4U);
+  std::vector<TaskPointer> tasks(announced.size());
+  std::transform(announced.begin(), announced.end(), tasks.begin(),
+                 [this](TaskId id) { return store.Find(id); });
   const TransferRecord& made = *tasks[0]->childRecord;
   EXPECT_EQ(made.parentRecordId, 3U);
   EXPECT_EQ(made.state, TransferState::Failed);
