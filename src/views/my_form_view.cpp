@@ -7,6 +7,7 @@
 #include "engine/frame_messages.h"
 #include "platform/qt/text.h"
 #include "views/form_layout.h"
+#include "views/group_frame.h"
 #include "views/header_text.h"
 #include "views/service_names.h"
 
@@ -23,10 +24,10 @@ void Place(QWidget& widget, const Box& box) {
 CMyFormView::CMyFormView(FrameOperations& frame, QWidget* parent)
     : QWidget(parent),
       frame_(frame),
-      headerText_(new QLabel(this)),
-      noteGroup_(new QGroupBox(this)),
+      headerText_(new HeaderLabel(this)),
+      noteGroup_(new GroupFrame(this)),
       notesEdit_(new CEditNoMenu(this)),
-      attachmentGroup_(new QGroupBox(this)),
+      attachmentGroup_(new GroupFrame(this)),
       attachmentList_(new CLinkListCtrl(this)),
       attachmentModel_(new AttachmentModel(this)),
       headerCtrl_(new CSortHeaderCtrl(attachmentList_)),
@@ -36,8 +37,6 @@ CMyFormView::CMyFormView(FrameOperations& frame, QWidget* parent)
   setBackgroundRole(QPalette::Base);
   setAutoFillBackground(true);
   headerText_->setObjectName(QStringLiteral("packageHeader"));
-  headerText_->setTextFormat(Qt::PlainText);
-  headerText_->setAlignment(Qt::AlignLeft | Qt::AlignTop);
   noteGroup_->setObjectName(QStringLiteral("noteGroup"));
   noteGroup_->setTitle(Text(StringId::GroupNote));
   notesEdit_->setObjectName(QStringLiteral("packageNotes"));
@@ -108,7 +107,7 @@ void CMyFormView::SetHeader(const PackageHeader& header) {
 
 void CMyFormView::LayoutForm() {
   if (lineHeight_ == 0) {
-    lineHeight_ = headerText_->fontMetrics().height() + 1;
+    lineHeight_ = headerText_->LineHeight();
   }
   const bool complete = packageStatus_ == StringId::Completed;
   const FormLayout layout = LayOutForm(width(), height(), lineHeight_, complete);

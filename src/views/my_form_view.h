@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QGroupBox>
-#include <QLabel>
 #include <QWidget>
 #include <string>
 
@@ -13,6 +12,7 @@
 #include "service/operations.h"
 #include "views/attachment_model.h"
 #include "views/edit_no_menu.h"
+#include "views/header_label.h"
 
 namespace updown {
 
@@ -57,7 +57,7 @@ class CMyFormView : public QWidget {
 
   FrameOperations& frame_;
   WindowHandle frameWindow_;
-  QLabel* headerText_;
+  HeaderLabel* headerText_;
   QGroupBox* noteGroup_;
   CEditNoMenu* notesEdit_;
   QGroupBox* attachmentGroup_;
