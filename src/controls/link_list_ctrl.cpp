@@ -56,6 +56,10 @@ CLinkListCtrl::CLinkListCtrl(QWidget* parent) : RowListView(parent) {
   setHeaderHidden(true);
   setMouseTracking(true);
   setItemDelegate(new LinkDelegate(this));
+  // Later, because the screen reader waits for the answer to its call, and the owner may open a
+  // dialog.
+  connect(this, &CLinkListCtrl::CellPressed, this, &CLinkListCtrl::CellClicked,
+          Qt::QueuedConnection);
 }
 
 CLinkListCtrl::~CLinkListCtrl() = default;
@@ -157,7 +161,7 @@ bool CLinkListCtrl::IsLinkCell(const QModelIndex& index) const {
 
 void CLinkListCtrl::PressCell(const QModelIndex& index) {
   SelectRow(index.row());
-  Q_EMIT CellClicked(index.row(), index.column());
+  Q_EMIT CellPressed(index.row(), index.column());
 }
 
 void CLinkListCtrl::mousePressEvent(QMouseEvent* event) {
@@ -181,11 +185,12 @@ void CLinkListCtrl::mouseMoveEvent(QMouseEvent* event) {
 
 // The clicks are told last: the owner may open a dialog or empty the list.
 void CLinkListCtrl::mouseReleaseEvent(QMouseEvent* event) {
-  const QModelIndex index = indexAt(event->position().toPoint());
+  const QPoint position = event->position().toPoint();
+  const QModelIndex index = indexAt(position);
   const bool clicked = std::exchange(pressed_, false) && event->button() == Qt::LeftButton;
   RowListView::mouseReleaseEvent(event);
   if (clicked) {
-    Q_EMIT CellClicked(index.row(), index.column());
+    Q_EMIT CellClicked(index.row(), columnAt(position.x()));
   }
 }
 

@@ -47,8 +47,9 @@ class CLinkListCtrl : public RowListView {
   void PressCell(const QModelIndex& index) override;
 
  Q_SIGNALS:
-  void CellClicked(int row, int column);  // left click; row -1 off the rows
+  void CellClicked(int row, int column);  // left click; row -1 below the rows
   void RowActivated();                    // double click anywhere in the list, or Enter
+  void CellPressed(int row, int column);  // by a screen reader; CellClicked follows
 
  protected:
   void mousePressEvent(QMouseEvent* event) override;

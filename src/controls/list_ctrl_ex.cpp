@@ -3,7 +3,6 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QScrollBar>
-#include <QTimer>
 #include <algorithm>
 #include <utility>
 
@@ -12,7 +11,10 @@
 
 namespace updown {
 
-CListCtrlEx::CListCtrlEx(QWidget* parent) : RowListView(parent) {}
+CListCtrlEx::CListCtrlEx(QWidget* parent) : RowListView(parent) {
+  layoutTimer_.setSingleShot(true);
+  connect(&layoutTimer_, &QTimer::timeout, this, &CListCtrlEx::LayOut);
+}
 
 CListCtrlEx::~CListCtrlEx() {
   // The header speaks while the base classes end.
@@ -86,13 +88,12 @@ void CListCtrlEx::WatchHeader() {
 }
 
 void CListCtrlEx::ScheduleLayout() {
-  if (!std::exchange(layoutPending_, true)) {
-    QTimer::singleShot(0, this, &CListCtrlEx::LayOut);
+  if (!layoutTimer_.isActive()) {
+    layoutTimer_.start(0);
   }
 }
 
 void CListCtrlEx::LayOut() {
-  layoutPending_ = false;
   WatchHeader();
   if (progressColumn_ != -1) {
     PaintProgress();

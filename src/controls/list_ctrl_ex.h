@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QPointer>
+#include <QTimer>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -68,7 +69,7 @@ class CListCtrlEx : public RowListView {
   std::unique_ptr<CTransparentStatic> hintText_;
   std::unique_ptr<CTransparentStatic> hintCover_;
   bool hintEnabled_ = false;
-  bool layoutPending_ = false;
+  QTimer layoutTimer_;  // once for each turn of the event loop
   TaskOfRow taskOfRow_;
   QPointer<QHeaderView> watchedHeader_;
 };

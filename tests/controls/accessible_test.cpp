@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <QAccessible>
+#include <QCoreApplication>
 #include <QSignalSpy>
 #include <QStandardItemModel>
 
@@ -40,8 +41,10 @@ TEST(AccessibleTest, ListIsATableWhoseLinksSayTheyAreLinks) {
 
   const QSignalSpy clicks(&list, &CLinkListCtrl::CellClicked);
   name->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+  QCoreApplication::processEvents();
   EXPECT_EQ(clicks.count(), 0);
   link->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+  QCoreApplication::processEvents();
   EXPECT_EQ(clicks.count(), 1);
   EXPECT_TRUE(link->state().selected);
 

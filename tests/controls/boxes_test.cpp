@@ -16,12 +16,16 @@ namespace {
 // Runs `act` on the box as soon as it stands.
 template <typename Act>
 void WithBox(Act act) {
-  QTimer::singleShot(0, qApp, [act] {
+  auto* timer = new QTimer(qApp);
+  timer->setSingleShot(true);
+  QObject::connect(timer, &QTimer::timeout, qApp, [act, timer] {
+    timer->deleteLater();
     auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
     ASSERT_NE(box, nullptr);
     EXPECT_EQ(box->objectName(), QStringLiteral("messageBox"));
     act(*box);
   });
+  timer->start(0);
 }
 
 TEST(BoxesTest, OnlyOkConfirms) {
