@@ -1,5 +1,6 @@
 #include "status/move_with_progress.h"
 
+#include <QLabel>
 #include <QPointer>
 #include <QProgressDialog>
 #include <QTimer>
@@ -20,9 +21,12 @@ constexpr milliseconds kLook{50};
 
 // True when the thread has ended, false if the box went with its owner.
 bool WaitInBox(QWidget* owner, const QString& title, const QString& path, const Thread& thread) {
-  const QPointer<QProgressDialog> box = new QProgressDialog(path, QString(), 0, 0, owner);
+  const QPointer<QProgressDialog> box = new QProgressDialog(QString(), QString(), 0, 0, owner);
   box->setObjectName(QStringLiteral("moveProgress"));
   box->setWindowTitle(title);
+  auto* const label = new QLabel(path);
+  label->setTextFormat(Qt::PlainText);
+  box->setLabel(label);
   box->setWindowModality(Qt::WindowModal);
   QTimer timer;
   QObject::connect(&timer, &QTimer::timeout, box, [&thread, &box] {

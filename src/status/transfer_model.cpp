@@ -26,6 +26,11 @@ constexpr std::array<Heading, kStatusColumns> kHeadings{{
 
 constexpr std::array<int, kRowImages> kImageIcons{137, 136, 141, 142, 144};
 
+// A tip that looks like markup is taken for it, and names come from the service.
+QString PlainTip(const QString& text) {
+  return text.isEmpty() ? text : QStringLiteral("<span>%1</span>").arg(text.toHtmlEscaped());
+}
+
 }  // namespace
 
 RowImage ImageOfState(TransferState state, std::uint32_t direction, RowImage otherwise) {
@@ -149,7 +154,7 @@ QVariant TransferModel::data(const QModelIndex& index, int role) const {
     case Qt::DisplayRole:
       return TextAt(index.row(), column);
     case Qt::ToolTipRole:  // paths and the texts of failures are longer than their cells
-      return index.column() <= 2 ? QVariant(TextAt(index.row(), column)) : QVariant();
+      return index.column() <= 2 ? QVariant(PlainTip(TextAt(index.row(), column))) : QVariant();
     case Qt::DecorationRole:
       return index.column() != 0
                  ? QVariant()

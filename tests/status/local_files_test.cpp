@@ -23,14 +23,12 @@ class LocalFiles : public testing::Test {
 
   // A folder with files, a link to a folder and one to nothing.
   std::string MakeTree() {
-    const std::string tree = disk_.File("tree");
+    std::string tree = disk_.File("tree");
     fs::create_directories(tree + "/a/b");
     WriteFile(tree + "/a/b/deep", "deep");
     WriteFile(tree + "/file", "bytes");
     fs::create_symlink(disk_.File("outside"), tree + "/a/folderLink");
-    if (!fs::is_symlink(tree + "/dead")) {
-      fs::create_symlink("nowhere", tree + "/dead");
-    }
+    fs::create_symlink("nowhere", tree + "/dead");
     return tree;
   }
   // What stands in a folder, hidden names too.
@@ -45,9 +43,10 @@ class LocalFiles : public testing::Test {
 
 TEST_F(LocalFiles, RemovesATreeAndFollowsNoLink) {
   const std::string tree = MakeTree();
-  EXPECT_TRUE(DeleteLocal(tree + "/a/folderLink/"));
-  EXPECT_FALSE(fs::is_symlink(tree + "/a/folderLink"));
-  EXPECT_TRUE(DeleteLocal(MakeTree()));
+  fs::create_directory_symlink(disk_.File("outside"), disk_.File("link"));
+  EXPECT_TRUE(DeleteLocal(disk_.File("link/")));
+  EXPECT_FALSE(fs::is_symlink(disk_.File("link")));
+  EXPECT_TRUE(DeleteLocal(tree));
   EXPECT_FALSE(fs::exists(tree));
   EXPECT_TRUE(OutsideIsWhole());
 }
