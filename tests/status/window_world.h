@@ -93,8 +93,8 @@ class WindowWorld : public ::testing::Test {
     TaskDraft draft;
     draft.displayName = "file";
     draft.remotePath = "/pkg/file" + std::to_string(++made_);
-    const TaskPointer task = frame_.Tasks().AddDownload(
-        draft, disk_.File("file" + std::to_string(made_)), true, frame_.FrameWindow());
+    TaskPointer task = frame_.Tasks().AddDownload(draft, disk_.File("file" + std::to_string(made_)),
+                                                  true, frame_.FrameWindow());
     task->record->state = state;
     task->record->doneBytes = done;
     task->record->totalBytes = total;
