@@ -16,6 +16,7 @@ namespace {
 constexpr int kProgramIcon = 128;
 constexpr int kPictureSize = 48;
 constexpr int kMargin = 16;
+constexpr int kTextWidth = 280;  // so that the title, which is the same text, is not cut
 
 }  // namespace
 
@@ -27,6 +28,7 @@ void ShowAboutBox(QWidget* owner) {
   layout->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
   layout->setSpacing(kMargin);
   layout->setSizeConstraint(QLayout::SetFixedSize);
+  layout->setColumnMinimumWidth(1, kTextWidth);
 
   auto* picture = new QLabel;
   picture->setPixmap(

@@ -45,6 +45,7 @@ bool CUpDownApp::InitInstance() {
     return false;
   }
   TranslateToolkit(launch_.CodePage());
+  QGuiApplication::setDesktopFileName(u"net.updown.UpDown"_qs);
   QApplication::setWindowIcon(LoadIcon(kProgramIcon));
   QApplication::setQuitOnLastWindowClosed(false);
   if (!CheckCommandLine()) {

@@ -23,7 +23,6 @@ constexpr int kFieldCharacters = static_cast<int>(kPathCapacity) - 1;
 QLineEdit* AddField(QFormLayout& layout, const QString& label, const QString& objectName) {
   auto* field = new QLineEdit;
   field->setObjectName(objectName);
-  field->setAccessibleName(label);
   field->setMaxLength(kFieldCharacters);
   field->setMinimumWidth(kFieldWidth);
   layout.addRow(label, field);

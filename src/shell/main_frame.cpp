@@ -181,7 +181,8 @@ WindowHandle CMainFrame::FrameWindow() const {
 
 void CMainFrame::ReportResult(std::int64_t code) {
   if (code != 0) {
-    ShowBox(isVisible() ? this : nullptr, ToQString(ReportText(code)), QString(),
+    // No caption: a blank, since an empty one would be replaced by the program's file name.
+    ShowBox(isVisible() ? this : nullptr, ToQString(ReportText(code)), u" "_qs,
             BoxIcon::Exclamation);
   }
 }
