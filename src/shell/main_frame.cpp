@@ -49,7 +49,7 @@ CMainFrame::CMainFrame(const LaunchState& launch, FileService& service,
   target_.emplace([this](const WindowMessage& message) { return WindowProc(message); });
   const SharedSession::Opened opened = session_.OpenSharedSession();
   if (!opened.open) {
-    ReportResult(opened.error);
+    CMainFrame::ReportResult(opened.error);
   }
 }
 

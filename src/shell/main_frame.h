@@ -24,7 +24,7 @@ namespace updown {
 // Made in two steps: the constructor reads the stored tasks and opens the session (it may ask for a
 // login, and waits for the service), LoadFrame makes panes and status window and starts the
 // scheduler.
-class CMainFrame : public QMainWindow, public FrameOperations {
+class CMainFrame final : public QMainWindow, public FrameOperations {
   Q_OBJECT
 
  public:
