@@ -72,15 +72,17 @@ int Conductor::Run() {
 void Conductor::MakeAreas() {
   const QString area = place_.filePath(QStringLiteral("area"));
   peer::MakeArea({area.toStdString(), options_.packages, 1, options_.language});
-  MakeWalkPackage(area);
   QDir().mkpath(place_.filePath(QStringLiteral("empty")));
   QDir().mkpath(place_.filePath(QStringLiteral("received")));
 }
 
 bool Conductor::RunLeg(const LegPlan& plan) {
+  MakeWalkPackage(place_.filePath(QStringLiteral("area")));  // an earlier leg deletes from it
   peer::Options service;
   service.dialect = options_.dialect;
   service.blockLength = options_.block;
+  // The same for all legs of a desk, and another one for each walk on this machine.
+  service.identity = (QDir(place_.path()).dirName() + plan.desk).toStdString();
   service.root = place_
                      .filePath(plan.service == LegPlan::Service::Empty ? QStringLiteral("empty")
                                                                        : QStringLiteral("area"))
@@ -152,7 +154,8 @@ bool Conductor::Obey(const QString& request, peer::StandIn& service, QProcess& c
     held = Compare(words[1], words[2]);
   } else if (words[0] == u"gone") {
     held = !QFile::exists(place_.filePath(QStringLiteral("area")) + words[1]);
-    Say(QStringLiteral("  %1  %2 is gone from the service").arg(held ? u"ok"_qs : u"NO"_qs, words[1]));
+    Say(QStringLiteral("  %1  %2 is gone from the service")
+            .arg(held ? u"ok"_qs : u"NO"_qs, words[1]));
   } else if (words[0] == u"kill") {
     killed_ = true;
     client.kill();

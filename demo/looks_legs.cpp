@@ -38,14 +38,14 @@ void TypeLogin(LegContext& context, QWidget* dialog, const QString& password,
 void LoginLeg(LegContext& context) {
   Walker& walker = context.walker;
   walker.AnswerEach(context.start, {[&](QWidget* dialog) {
-                                  TypeLogin(context, dialog, QStringLiteral("wrong"),
-                                            QStringLiteral("login"));
-                                },
-                                [&](QWidget* dialog) {
-                                  walker.Step(QStringLiteral("a refused password asks again"));
-                                  TypeLogin(context, dialog, QStringLiteral("correct horse"),
-                                            QStringLiteral("login-refused"));
-                                }});
+                                      TypeLogin(context, dialog, QStringLiteral("wrong"),
+                                                QStringLiteral("login"));
+                                    },
+                                    [&](QWidget* dialog) {
+                                      walker.Step(QStringLiteral("a refused password asks again"));
+                                      TypeLogin(context, dialog, QStringLiteral("correct horse"),
+                                                QStringLiteral("login-refused"));
+                                    }});
   walker.Step(QStringLiteral("the right one opens the session"));
   AwaitFullList(context);
   context.close();

@@ -208,7 +208,12 @@ void Walker::MoveMouse(QWidget* widget, const QPoint& position) {
 }
 
 void Walker::Key(QWidget* widget, Qt::Key key, Qt::KeyboardModifiers modifiers) {
-  QTest::keyClick(widget, key, modifiers);
+  // Through the window, as a key comes from the desktop: that is the road that shortcuts watch.
+  QWidget* window = widget->window();
+  window->activateWindow();
+  Expect(QStringLiteral("the window takes the keyboard"), QTest::qWaitForWindowActive(window));
+  widget->setFocus();
+  QTest::keyClick(window->windowHandle(), key, modifiers);
 }
 
 QString Walker::CellText(QAbstractItemView* view, int row, int column) {

@@ -22,6 +22,7 @@ const char* const kHelpText =
   --block BYTES         length of a block (65536)
   --login USER:PASSWORD[:REALM]   ask for a login (granted at once)
   --name SERVICENAME    the one name that the relay resolves (fileservice)
+  --identity TEXT       first part of the identity in the printed environment (port-N)
   --port N              port of the relay, 0 for any free one (0)
   --fragment            send everything in small pieces
   --delay MS            wait before each block (0)
@@ -93,6 +94,7 @@ const std::map<std::string, Setter>& ValueOptions() {
          if (a.service.blockLength == 0) throw std::invalid_argument("a block needs a byte");
        }},
       {"--login", [](Arguments& a, const std::string& v) { a.service.login = ParseLogin(v); }},
+      {"--identity", [](Arguments& a, const std::string& v) { a.service.identity = v; }},
       {"--name", [](Arguments& a, const std::string& v) { a.service.serviceName = v; }},
       {"--port",
        [](Arguments& a, const std::string& v) {

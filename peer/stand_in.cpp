@@ -127,8 +127,10 @@ StandIn::~StandIn() = default;
 std::uint16_t StandIn::RelayPort() const { return impl_->port; }
 
 std::vector<std::pair<std::string, std::string>> StandIn::Environment(int languageId) const {
+  const std::string& named = impl_->world.options.identity;
   return {
-      {"3C9EE1FB-5D92-425d-9774-16549105F344", "demo"},
+      {"3C9EE1FB-5D92-425d-9774-16549105F344",
+       named.empty() ? "port-" + std::to_string(impl_->port) : named},
       {"C938D64454D44264A60AF8474D6AF303", "user"},
       {"182980BB42EC4908B5DA097B293223F9", "DBDC"},
       {"B472F97F-0B9E-4cbf-A751-715DC706DF5F", std::to_string(languageId)},

@@ -55,6 +55,9 @@ struct Options {
   std::uint32_t blockDelayMs = 0;
   std::vector<Fault> faults;
   std::uint16_t port = 0;  // port to listen on; 0: any free one
+  // First part of the client's identity. One instance runs for an identity on a machine, so the
+  // port stands in where it is left empty: what runs side by side does not meet.
+  std::string identity;
 };
 
 // One request as it came in, for tests to look at.
@@ -75,7 +78,7 @@ class StandIn {
 
   std::uint16_t RelayPort() const;
 
-  // The eight variables that a client needs, names and values; identity "demo", "user", and
+  // The eight variables that a client needs, names and values; identity as told above, "user", and
   // application number 12 (coded "DBDC").
   std::vector<std::pair<std::string, std::string>> Environment(int languageId = 1033) const;
 

@@ -51,6 +51,7 @@ void CMyFileListFormView::WireWindows(WindowHandle tree, WindowHandle frame, Win
 
 void CMyFileListFormView::InitList() {
   list_->setHeader(header_);
+  header_->setSectionsClickable(true);  // a view that does not sort by itself turns it off
   header_->setSectionsMovable(false);
   header_->setStretchLastSection(false);
   list_->setModel(model_);
