@@ -73,7 +73,7 @@ bool CLinkListCtrl::AddLink(int row, int column) {
     return false;
   }
   links_.try_emplace(MakeCellKey(row, column));
-  InvalidateCell(row, column);
+  viewport()->update();  // where the cell stands is worked out once for all rows that come together
   return true;
 }
 
