@@ -73,7 +73,6 @@ void Conductor::MakeAreas() {
   const QString area = place_.filePath(QStringLiteral("area"));
   peer::MakeArea({area.toStdString(), options_.packages, 1, options_.language});
   QDir().mkpath(place_.filePath(QStringLiteral("empty")));
-  QDir().mkpath(place_.filePath(QStringLiteral("received")));
 }
 
 bool Conductor::RunLeg(const LegPlan& plan) {
@@ -98,6 +97,8 @@ bool Conductor::RunLeg(const LegPlan& plan) {
   }
   const QString data = place_.filePath(QStringLiteral("data-") + plan.desk);
   QDir().mkpath(data);
+  const QString received = place_.filePath(QStringLiteral("received-") + plan.desk);
+  QDir().mkpath(received);
   environment.insert(QStringLiteral("XDG_DATA_HOME"), data);
   environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
   if (!plan.scale.isEmpty()) {
@@ -113,7 +114,7 @@ bool Conductor::RunLeg(const LegPlan& plan) {
        QStringLiteral("8100"), QStringLiteral("--leg"), plan.name, QStringLiteral("--pictures"),
        options_.pictures, QStringLiteral("--prefix"),
        QStringLiteral("d%1-%2-%3").arg(options_.dialect).arg(options_.language).arg(plan.name),
-       QStringLiteral("--received"), place_.filePath(QStringLiteral("received"))});
+       QStringLiteral("--received"), received});
   bool held = true;
   killed_ = false;
   QElapsedTimer clock;

@@ -79,6 +79,23 @@ void SaveInto(LegContext& context, const QString& name) {
   SaveAttachment(context, name, LocalOf(context, name));
 }
 
+// A paused transfer is deleted, its partial file with it.
+void DeletePaused(LegContext& context) {
+  Walker& walker = context.walker;
+  context.ask({QStringLiteral("block"), QStringLiteral("65536")});
+  SaveInto(context, kBig);
+  AwaitMoving(context, kBig);
+  Command(context, kBig, StringId::MenuPause);
+  walker.Await(QStringLiteral("Delete is offered"),
+               [&] { return Offers(context, kBig, StringId::MenuStatusDelete); });
+  walker.Answer([&] { Command(context, kBig, StringId::MenuStatusDelete); },
+                [&](QWidget* box) { walker.PressButton(box, Text(StringId::Ok)); });
+  walker.Await(QStringLiteral("the row is gone"), [&] { return StatusRow(context, kBig) < 0; });
+  walker.Expect(QStringLiteral("the partial file is gone"),
+                !QFileInfo::exists(LocalOf(context, kBig)));
+  walker.Step(QStringLiteral("Delete takes the row and the partial file away"));
+}
+
 }  // namespace
 
 void SaveLeg(LegContext& context) {
@@ -166,6 +183,7 @@ void SteerLeg(LegContext& context) {
   AwaitFinished(context, kPlan);
   Compare(context, kPlan);
   walker.Step(QStringLiteral("Redo fetches the file once more"));
+  DeletePaused(context);
 
   context.ask({QStringLiteral("block"), QStringLiteral("131072")});
   SaveInto(context, kBig2);
@@ -181,21 +199,6 @@ void SteerAgainLeg(LegContext& context) {
   AwaitFinished(context, kBig2);
   Compare(context, kBig2);
   walker.Step(QStringLiteral("after kill -9 in mid-transfer the file is whole"));
-
-  context.ask({QStringLiteral("block"), QStringLiteral("65536")});
-  AwaitFullList(context);
-  SelectWalkPackage(context);
-  SaveInto(context, kBig);
-  AwaitMoving(context, kBig);
-  Command(context, kBig, StringId::MenuPause);
-  walker.Await(QStringLiteral("Delete is offered"),
-               [&] { return Offers(context, kBig, StringId::MenuStatusDelete); });
-  walker.Answer([&] { Command(context, kBig, StringId::MenuStatusDelete); },
-                [&](QWidget* box) { walker.PressButton(box, Text(StringId::Ok)); });
-  walker.Await(QStringLiteral("the row is gone"), [&] { return StatusRow(context, kBig) < 0; });
-  walker.Expect(QStringLiteral("the partial file is gone"),
-                !QFileInfo::exists(LocalOf(context, kBig)));
-  walker.Step(QStringLiteral("Delete takes the row and the partial file away"));
   context.close();
 }
 

@@ -252,8 +252,11 @@ void Walker::Picture(const QString& name) {
   canvas.setDevicePixelRatio(ratio);
   canvas.fill(QColor(0x3a, 0x6e, 0xa5));
   QPainter painter(&canvas);
+  painter.setPen(QColor(0x20, 0x20, 0x20));
   for (QWidget* window : std::as_const(shown)) {
-    painter.drawPixmap(window->pos() - all.topLeft(), window->grab());
+    const QRect place(window->pos() - all.topLeft(), window->size());
+    painter.drawPixmap(place.topLeft(), window->grab());
+    painter.drawRect(place.adjusted(-1, -1, 0, 0));  // this platform draws no frames
   }
   painter.end();
   const QString file = QStringLiteral("%1/%2-%3-%4.png")

@@ -60,6 +60,8 @@ bool CMainFrame::AddUserDownload(bool keep, const TaskDraft& draft) {
     return false;
   }
   context_->schedulerWake.Set();
+  // Not only when a worker ends: what the user asked for outlives a crash from here on.
+  RequestSave();
   if (statusWindow_) {
     statusWindow_->showNormal();
     PostWindowMessage(statusWindow_->Handle(), frame_message::kTaskAdded, task->id, 0);
@@ -80,7 +82,10 @@ void CMainFrame::RestoreTasks() {
   }
 }
 
-void CMainFrame::RemoveTask(TaskId task) { tasks_.RemoveTask(task); }
+void CMainFrame::RemoveTask(TaskId task) {
+  tasks_.RemoveTask(task);
+  RequestSave();
+}
 
 bool CMainFrame::IsDuplicateUserTask(const std::u16string& path) {
   if (!tasks_.IsDuplicate(path, TaskStore::DuplicateScope::EveryState)) {
