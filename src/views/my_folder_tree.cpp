@@ -131,14 +131,10 @@ CMyFolderTree::ItemId CMyFolderTree::IdOf(const QTreeWidgetItem* item) {
 std::u16string CMyFolderTree::ItemPath(const QTreeWidgetItem* item) {
   std::u16string path;
   for (; item != nullptr; item = item->parent()) {
-    const std::u16string label = ToWide(item->text(0));
-    if (path.empty()) {
-      path = label;
-    } else if (label != u"/") {
-      path = label + u"/" + path;
-    } else {
-      path = label + path;
+    if (!path.empty() && item->text(0) != u"/") {
+      path.insert(0, 1, u'/');
     }
+    path.insert(0, ToWide(item->text(0)));
   }
   return path.empty() ? u"/" : path;
 }

@@ -193,10 +193,13 @@ TEST(BusyPointer, StepsBackWhileABoxWaits) {
     const BusyPointer inner;
     EXPECT_EQ(shape(), Qt::WaitCursor);
     QMessageBox box;
-    QTimer::singleShot(0, &box, [&] {
-      EXPECT_EQ(shape(), -1);
-      box.accept();
-    });
+    QMetaObject::invokeMethod(
+        &box,
+        [&] {
+          EXPECT_EQ(shape(), -1);
+          box.accept();
+        },
+        Qt::QueuedConnection);
     box.exec();
     EXPECT_EQ(shape(), Qt::WaitCursor);
   }

@@ -92,7 +92,7 @@ TEST(Notes, EndlessLinesAreBrokenBetweenCharacters) {
     pairs += u"\U0001F600";
   }
   const std::u16string odd = BreakLongLines(u"x" + pairs);
-  EXPECT_EQ(odd.size(), 1 + pairs.size() + 2 * 2);
+  EXPECT_EQ(odd.size(), 1 + pairs.size() + 4);
   EXPECT_EQ(odd.find(u"\r\n"), 8001U);  // behind the whole pair that crosses the limit
 }
 
