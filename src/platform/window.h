@@ -77,11 +77,11 @@ LongParam PointerParam(const T* pointer) {
 }
 template <typename T>
 T* PointerFrom(LongParam param) {
-  return reinterpret_cast<T*>(param);
+  return reinterpret_cast<T*>(param);  // NOLINT(performance-no-int-to-ptr): it was one
 }
 template <typename T>
 T* PointerFrom(WideParam param) {
-  return reinterpret_cast<T*>(param);
+  return reinterpret_cast<T*>(param);  // NOLINT(performance-no-int-to-ptr): it was one
 }
 
 }  // namespace updown

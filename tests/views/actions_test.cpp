@@ -193,13 +193,13 @@ TEST(BusyPointer, StepsBackWhileABoxWaits) {
     const BusyPointer inner;
     EXPECT_EQ(shape(), Qt::WaitCursor);
     QMessageBox box;
-    QMetaObject::invokeMethod(
-        &box,
-        [&] {
-          EXPECT_EQ(shape(), -1);
-          box.accept();
-        },
-        Qt::QueuedConnection);
+    QTimer soon;
+    soon.setSingleShot(true);
+    QObject::connect(&soon, &QTimer::timeout, &box, [&] {
+      EXPECT_EQ(shape(), -1);
+      box.accept();
+    });
+    soon.start(0);
     box.exec();
     EXPECT_EQ(shape(), Qt::WaitCursor);
   }
