@@ -1,6 +1,7 @@
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QHeaderView>
+#include <QLineEdit>
 #include <QTest>
 #include <QTreeView>
 #include <QTreeWidget>
@@ -17,7 +18,6 @@ namespace {
 
 constexpr int kFromColumn = 1;
 constexpr int kStatusColumn = 4;
-constexpr unsigned kMessageRename = 4102;
 const QString kList = QStringLiteral("packageList");
 const QString kAttachments = QStringLiteral("attachmentList");
 
@@ -105,23 +105,22 @@ void Refresh(Walker& walker) {
   walker.Step(QStringLiteral("F5 refreshes the list"));
 }
 
-void RefuseRename(LegContext& context) {
-  Walker& walker = context.walker;
+void RefuseRename(Walker& walker) {
   auto* tree = walker.Find<QTreeWidget>(QStringLiteral("packageTree"));
   QTreeWidgetItem* item = tree->topLevelItem(0)->child(0);
   walker.Expect(QStringLiteral("the tree has packages"), item != nullptr);
   const QString before = item->text(0);
-  context.ask({QStringLiteral("refuse"), QString::number(kMessageRename)});
+  // The name of another package: the service does not put one over the other.
+  const QString taken = tree->topLevelItem(0)->child(1)->text(0);
   walker.Click(tree, tree->indexFromItem(item));
   walker.Answer(
       [&] {
         tree->setFocus();
         tree->editItem(item);
-        QWidget* editor = tree->viewport()->findChild<QWidget*>(QStringLiteral("labelEdit"));
-        if (editor == nullptr) {
-          editor = QApplication::focusWidget();
-        }
-        QTest::keyClicks(editor, QStringLiteral("another name"));
+        auto* editor = qobject_cast<QLineEdit*>(QApplication::focusWidget());
+        walker.Expect(QStringLiteral("the label is edited in place"), editor != nullptr);
+        editor->selectAll();
+        QTest::keyClicks(editor, taken);
         QTest::keyClick(editor, Qt::Key_Return);
       },
       [&](QWidget* box) {
@@ -220,7 +219,7 @@ void BrowseLeg(LegContext& context) {
 
   QWidget* frame = walker.Find(QStringLiteral("mainFrame"));
   OpenTree(walker, frame);
-  RefuseRename(context);
+  RefuseRename(walker);
   DeletePackage(context);
   SelectWalkPackage(context);
   DeleteAttachment(context);

@@ -149,8 +149,6 @@ bool Conductor::Obey(const QString& request, peer::StandIn& service, QProcess& c
     service.SetBlockLength(words[1].toUInt());
   } else if (words[0] == u"forget-sessions") {
     service.ForgetSessions();
-  } else if (words[0] == u"refuse") {
-    service.AddFault({peer::Fault::Kind::WrongCode, words[1].toUInt(), 0, 1, 32775});
   } else if (words[0] == u"compare") {
     held = Compare(words[1], words[2]);
   } else if (words[0] == u"gone") {

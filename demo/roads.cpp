@@ -34,15 +34,13 @@ void SelectWalkPackage(LegContext& context) {
   QAbstractItemView* list = walker.FindView(QStringLiteral("packageList"));
   QAbstractItemView* attachments = walker.FindView(QStringLiteral("attachmentList"));
   // The second header file may still be under way; a selection reads the cache again.
-  walker.Await(QStringLiteral("the package is Completed"), [&] {
+  walker.Await(QStringLiteral("the package is Completed, with its attachments"), [&] {
     const int row = walker.RowOf(list, kSubjectColumn, kSubject);
     const int other = row == 0 ? 1 : 0;
     walker.Click(list, list->model()->index(other, 0));
     walker.Click(list, list->model()->index(row, 0));
-    return walker.CellText(list, row, kStatusColumn) == Text(StringId::Completed);
-  });
-  walker.Await(QStringLiteral("its attachments are on show"), [&] {
-    return attachments->isVisible() && attachments->model()->rowCount() == kWalkAttachments;
+    return walker.CellText(list, row, kStatusColumn) == Text(StringId::Completed) &&
+           attachments->isVisible() && attachments->model()->rowCount() == kWalkAttachments;
   });
   walker.Step(QStringLiteral("the package shows its header, notes and %1 attachments")
                   .arg(kWalkAttachments));

@@ -60,12 +60,16 @@ void Command(LegContext& context, const QString& name, StringId item) {
   context.walker.Choose([&] { AskForMenu(transfers); }, Text(item));
 }
 
-bool Offers(LegContext& context, const QString& name, StringId item) {
+bool Offers(LegContext& context, const QString& name, StringId item,
+            const QString& picture = QString()) {
   QAbstractItemView* transfers = context.walker.FindView(kTransfers);
   bool enabled = false;
   context.walker.Click(transfers, transfers->model()->index(StatusRow(context, name), 0));
   context.walker.WithMenu([&] { AskForMenu(transfers); },
                           [&](QMenu* menu) {
+                            if (!picture.isEmpty()) {
+                              context.walker.Picture(picture);
+                            }
                             const QList<QAction*> actions = menu->actions();
                             for (const QAction* action : actions) {
                               enabled =
@@ -157,6 +161,8 @@ void SteerLeg(LegContext& context) {
   walker.Rest(1500);
   walker.Expect(QStringLiteral("a paused transfer stands still"),
                 QFileInfo(LocalOf(context, kPlan)).size() == paused);
+  walker.Expect(QStringLiteral("Pause is not offered"),
+                !Offers(context, kPlan, StringId::MenuPause, QStringLiteral("status-menu")));
   walker.Picture(QStringLiteral("status-paused"));
   walker.Step(QStringLiteral("Pause stops at %1 bytes").arg(paused));
 

@@ -243,10 +243,12 @@ void Walker::Picture(const QString& name) {
   if (shown.isEmpty()) {
     return;
   }
-  // Owned windows (boxes, menus, tips) stand over the windows that own them.
-  std::stable_sort(shown.begin(), shown.end(), [](const QWidget* a, const QWidget* b) {
-    return (a->parentWidget() != nullptr) < (b->parentWidget() != nullptr);
-  });
+  // The frame lies lowest; owned windows (boxes, menus, tips) stand over their owners.
+  const auto height = [](const QWidget* window) {
+    return window->parentWidget() != nullptr ? 2 : window->objectName() == u"mainFrame" ? 0 : 1;
+  };
+  std::stable_sort(shown.begin(), shown.end(),
+                   [&](const QWidget* a, const QWidget* b) { return height(a) < height(b); });
   const qreal ratio = qApp->devicePixelRatio();
   QPixmap canvas(all.size() * ratio);
   canvas.setDevicePixelRatio(ratio);
