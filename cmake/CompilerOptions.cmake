@@ -8,6 +8,17 @@ add_library(updown_options INTERFACE)
 target_compile_options(updown_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wnon-virtual-dtor
   -Woverloaded-virtual -Wimplicit-fallthrough -Werror)
+# What Debian builds its own packages with. The sanitizers replace fortified functions by their own.
+# The debugging records name the sources from the tree's root, so that no build's place is told.
+if(NOT UPDOWN_SANITIZE)
+  set(optimized "$<CONFIG:Release,RelWithDebInfo>")
+  target_compile_options(updown_options INTERFACE
+    $<${optimized}:-U_FORTIFY_SOURCE> $<${optimized}:-D_FORTIFY_SOURCE=2>
+    $<${optimized}:-fstack-protector-strong>
+    $<${optimized}:-fdebug-prefix-map=${PROJECT_SOURCE_DIR}=.>)
+  target_link_options(updown_options INTERFACE
+    $<${optimized}:LINKER:-z,relro> $<${optimized}:LINKER:-z,now>)
+endif()
 if(UPDOWN_SANITIZE)
   target_compile_options(updown_options INTERFACE
     -fsanitize=${UPDOWN_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
