@@ -118,7 +118,9 @@ void RefuseRename(Walker& walker) {
         tree->setFocus();
         tree->editItem(item);
         auto* editor = qobject_cast<QLineEdit*>(QApplication::focusWidget());
-        walker.Expect(QStringLiteral("the label is edited in place"), editor != nullptr);
+        if (editor == nullptr) {
+          throw WalkFailure("the label is not edited in place");
+        }
         editor->selectAll();
         QTest::keyClicks(editor, taken);
         QTest::keyClick(editor, Qt::Key_Return);

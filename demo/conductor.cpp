@@ -7,6 +7,7 @@
 #include <QProcessEnvironment>
 #include <cstdio>
 
+#include "demo/stored_tasks.h"
 #include "demo/walk_package.h"
 
 namespace updown::demo {
@@ -15,6 +16,7 @@ namespace {
 
 constexpr int kLegLimitMs = 100000;
 constexpr int kLineWaitMs = 200;
+constexpr std::uint32_t kWholeFiles = 4194304;  // each file of the walk in one block
 
 QByteArray Sha256Of(const QString& path) {
   QFile file(path);
@@ -43,6 +45,7 @@ int Conductor::Run() {
       {QStringLiteral("resume"), QStringLiteral("c"), Service::Full, {}},
       {QStringLiteral("steer"), QStringLiteral("d"), Service::Full, {}},
       {QStringLiteral("steer-again"), QStringLiteral("d"), Service::Full, {}},
+      {QStringLiteral("stored"), QStringLiteral("g"), Service::Full, {}},
       {QStringLiteral("limit"), QStringLiteral("e"), Service::Full, {}},
       {QStringLiteral("login"), QStringLiteral("f"), Service::WithLogin, {}},
       {QStringLiteral("looks"), QStringLiteral("c"), Service::Full, QStringLiteral("2")},
@@ -77,44 +80,60 @@ void Conductor::MakeAreas() {
 
 bool Conductor::RunLeg(const LegPlan& plan) {
   MakeWalkPackage(place_.filePath(QStringLiteral("area")));  // an earlier leg deletes from it
-  peer::Options service;
-  service.dialect = options_.dialect;
-  service.blockLength = options_.block;
-  // The same for all legs of a desk, and another one for each walk on this machine.
-  service.identity = (QDir(place_.path()).dirName() + plan.desk).toStdString();
-  service.root = place_
-                     .filePath(plan.service == LegPlan::Service::Empty ? QStringLiteral("empty")
-                                                                       : QStringLiteral("area"))
-                     .toStdString();
-  if (plan.service == LegPlan::Service::WithLogin) {
-    service.login = peer::Login{"maria", "correct horse", "office"};
+  const QString data = FolderOf(plan, QStringLiteral("data-"));
+  const QString received = FolderOf(plan, QStringLiteral("received-"));
+  const peer::Options served = ServiceFor(plan);
+  if (plan.name == u"stored") {
+    WriteStoredTasks(data, QString::fromStdString(served.identity), received);
   }
-  peer::StandIn standIn(service);
+  peer::StandIn service(served);
 
   QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-  for (const auto& [name, value] : standIn.Environment(options_.language)) {
+  for (const auto& [name, value] : service.Environment(options_.language)) {
     environment.insert(QString::fromStdString(name), QString::fromStdString(value));
   }
-  const QString data = place_.filePath(QStringLiteral("data-") + plan.desk);
-  QDir().mkpath(data);
-  const QString received = place_.filePath(QStringLiteral("received-") + plan.desk);
-  QDir().mkpath(received);
   environment.insert(QStringLiteral("XDG_DATA_HOME"), data);
   environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
   if (!plan.scale.isEmpty()) {
     environment.insert(QStringLiteral("QT_SCALE_FACTOR"), plan.scale);
   }
-
   QProcess client;
   client.setProcessEnvironment(environment);
   client.setStandardErrorFile(options_.pictures + QStringLiteral("/client.log"), QIODevice::Append);
-  client.start(
-      options_.program,
-      {QStringLiteral("-s"), QStringLiteral("fileservice"), QStringLiteral("-p"),
-       QStringLiteral("8100"), QStringLiteral("--leg"), plan.name, QStringLiteral("--pictures"),
-       options_.pictures, QStringLiteral("--prefix"),
-       QStringLiteral("d%1-%2-%3").arg(options_.dialect).arg(options_.language).arg(plan.name),
-       QStringLiteral("--received"), received});
+  const QString prefix =
+      QStringLiteral("d%1-%2-%3").arg(options_.dialect).arg(options_.language).arg(plan.name);
+  client.start(options_.program,
+               {QStringLiteral("-s"), QStringLiteral("fileservice"), QStringLiteral("-p"),
+                QStringLiteral("8100"), QStringLiteral("--leg"), plan.name,
+                QStringLiteral("--pictures"), options_.pictures, QStringLiteral("--prefix"), prefix,
+                QStringLiteral("--received"), received});
+  return Accompany(client, service);
+}
+
+// The legs of a desk share both folders.
+QString Conductor::FolderOf(const LegPlan& plan, const QString& kind) const {
+  const QString path = place_.filePath(kind + plan.desk);
+  QDir().mkpath(path);
+  return path;
+}
+
+peer::Options Conductor::ServiceFor(const LegPlan& plan) const {
+  const bool empty = plan.service == LegPlan::Service::Empty;
+  peer::Options service;
+  service.root =
+      place_.filePath(empty ? QStringLiteral("empty") : QStringLiteral("area")).toStdString();
+  service.dialect = options_.dialect;
+  service.blockLength = plan.name == u"stored" ? kWholeFiles : options_.block;
+  // The same for all legs of a desk, and another one for each walk on this machine.
+  service.identity = (QDir(place_.path()).dirName() + plan.desk).toStdString();
+  if (plan.service == LegPlan::Service::WithLogin) {
+    service.login = peer::Login{"maria", "correct horse", "office"};
+  }
+  return service;
+}
+
+// Says what the client says and does what it asks for, until it ends.
+bool Conductor::Accompany(QProcess& client, peer::StandIn& service) {
   bool held = true;
   killed_ = false;
   QElapsedTimer clock;
@@ -130,7 +149,7 @@ bool Conductor::RunLeg(const LegPlan& plan) {
     while (client.canReadLine()) {
       const QString line = QString::fromUtf8(client.readLine()).trimmed();
       if (line.startsWith(u'@')) {
-        held = Obey(line.mid(1), standIn, client) && held;
+        held = Obey(line.mid(1), service, client) && held;
       } else {
         Say(QStringLiteral("  ") + line);
       }

@@ -39,6 +39,9 @@ class Conductor {
 
   void MakeAreas();
   bool RunLeg(const LegPlan& plan);
+  QString FolderOf(const LegPlan& plan, const QString& kind) const;
+  peer::Options ServiceFor(const LegPlan& plan) const;
+  bool Accompany(QProcess& client, peer::StandIn& service);
   bool Obey(const QString& request, peer::StandIn& service, QProcess& client);
   bool Compare(const QString& remote, const QString& local);
 

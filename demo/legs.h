@@ -29,6 +29,7 @@ void SaveLeg(LegContext& context);
 void ResumeLeg(LegContext& context);
 void SteerLeg(LegContext& context);
 void SteerAgainLeg(LegContext& context);
+void StoredLeg(LegContext& context);
 void LimitLeg(LegContext& context);
 void LoginLeg(LegContext& context);
 void LooksLeg(LegContext& context);

@@ -24,8 +24,9 @@ void TypeLogin(LegContext& context, QWidget* dialog, const QString& password,
                const QString& picture) {
   auto* user = dialog->findChild<QLineEdit*>(QStringLiteral("loginUser"));
   auto* secret = dialog->findChild<QLineEdit*>(QStringLiteral("loginPassword"));
-  context.walker.Expect(QStringLiteral("the login box has its two fields"),
-                        user != nullptr && secret != nullptr);
+  if (user == nullptr || secret == nullptr) {
+    throw WalkFailure("the login box lacks a field");
+  }
   user->clear();
   QTest::keyClicks(user, QStringLiteral("maria@office"));
   QTest::keyClicks(secret, password);

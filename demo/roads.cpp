@@ -83,11 +83,12 @@ void SaveAttachment(LegContext& context, const QString& name, const QString& pat
 
 const std::map<QString, Leg>& Legs() {
   static const std::map<QString, Leg> legs = {
-      {QStringLiteral("empty"), EmptyLeg}, {QStringLiteral("browse"), BrowseLeg},
-      {QStringLiteral("save"), SaveLeg},   {QStringLiteral("resume"), ResumeLeg},
-      {QStringLiteral("steer"), SteerLeg}, {QStringLiteral("steer-again"), SteerAgainLeg},
-      {QStringLiteral("limit"), LimitLeg}, {QStringLiteral("login"), LoginLeg},
-      {QStringLiteral("looks"), LooksLeg}, {QStringLiteral("dark"), DarkLeg},
+      {QStringLiteral("empty"), EmptyLeg},   {QStringLiteral("browse"), BrowseLeg},
+      {QStringLiteral("save"), SaveLeg},     {QStringLiteral("resume"), ResumeLeg},
+      {QStringLiteral("steer"), SteerLeg},   {QStringLiteral("steer-again"), SteerAgainLeg},
+      {QStringLiteral("stored"), StoredLeg}, {QStringLiteral("limit"), LimitLeg},
+      {QStringLiteral("login"), LoginLeg},   {QStringLiteral("looks"), LooksLeg},
+      {QStringLiteral("dark"), DarkLeg},
   };
   return legs;
 }

@@ -208,6 +208,29 @@ void SteerAgainLeg(LegContext& context) {
   context.close();
 }
 
+void StoredLeg(LegContext& context) {
+  context.start();
+  Walker& walker = context.walker;
+  AwaitFinished(context, kSmall);
+  context.ask({QStringLiteral("compare"), RemoteOf(kSmall),
+               context.received + QStringLiteral("/stored.txt")});
+  walker.Step(QStringLiteral("a stored transfer runs by itself"));
+
+  const QString package = QString::fromLatin1(kWalkPackage);
+  AwaitFinished(context, package);
+  walker.Picture(QStringLiteral("status-folder"));
+  for (const WalkFile& file : kWalkFiles) {
+    if (file.bytes == 0) {
+      continue;  // a folder's walk takes an empty file for one that is there already
+    }
+    const QString name = QString::fromLatin1(file.name);
+    context.ask({QStringLiteral("compare"), RemoteOf(name),
+                 context.received + QStringLiteral("/stored/") + name});
+  }
+  walker.Step(QStringLiteral("a stored folder walks its tree, its files arrive whole"));
+  context.close();
+}
+
 void LimitLeg(LegContext& context) {
   context.start();
   Walker& walker = context.walker;
