@@ -129,6 +129,7 @@ void ResumeLeg(LegContext& context) {
                 QFileInfo(LocalOf(context, kBig)).size() >= before);
   AwaitFinished(context, kBig);
   AwaitFinished(context, kBig2);
+  walker.Find(QStringLiteral("transferStatus"))->showNormal();
   walker.Picture(QStringLiteral("status-completed"));
   walker.Step(QStringLiteral("started anew, both transfers went on and are Completed"));
   Compare(context, kBig);
@@ -218,6 +219,8 @@ void StoredLeg(LegContext& context) {
 
   const QString package = QString::fromLatin1(kWalkPackage);
   AwaitFinished(context, package);
+  // As a click in the task bar does: the window of restored transfers starts minimised.
+  walker.Find(QStringLiteral("transferStatus"))->showNormal();
   walker.Picture(QStringLiteral("status-folder"));
   for (const WalkFile& file : kWalkFiles) {
     if (file.bytes == 0) {
