@@ -72,7 +72,7 @@ SharedSession::Opened SharedSession::OpenSharedSession() {
     }
     Close();
     if (login != result::kAuthentication) {
-      return {false, static_cast<std::uint32_t>(-login)};
+      return {false, result::WithoutSign(login)};
     }
     if (!LoginPrompt(true)) {
       return {false, 0};

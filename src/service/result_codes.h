@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 namespace updown::result {
 
 // Every operation of the file service gives 0 or one of these. Windows show them without sign.
@@ -23,5 +25,12 @@ inline constexpr int kInterrupted = -8215;
 inline constexpr int kNotImplemented = -8216;  // also: a file of 2 GiB or more
 inline constexpr int kNoVersion = -65534;      // no version attribute: the second dialect
 inline constexpr int kVersionTooHigh = -65535;
+
+// As windows show it. The service can bring about every number, also the lowest one, whose negation
+// does not exist, and positive ones.
+constexpr std::uint32_t WithoutSign(int code) {
+  const auto bits = static_cast<std::uint32_t>(code);
+  return code < 0 ? 0U - bits : bits;
+}
 
 }  // namespace updown::result

@@ -1,6 +1,5 @@
 #include "shell/folder_requests.h"
 
-#include <cstdlib>
 #include <optional>
 #include <utility>
 
@@ -38,7 +37,7 @@ RequestAnswer Answer(int code) { return {code, Reported(code)}; }
 
 RequestAnswer RemovalAnswer(int code) {
   const bool refused = code == result::kAccessRefused;
-  return {std::abs(code), refused ? 0 : Reported(code)};
+  return {static_cast<int>(result::WithoutSign(code)), refused ? 0 : Reported(code)};
 }
 
 // 0, or the first result of another kind.
