@@ -1,5 +1,7 @@
 #include "service/listing.h"
 
+#include <sys/socket.h>
+
 #include "service/dialect.h"
 #include "service/exchange.h"
 #include "service/nested_list.h"
@@ -39,10 +41,17 @@ std::unique_ptr<DirectoryEntry> DecodeEntry(Bytes list) {
 // Reads entries behind the reply until the listing ends. Bad bytes end it like the end frame: what
 // came before them is a usable listing.
 int ReadEntries(int socket, MessageBuffer& buffer, DirectoryList& chain) {
+  std::size_t used = 0;
   for (;;) {
     TakenEntry taken = TakeEntry(buffer.UnreadBytes());
     switch (taken.kind) {
       case EntryKind::Entry:
+        used += sizeof(DirectoryEntry) + taken.entry->name.size();
+        if (used > kMostListingBytes) {
+          chain.Clear();
+          shutdown(socket, SHUT_RDWR);
+          return result::kConnection;
+        }
         chain.Append(std::move(taken.entry));
         buffer.AdvanceRead(taken.consumed);
         break;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 
@@ -24,5 +25,10 @@ struct TakenEntry {
 };
 
 TakenEntry TakeEntry(Bytes bytes);
+
+// What the entries of one listing may take in memory, in bytes: about a million of usual names. A
+// longer one is taken for a listing that never ends: it fails with result::kConnection and without
+// an entry, and its connection is cut, since what follows on it answers no request.
+inline constexpr std::size_t kMostListingBytes = std::size_t{128} << 20;
 
 }  // namespace updown

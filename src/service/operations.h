@@ -28,7 +28,8 @@ struct DirectoryEntry {
 };
 using DirectoryList = Chain<DirectoryEntry>;
 
-// `chain` may hold entries although `error` is set (a listing that broke off).
+// `chain` may hold entries although `error` is set (a listing that broke off). The entries of one
+// listing are bounded: see kMostListingBytes in listing.h.
 struct FolderListing {
   DirectoryList chain;
   int error = 0;
