@@ -131,7 +131,9 @@ int Download::DecodeBlockReply(const ServiceReply& reply, BlockRequest& block) c
     return result::kOk;
   }
   const auto sent = DecodeBlockRequest(reply.data);
-  if (reply.code != message::kReadBlock || !sent) {
+  // A block behind the file's end is refused before it makes a hole in the local file, and before
+  // doneBytes claims the hole as good.
+  if (reply.code != message::kReadBlock || !sent || sent->offset > position_.size) {
     return result::kNotDecodable;
   }
   block.offset = sent->offset;

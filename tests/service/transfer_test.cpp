@@ -289,11 +289,11 @@ TEST_F(Transfer, LocalFileThatCannotBeMadeOrWritten) {
     EXPECT_EQ(Download(dialog.Ops(), {dialog.Attach(), dialog.Ask(10)}), result::kFileOpen);
     EXPECT_EQ(record_.state, TransferState::Failed);
   }
-  // An offset that no seek can reach.
+  // An offset behind the end of the file.
   record_.SetPaths({"/f", (folder_ / "local").string()});
   const Dialog dialog{true};
   const Step beyond{Dialog::BlockRequestAt(0), dialog.BlockHead(0x80000000, 4) + "0123"};
-  EXPECT_EQ(Download(dialog.Ops(), {dialog.Attach(), dialog.Ask(10), beyond}), result::kFileWrite);
+  EXPECT_EQ(Download(dialog.Ops(), {dialog.Attach(), dialog.Ask(10), beyond}), result::kNotDecodable);
   EXPECT_EQ(Local(), "");
 }
 
