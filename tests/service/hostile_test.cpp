@@ -9,7 +9,6 @@
 #include "service/listing.h"
 #include "service/operations.h"
 #include "tests/service/script.h"
-#include "tests/wire/scripted_peer.h"
 
 namespace updown {
 namespace {
@@ -17,7 +16,6 @@ namespace {
 using testing::Attribute;
 using testing::First;
 using testing::Framed;
-using testing::ScriptedPeer;
 using testing::Wire;
 
 // Ends when the client cuts the connection; a client that reads on would read for ever.
@@ -31,7 +29,8 @@ TEST(Listing, ThatNeverEndsIsGivenUp) {
   const UniqueFd client(pair[0]);
   std::size_t sentEntries = 0;
   std::thread service([&, peer = UniqueFd(pair[1])] {
-    testing::SendPieces(peer.Get(), First(0x8000), 0);
+    const std::string granted = First(0x8000);
+    send(peer.Get(), granted.data(), granted.size(), MSG_NOSIGNAL);
     const auto size = static_cast<ssize_t>(entry.size());
     while (send(peer.Get(), entry.data(), entry.size(), MSG_NOSIGNAL) == size) {
       ++sentEntries;
