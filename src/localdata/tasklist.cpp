@@ -158,7 +158,8 @@ void SaveTaskList(const RecordChain& chain, const std::string& path) {
     if (stored.state == TransferState::Finished || !EncodeRecord(stored, buffer)) {
       continue;
     }
-    if (WriteLocalFile(file, buffer.UnreadBytes()) < 1) {
+    // A record cut short by a full disk must stay the last one.
+    if (WriteLocalFile(file, buffer.UnreadBytes()) != static_cast<int>(buffer.Unread())) {
       return;
     }
   }
