@@ -9,8 +9,8 @@ namespace updown {
 // service. Only existence counts: a file that is there is never fetched again.
 class PackageCache {
  public:
-  // Works out the root and makes its folders. `executableFolder` serves when there is no
-  // application data folder. Failures show later as files that are not there.
+  // Works out the root and makes its folders. The folder of the program's file serves when there is
+  // no application data folder. Failures show later as files that are not there.
   static PackageCache InitPackageCache(const std::string& identityHash);
 
   explicit PackageCache(std::string packageCacheRoot);

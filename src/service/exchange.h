@@ -10,7 +10,7 @@ namespace updown {
 // is full, so that what is awaited can never arrive.
 int ReceiveMore(int socket, MessageBuffer& buffer);
 
-// Length and text for a "%.*s" of the debug lines.
+// The length that goes before the text of a "%.*s" in the debug lines.
 inline int PrintLength(std::string_view text) { return static_cast<int>(text.size()); }
 
 }  // namespace updown
