@@ -27,4 +27,8 @@ class UniqueFd {
   int fd_ = -1;
 };
 
+// Opens /dev/null in place of each standard stream that the parent has left closed. Else a file or
+// socket of ours would get its number, and take in what the program prints. Called first of all.
+void HoldStandardStreams();
+
 }  // namespace updown

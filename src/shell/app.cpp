@@ -9,6 +9,7 @@
 
 #include "controls/boxes.h"
 #include "controls/icons.h"
+#include "platform/unique_fd.h"
 #include "resources/strings.h"
 #include "shell/command_line.h"
 #include "shell/launch_identity.h"
@@ -97,6 +98,7 @@ bool CUpDownApp::ExitInstance() {
 }
 
 int RunUpDown(int argc, char** argv, const Preparation& prepare) {
+  HoldStandardStreams();
   std::vector<std::string> arguments(argv, argv + argc);
   // The toolkit's own options are none of the program's.
   int ownName = argc > 0 ? 1 : 0;
