@@ -1,14 +1,18 @@
 #include "controls/boxes.h"
 
+#include <QGridLayout>
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
+#include <QSpacerItem>
 
 #include "platform/qt/text.h"
 #include "resources/strings.h"
 
 namespace updown {
 namespace {
+
+constexpr int kLeastWidth = 300;
 
 QMessageBox::Icon QtIcon(BoxIcon icon) {
   switch (icon) {
@@ -35,6 +39,10 @@ int RunBox(QWidget* owner, const QString& text, const QString& caption, BoxIcon 
   if (QAbstractButton* cancel = box->button(QMessageBox::Cancel)) {
     cancel->setText(Text(StringId::Cancel));
     box->setEscapeButton(QMessageBox::Cancel);
+  }
+  if (auto* grid = qobject_cast<QGridLayout*>(box->layout())) {
+    // Else a short question makes a box in which the title is cut.
+    grid->addItem(new QSpacerItem(kLeastWidth, 0), grid->rowCount(), 0, 1, grid->columnCount());
   }
   const int pressed = box->exec();
   if (!box) {

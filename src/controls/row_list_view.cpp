@@ -47,6 +47,14 @@ void RowListView::keyPressEvent(QKeyEvent* event) {
     event->accept();
     return;
   }
+  // A list that was reached with the Tab key has a current row that is not selected yet. Without
+  // this the first arrow key would step over it, and a single row could not be reached at all.
+  const bool vertical = event->key() == Qt::Key_Down || event->key() == Qt::Key_Up;
+  if (vertical && SelectedRow() < 0 && currentIndex().isValid()) {
+    SelectRow(currentIndex().row());
+    event->accept();
+    return;
+  }
   QTreeView::keyPressEvent(event);
 }
 

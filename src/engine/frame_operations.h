@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
+#include <utility>
 
 #include "engine/cache.h"
 #include "engine/launch_state.h"
@@ -33,5 +35,11 @@ class FrameOperations {
   virtual const LaunchState& Launch() const = 0;
   virtual const PackageCache& Cache() const = 0;
 };
+
+// A fetch in the frame's own session.
+inline TaskDraft DraftOf(FrameOperations& frame, std::string displayName, std::string remotePath) {
+  return {std::move(displayName), std::move(remotePath), frame.Session().Sessid(),
+          frame.Launch().serverName, frame.Launch().serverPort};
+}
 
 }  // namespace updown

@@ -1,5 +1,7 @@
 #include "engine/session.h"
 
+#include <sys/socket.h>
+
 #include <utility>
 
 #include "engine/tasks.h"
@@ -13,20 +15,16 @@ namespace updown {
 namespace {
 
 // At most what a buffer holds beside its terminator, never half a character.
-std::string CredentialOf(std::u16string_view wide) {
-  std::string utf8 = WideToUtf8(wide);
-  if (utf8.size() < kPathCapacity) {
-    return utf8;
-  }
-  std::size_t end = kPathCapacity - 1;
-  while (end > 0 && (static_cast<unsigned char>(utf8[end]) & 0xC0U) == 0x80U) {
-    --end;
-  }
-  utf8.resize(end);
-  return utf8;
-}
+std::string CredentialOf(std::u16string_view wide) { return WideToUtf8(wide, kPathCapacity - 1); }
 
 std::uint32_t ErrorOf(StringId text) { return static_cast<std::uint32_t>(text); }
+
+// The service speaks only when asked, so this is the rest of a reply that was given up. The next
+// request would take it for its own reply, and may wait for ever for an end that never comes.
+bool HasUnreadBytes(int socket) {
+  char first = 0;
+  return socket >= 0 && recv(socket, &first, 1, MSG_PEEK | MSG_DONTWAIT) > 0;
+}
 
 }  // namespace
 
@@ -47,6 +45,9 @@ SharedSession::SharedSession(FileService& service, const LaunchState& launch,
 SharedSession::~SharedSession() { Close(); }
 
 SharedSession::Opened SharedSession::OpenSharedSession() {
+  if (HasUnreadBytes(sessionSocket_)) {
+    Close();
+  }
   if (sessionSocket_ >= 0) {
     return {true, 0};
   }

@@ -46,6 +46,20 @@ std::string WideToUtf8(std::u16string_view wide) {
   return utf8;
 }
 
+std::string WideToUtf8(std::u16string_view wide, std::size_t most) {
+  std::string utf8 = WideToUtf8(wide);
+  if (utf8.size() > most) {
+    const auto isContinuation = [](char byte) {
+      return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
+    };
+    while (most > 0 && isContinuation(utf8[most])) {
+      --most;
+    }
+    utf8.resize(most);
+  }
+  return utf8;
+}
+
 int CompareIgnoringCase(std::u16string_view a, std::u16string_view b) {
   std::int32_t atA = 0;
   std::int32_t atB = 0;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -15,6 +16,8 @@ namespace updown {
 
 std::u16string Utf8ToWide(std::string_view utf8);
 std::string WideToUtf8(std::u16string_view wide);
+// The same in at most `most` bytes, cut at a character.
+std::string WideToUtf8(std::u16string_view wide, std::size_t most);
 
 // The ANSI code page of a language identifier: 2052 is windows-936, 1028 is windows-950, every
 // other one windows-1252.

@@ -1,8 +1,8 @@
+#include "controls/busy_pointer.h"
 #include "engine/frame_messages.h"
 #include "engine/package.h"
 #include "shell/folder_requests.h"
 #include "shell/main_frame.h"
-#include "views/busy_pointer.h"
 
 namespace updown {
 namespace {

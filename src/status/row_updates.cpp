@@ -1,6 +1,7 @@
 #include "status/row_updates.h"
 
 #include "controls/boxes.h"
+#include "controls/size_texts.h"
 #include "platform/qt/text.h"
 #include "resources/strings.h"
 #include "status/rate_statistics.h"

@@ -1,10 +1,10 @@
 #include "status/transfer_commands.h"
 
-#include <QApplication>
 #include <QPointer>
 #include <utility>
 
 #include "controls/boxes.h"
+#include "controls/busy_pointer.h"
 #include "engine/frame_messages.h"
 #include "platform/qt/text.h"
 #include "service/result_codes.h"
@@ -14,14 +14,6 @@
 
 namespace updown {
 namespace {
-
-class BusyPointer {
- public:
-  BusyPointer() { QApplication::setOverrideCursor(Qt::WaitCursor); }
-  ~BusyPointer() { QApplication::restoreOverrideCursor(); }
-  BusyPointer(const BusyPointer&) = delete;
-  BusyPointer& operator=(const BusyPointer&) = delete;
-};
 
 // The task's file or folder goes from the disk. Of an upload the target end is a path on the
 // service, which names nothing here.

@@ -1,26 +1,13 @@
 #include "status/transfer_texts.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 
+#include "controls/size_texts.h"
 #include "resources/string_id.h"
 #include "service/result_codes.h"
 
 namespace updown {
 namespace {
-
-constexpr std::uint32_t kKilo = 1U << 10U;
-constexpr std::uint32_t kMega = 1U << 20U;
-constexpr std::uint32_t kGiga = 1U << 30U;
-
-// Not by printf: the toolkit sets the user's locale, whose decimal point may be a comma.
-std::string Fixed(float value, int digits) {
-  std::array<char, 64> text{};
-  const auto end = std::to_chars(text.data(), text.data() + text.size(), double{value},
-                                 std::chars_format::fixed, digits);
-  return {text.data(), end.ptr};
-}
 
 std::string TwoDigits(std::uint64_t value) {
   std::string text = std::to_string(value);
@@ -51,38 +38,20 @@ constexpr CodeText kCodeTexts[] = {
 
 }  // namespace
 
-std::string FormatSize(std::uint32_t bytes) {
-  if (bytes == 0) {
-    return {};
-  }
-  if (bytes < kKilo) {
-    return std::to_string(bytes) + " B";
-  }
-  if (bytes < kMega) {
-    return FormatKiloBytes(bytes);
-  }
-  if (bytes < kGiga) {
-    return Fixed(static_cast<float>(bytes * 0x1p-20), 2) + " MB";
-  }
-  return Fixed(static_cast<float>(bytes * 0x1p-30), 3) + " GB";
-}
-
-std::string FormatKiloBytes(std::uint32_t bytes) { return std::to_string(bytes >> 10U) + " KB"; }
-
 std::string FormatRate(float rate) {
   constexpr float kStep = 1.0F / 1024;
   if (rate < 1024) {
-    return Fixed(rate, 0) + " B/s";
+    return FormatFixed(rate, 0) + " B/s";
   }
   rate *= kStep;
   if (rate < 1024) {
-    return Fixed(rate, 2) + " KB/s";
+    return FormatFixed(rate, 2) + " KB/s";
   }
   rate *= kStep;
   if (rate < 1024) {
-    return Fixed(rate, 2) + " MB/s";
+    return FormatFixed(rate, 2) + " MB/s";
   }
-  return Fixed(rate * kStep, 2) + " GB/s";
+  return FormatFixed(rate * kStep, 2) + " GB/s";
 }
 
 std::string FormatRemaining(double seconds) {

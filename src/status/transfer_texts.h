@@ -7,13 +7,6 @@ namespace updown {
 
 // Texts of the status window's cells. Numbers are written the same in every locale.
 
-// Size of what a task has moved, when its state has changed: "" for 0, "1023 B", "1 KB" (whole
-// ones), "1.00 MB", "1.000 GB".
-std::string FormatSize(std::uint32_t bytes);
-
-// The same while it moves: always whole KB.
-std::string FormatKiloBytes(std::uint32_t bytes);
-
 // `rate` in bytes per second: "0 B/s", "1.00 KB/s", up to GB/s. The unit is chosen before rounding,
 // so that 1023.9 gives "1024 B/s".
 std::string FormatRate(float rate);

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <ctime>
 
+#include "controls/size_texts.h"
 #include "resources/strings.h"
 #include "views/file_type_names.h"
 #include "views/service_names.h"
@@ -12,14 +12,7 @@
 namespace updown {
 namespace {
 
-constexpr std::uint32_t kKilo = 1U << 10;
-constexpr std::uint32_t kMega = 1U << 20;
-constexpr std::uint32_t kGiga = 1U << 30;
-
-std::u16string Widen(const char* ascii) {
-  const std::string_view text(ascii);
-  return {text.begin(), text.end()};
-}
+std::u16string Widen(std::string_view ascii) { return {ascii.begin(), ascii.end()}; }
 
 char UpperAscii(char byte) {
   return byte >= 'a' && byte <= 'z' ? static_cast<char>(byte - 'a' + 'A') : byte;
@@ -53,25 +46,6 @@ AttachmentRecord::AttachmentRecord(const DirectoryEntry& entry, LongParam item)
       type(entry.type),
       treeItem(item) {}
 
-std::u16string SizeText(std::uint32_t bytes) {
-  if (bytes == 0) {
-    return {};
-  }
-  std::array<char, 32> text{};
-  if (bytes < kKilo) {
-    std::snprintf(text.data(), text.size(), "%u B", bytes);
-  } else if (bytes < kMega) {
-    std::snprintf(text.data(), text.size(), "%u KB", bytes / kKilo);
-  } else if (bytes < kGiga) {
-    std::snprintf(text.data(), text.size(), "%.2f MB",
-                  static_cast<double>(static_cast<float>(bytes / static_cast<double>(kMega))));
-  } else {
-    std::snprintf(text.data(), text.size(), "%.3f GB",
-                  static_cast<double>(static_cast<float>(bytes / static_cast<double>(kGiga))));
-  }
-  return Widen(text.data());
-}
-
 std::u16string TimeText(std::uint32_t seconds) {
   const std::time_t time = seconds;
   std::tm local{};
@@ -88,7 +62,7 @@ std::u16string AttachmentText(const AttachmentRecord& record, int column) {
     case attachment_column::kName:
       return Utf8ToWideName(record.name);
     case attachment_column::kSize:
-      return file ? SizeText(record.size) : std::u16string();
+      return file ? Widen(FormatSize(record.size)) : std::u16string();
     case attachment_column::kType:
       return file ? FileTypeName(Utf8ToWideName(record.name)) : u"File folder";
     case attachment_column::kTime:

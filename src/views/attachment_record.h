@@ -32,9 +32,6 @@ struct AttachmentRecord {
   LongParam treeItem;  // 0 for a file that the tree sends
 };
 
-// "512 B", "3 KB" (truncated), "1.50 MB", "1.000 GB"; empty for 0.
-std::u16string SizeText(std::uint32_t bytes);
-
 // "2008-01-15 09:30" in local time.
 std::u16string TimeText(std::uint32_t seconds);
 

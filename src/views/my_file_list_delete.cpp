@@ -1,10 +1,10 @@
 #include <QScopeGuard>
 
 #include "controls/boxes.h"
+#include "controls/busy_pointer.h"
 #include "engine/frame_messages.h"
 #include "engine/package.h"
 #include "service/result_codes.h"
-#include "views/busy_pointer.h"
 #include "views/my_file_list_form_view.h"
 #include "views/service_names.h"
 

@@ -8,10 +8,10 @@
 #include <array>
 
 #include "controls/boxes.h"
+#include "controls/busy_pointer.h"
 #include "engine/frame_messages.h"
 #include "engine/package.h"
 #include "platform/qt/text.h"
-#include "views/busy_pointer.h"
 #include "views/service_names.h"
 
 namespace updown {

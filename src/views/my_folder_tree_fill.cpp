@@ -1,6 +1,6 @@
+#include "controls/busy_pointer.h"
 #include "engine/frame_messages.h"
 #include "engine/package.h"
-#include "views/busy_pointer.h"
 #include "views/my_folder_tree.h"
 #include "views/package_names.h"
 #include "views/service_names.h"
@@ -137,13 +137,7 @@ void CMyFolderTree::FetchPackageIni(const std::u16string& name, const std::u16st
           1) {
     return;
   }
-  TaskDraft draft;
-  draft.displayName = WideToUtf8Name(name);
-  draft.remotePath = WideToUtf8Name(remotePath);
-  draft.sessid = frame_.Session().Sessid();
-  draft.serverName = frame_.Launch().serverName;
-  draft.serverPort = frame_.Launch().serverPort;
-  frame_.AddCacheDownload(false, draft);
+  frame_.AddCacheDownload(false, DraftOf(frame_, WideToUtf8Name(name), WideToUtf8Name(remotePath)));
 }
 
 bool CMyFolderTree::HaveFrame() {

@@ -2,10 +2,10 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 
+#include "controls/busy_pointer.h"
 #include "engine/frame_messages.h"
 #include "platform/text.h"
 #include "resources/string_id.h"
-#include "views/busy_pointer.h"
 #include "views/my_folder_tree.h"
 #include "views/service_names.h"
 

@@ -2,9 +2,9 @@
 #include <array>
 
 #include "controls/boxes.h"
+#include "controls/busy_pointer.h"
 #include "engine/frame_messages.h"
 #include "platform/qt/text.h"
-#include "views/busy_pointer.h"
 #include "views/my_form_view.h"
 #include "views/service_names.h"
 
@@ -103,13 +103,8 @@ bool CMyFormView::SaveSelectedAttachment() {
   if (SendWindowMessage(frameWindow_, frame_message::kIsDuplicate, 0, PointerParam(&path)) == 1) {
     return true;
   }
-  TaskDraft draft;
-  draft.displayName = WideToUtf8Name(localName);
-  draft.remotePath = WideToUtf8Name(path);
-  draft.sessid = frame_.Session().Sessid();
-  draft.serverName = frame_.Launch().serverName;
-  draft.serverPort = frame_.Launch().serverPort;
-  return frame_.AddUserDownload(true, draft);
+  return frame_.AddUserDownload(true,
+                                DraftOf(frame_, WideToUtf8Name(localName), WideToUtf8Name(path)));
 }
 
 std::u16string CMyFormView::PathOf(const std::u16string& name) const {

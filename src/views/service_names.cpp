@@ -11,7 +11,6 @@ namespace {
 constexpr char16_t kReplacement = u'\xFFFD';
 
 bool IsLeadSurrogate(char16_t unit) { return unit >= 0xD800 && unit < 0xDC00; }
-bool IsContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; }
 
 }  // namespace
 
@@ -27,17 +26,7 @@ std::u16string Utf8ToWideName(std::string_view name) {
   return wide;
 }
 
-std::string WideToUtf8Name(std::u16string_view name) {
-  std::string utf8 = WideToUtf8(name);
-  if (utf8.size() >= kPathCapacity) {
-    std::size_t end = kPathCapacity - 1;
-    while (end > 0 && IsContinuation(utf8[end])) {
-      --end;
-    }
-    utf8.resize(end);
-  }
-  return utf8;
-}
+std::string WideToUtf8Name(std::u16string_view name) { return WideToUtf8(name, kPathCapacity - 1); }
 
 bool FitsPath(std::u16string_view path) { return WideToUtf8(path).size() < kPathCapacity; }
 

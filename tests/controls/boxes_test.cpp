@@ -1,78 +1,75 @@
 #include "controls/boxes.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
-#include <QMessageBox>
-#include <QPushButton>
 #include <QTest>
-#include <QTimer>
 
+#include "controls/busy_pointer.h"
 #include "controls/icons.h"
 #include "resources/strings.h"
+#include "tests/support/person.h"
 
-namespace updown {
+namespace updown::test {
 namespace {
 
-// Runs `act` on the box as soon as it stands.
-template <typename Act>
-void WithBox(Act act) {
-  auto* timer = new QTimer(qApp);
-  timer->setSingleShot(true);
-  QObject::connect(timer, &QTimer::timeout, qApp, [act, timer] {
-    timer->deleteLater();
-    auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-    ASSERT_NE(box, nullptr);
-    EXPECT_EQ(box->objectName(), QStringLiteral("messageBox"));
-    act(*box);
-  });
-  timer->start(0);
-}
+bool Ask(QWidget* owner = nullptr) { return Confirm(owner, StringId::ConfirmDelete, u""); }
 
 TEST(BoxesTest, OnlyOkConfirms) {
+  Person person;
   for (const auto& [key, answer] : {std::pair{Qt::Key_Return, true}, {Qt::Key_Escape, false}}) {
-    WithBox([key = key](QMessageBox& box) { QTest::keyClick(&box, key); });
-    EXPECT_EQ(Confirm(nullptr, StringId::ConfirmDelete, u""), answer);
+    person.first = [key = key](QMessageBox& box) { QTest::keyClick(&box, key); };
+    EXPECT_EQ(Ask(), answer);
   }
-  WithBox([](QMessageBox& box) { box.close(); });
-  EXPECT_FALSE(Confirm(nullptr, StringId::ConfirmDelete, u""));
+  person.first = [](QMessageBox& box) { box.close(); };
+  EXPECT_FALSE(Ask());
 }
 
 TEST(BoxesTest, SpeaksTheLanguageInForce) {
+  Person person;
   SetStringLanguage(2052);
-  WithBox([](QMessageBox& box) {
-    EXPECT_EQ(box.text(), QStringLiteral("确定要进行该删除操作吗？"));
-    EXPECT_EQ(box.button(QMessageBox::Ok)->text(), QStringLiteral("确定"));
-    EXPECT_EQ(box.button(QMessageBox::Cancel)->text(), QStringLiteral("取消"));
-    box.reject();
-  });
-  EXPECT_FALSE(Confirm(nullptr, StringId::ConfirmDelete, u""));
+  person.first = [](QMessageBox& box) {
+    EXPECT_EQ(box.button(QMessageBox::Ok)->text(), u"确定"_qs);
+    EXPECT_EQ(box.button(QMessageBox::Cancel)->text(), u"取消"_qs);
+  };
+  EXPECT_TRUE(Ask());
+  EXPECT_THAT(person.seen, ::testing::ElementsAre("确定要进行该删除操作吗？"));
   SetStringLanguage(1033);
 }
 
 TEST(BoxesTest, SurvivesTheEndOfItsOwner) {
+  Person person;
   auto* owner = new QWidget;
-  WithBox([owner](QMessageBox& box) {
-    EXPECT_EQ(box.parentWidget(), owner);
-    delete owner;
-  });
-  EXPECT_FALSE(Confirm(owner, StringId::ConfirmRedo, u""));
+  person.first = [owner](QMessageBox&) { delete owner; };
+  EXPECT_FALSE(Ask(owner));
 }
 
-TEST(IconsTest, AllAreThereAtEachSize) {
-  for (const int number : {128, 132, 134, 135, 136, 137, 141, 142, 144, 146}) {
-    for (const int size : {16, 32, 48}) {
-      const QImage image = LoadIcon(number).pixmap(QSize(size, size)).toImage();
-      ASSERT_EQ(image.size(), QSize(size, size)) << number;
-      int opaque = 0;
-      for (int i = 0; i < size * size; ++i) {
-        opaque += qAlpha(image.pixel(i % size, i / size)) > 200 ? 1 : 0;
-      }
-      EXPECT_GT(opaque, size * size / 8) << number;
-      EXPECT_LT(opaque, size * size) << number;
+TEST(BusyPointerTest, StepsBackWhileABoxWaits) {
+  const auto busy = [] { return QApplication::overrideCursor() != nullptr; };
+  Person person;
+  person.first = [&busy](QMessageBox&) { EXPECT_FALSE(busy()); };
+  {
+    const BusyPointer outer;
+    {
+      const BusyPointer inner;
+      Ask();
+      EXPECT_TRUE(busy());
+      auto* owner = new QWidget;
+      person.first = [owner](QMessageBox&) { delete owner; };
+      Ask(owner);
     }
+    EXPECT_TRUE(busy());
+  }
+  EXPECT_FALSE(busy());
+  EXPECT_EQ(person.seen.size(), 2U);
+}
+
+TEST(IconsTest, AllAreThere) {
+  for (const int number : {128, 132, 134, 135, 136, 137, 141, 142, 144, 146}) {
+    const QImage image = LoadIcon(number).pixmap(QSize(16, 16)).toImage();
+    EXPECT_GT(qAlpha(image.scaled(1, 1, {}, Qt::SmoothTransformation).pixel(0, 0)), 30) << number;
   }
   EXPECT_TRUE(LoadIcon(129).isNull());
 }
 
 }  // namespace
-}  // namespace updown
+}  // namespace updown::test

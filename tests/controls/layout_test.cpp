@@ -5,6 +5,7 @@
 #include "controls/link_cells.h"
 #include "controls/list_layout.h"
 #include "controls/progress_painter.h"
+#include "controls/size_texts.h"
 #include "controls/sort_header_ctrl.h"
 
 namespace updown {
@@ -12,15 +13,32 @@ namespace {
 
 using Kind = ProgressCell::Kind;
 
+TEST(SizeTextsTest, ChangeUnitAtEachPowerOf1024) {
+  const std::pair<std::uint32_t, const char*> cases[] = {
+      {0, ""},
+      {1023, "1023 B"},
+      {1024, "1 KB"},
+      {1048575, "1023 KB"},
+      {1048576, "1.00 MB"},
+      {1610612, "1.54 MB"},
+      {1073741823, "1024.00 MB"},
+      {1073741824, "1.000 GB"},
+      {0xFFFFFFFF, "4.000 GB"},
+  };
+  for (const auto& [bytes, text] : cases) {
+    EXPECT_EQ(FormatSize(bytes), text);
+  }
+  EXPECT_EQ(FormatKiloBytes(0xFFFFFFFF), "4194303 KB");
+}
+
 TEST(ProgressCellTest, FollowsTheTask) {
-  struct Case {
+  constexpr auto kQueued = TransferState::Queued;
+  constexpr auto kStopped = TransferState::Stopped;
+  const struct {
     ProgressFacts facts;
     Kind kind;
     float percent = 0;
-  };
-  constexpr auto kQueued = TransferState::Queued;
-  constexpr auto kStopped = TransferState::Stopped;
-  const Case cases[] = {
+  } cases[] = {
       {{0, 0, kQueued, false, false}, Kind::WaitingBar},
       {{0, 0, kQueued, true, false}, Kind::WaitingBar},
       {{0, 0, kQueued, false, true}, Kind::Text},
@@ -51,17 +69,12 @@ TEST(BarGeometryTest, LeavesAQuarterOfTheRow) {
 }
 
 TEST(HintGeometryTest, StandsAtThreeEighthsOrBelowOneLine) {
-  struct Case {
-    int height;
-    int line;
-    int top;
-  };
   // Not higher than two lines: one line down; 3/8 of the height, but never above one line.
-  for (const Case& c :
-       {Case{400, 16, 150}, {32, 16, 16}, {33, 16, 16}, {43, 16, 16}, {48, 16, 18}, {16, 16, 16}}) {
-    const HintGeometry hint = LayOutHint(QRect(1, 2, 300, c.height), c.line);
-    EXPECT_EQ(hint.text, QRect(1, 2 + c.top, 300, c.height - c.top)) << c.height;
-    EXPECT_EQ(hint.cover, QRect(1, 2 + c.line, 300, c.top - c.line)) << c.height;
+  for (const auto& [height, line, top] : std::initializer_list<std::array<int, 3>>{
+           {400, 16, 150}, {32, 16, 16}, {43, 16, 16}, {48, 16, 18}, {16, 16, 16}}) {
+    const HintGeometry hint = LayOutHint(QRect(1, 2, 300, height), line);
+    EXPECT_EQ(hint.text, QRect(1, 2 + top, 300, height - top)) << height;
+    EXPECT_EQ(hint.cover, QRect(1, 2 + line, 300, top - line)) << height;
   }
   EXPECT_TRUE(LayOutHint(QRect(0, 0, 300, 5), 16).text.isEmpty());
 }
@@ -74,13 +87,13 @@ TEST(SortArrowTest, TurnsWithTheDirection) {
       {{true, {188, 6}, {194, 17}}, {true, {194, 17}, {180, 17}}, {false, {181, 17}, {188, 5}}}};
   const Strokes down{
       {{true, {193, 6}, {187, 18}}, {false, {186, 18}, {181, 6}}, {false, {181, 6}, {193, 6}}}};
-  for (std::size_t i = 0; i < up.size(); ++i) {
-    for (const bool ascending : {true, false}) {
-      const ArrowStroke want = ascending ? up.at(i) : down.at(i);
-      const ArrowStroke got = SortArrow(item, ascending).at(i);
-      EXPECT_EQ(got.light, want.light) << i << ascending;
-      EXPECT_EQ(got.from, want.from) << i << ascending;
-      EXPECT_EQ(got.to, want.to) << i << ascending;
+  for (const bool ascending : {true, false}) {
+    const Strokes arrow = SortArrow(item, ascending);
+    for (std::size_t i = 0; i < arrow.size(); ++i) {
+      const ArrowStroke& want = ascending ? up.at(i) : down.at(i);
+      EXPECT_EQ(std::tie(arrow.at(i).light, arrow.at(i).from, arrow.at(i).to),
+                std::tie(want.light, want.from, want.to))
+          << i << ascending;
     }
   }
   EXPECT_EQ(HeaderTextRect(item, false), QRect(106, 0, 88, 24));
@@ -91,51 +104,41 @@ TEST(SortHeaderTest, NewColumnStartsUpAndTheSameOneTurns) {
   CSortHeaderCtrl header;
   EXPECT_EQ(header.GetSortColumn(), -1);
   EXPECT_TRUE(header.GetAscending());
-  struct Step {
-    int column;
-    bool ascending;
-  };
-  for (const Step& step :
-       {Step{2, true}, {2, false}, {2, true}, {2, false}, {0, true}, {2, true}}) {
-    header.SetSortColumn(step.column);
-    EXPECT_EQ(header.GetSortColumn(), step.column);
-    EXPECT_EQ(header.GetAscending(), step.ascending);
+  for (const auto& [column, ascending] : {std::pair{2, true}, {2, false}, {2, true}, {0, true}}) {
+    header.SetSortColumn(column);
+    EXPECT_EQ(header.GetSortColumn(), column);
+    EXPECT_EQ(header.GetAscending(), ascending);
   }
 }
 
 TEST(LinkCellsTest, TextStandsByTheColumnsAlignment) {
   const QRect label(100, 20, 50, 20);
   EXPECT_EQ(LinkTextRectIn(label, {28, 15}, Qt::AlignLeft), QRect(106, 22, 28, 16));
-  EXPECT_EQ(LinkTextRectIn(label, {28, 15}, {}), QRect(106, 22, 28, 16));
   EXPECT_EQ(LinkTextRectIn(label, {28, 15}, Qt::AlignRight), QRect(116, 22, 28, 16));
   EXPECT_EQ(LinkTextRectIn(label, {28, 15}, Qt::AlignHCenter), QRect(111, 22, 28, 16));
   EXPECT_TRUE(LinkTextRectIn(label, {0, 15}, Qt::AlignHCenter).isEmpty());
 }
 
 TEST(LinkCellsTest, HoverFollowsTheMouse) {
-  struct Case {
+  const struct {
     LinkHit last;
     bool lastIsLink;
     LinkHit now;
-    std::vector<std::array<int, 3>> changes;
-  };
-  const Case cases[] = {
-      {{0, 0, false}, false, {0, 4, true}, {{0, 4, 1}}},
-      {{0, 4, true}, true, {0, 4, true}, {}},
-      {{0, 4, true}, true, {0, 4, false}, {{0, 4, 0}}},  // into the empty part of the cell
-      {{0, 4, false}, true, {0, 4, true}, {{0, 4, 1}}},
-      {{0, 4, true}, true, {1, 4, true}, {{0, 4, 0}, {1, 4, 1}}},
-      {{0, 4, true}, true, {-1, -1, false}, {{0, 4, 0}}},  // off the rows
-      {{0, 4, false}, true, {1, 4, false}, {}},
-      {{-1, -1, false}, false, {0, 4, true}, {{0, 4, 1}}},
+    const char* changes;  // row, column, and "+" or "-"
+  } cases[] = {
+      {{0, 0, false}, false, {0, 4, true}, "04+"},  {{0, 4, true}, true, {0, 4, true}, ""},
+      {{0, 4, true}, true, {0, 4, false}, "04-"},  // into the empty part of the cell
+      {{0, 4, false}, true, {0, 4, true}, "04+"},   {{0, 4, true}, true, {1, 4, true}, "04-14+"},
+      {{0, 4, true}, true, {-1, -1, false}, "04-"},  // off the rows
+      {{0, 4, false}, true, {1, 4, false}, ""},     {{-1, -1, false}, false, {0, 4, true}, "04+"},
   };
   for (std::size_t i = 0; i < std::size(cases); ++i) {
-    const auto changes = HoverChanges(cases[i].last, cases[i].lastIsLink, cases[i].now);
-    ASSERT_EQ(changes.size(), cases[i].changes.size()) << "case " << i;
-    for (std::size_t k = 0; k < changes.size(); ++k) {
-      const std::array<int, 3> got{changes[k].row, changes[k].column, changes[k].hover ? 1 : 0};
-      EXPECT_EQ(got, cases[i].changes[k]) << "case " << i;
+    std::string changes;
+    for (const auto& change : HoverChanges(cases[i].last, cases[i].lastIsLink, cases[i].now)) {
+      changes += std::to_string(change.row) + std::to_string(change.column);
+      changes += change.hover ? '+' : '-';
     }
+    EXPECT_EQ(changes, cases[i].changes) << "case " << i;
   }
 }
 

@@ -4,7 +4,6 @@
 
 #include <QContextMenuEvent>
 #include <QHeaderView>
-#include <QScrollBar>
 #include <QSignalSpy>
 #include <QStandardItemModel>
 #include <QTest>
@@ -26,19 +25,19 @@ class ListCtrlExTest : public testing::Test {
     list_.show();
   }
 
-  TransferTask& Add(std::uint32_t total, std::uint32_t done, TransferState state) {
+  TransferRecord& Add(std::uint32_t total, std::uint32_t done, TransferState state) {
     auto task = std::make_shared<TransferTask>();
-    task->id = static_cast<TaskId>(tasks_.size()) + 1;
+    const int number = static_cast<int>(tasks_.size()) + 1;
+    task->id = static_cast<TaskId>(number);
     task->record = std::make_shared<TransferRecord>();
     task->record->totalBytes = total;
     task->record->doneBytes = done;
     task->record->state = state;
-    QList<QStandardItem*> row{new QStandardItem, new QStandardItem, new QStandardItem,
-                              new QStandardItem(QStringLiteral("own"))};
-    row[0]->setData(static_cast<int>(task->id));
-    tasks_[static_cast<int>(task->id)] = task;
-    model_.appendRow(row);
-    return *task;
+    tasks_[number] = task;
+    model_.appendRow(
+        {new QStandardItem, new QStandardItem, new QStandardItem, new QStandardItem(u"own"_qs)});
+    model_.item(model_.rowCount() - 1, 0)->setData(number);
+    return *task->record;
   }
 
   QList<CProgressPainter*> Bars() {
@@ -47,7 +46,16 @@ class ListCtrlExTest : public testing::Test {
     std::sort(bars.begin(), bars.end(), [](auto* a, auto* b) { return a->y() < b->y(); });
     return bars;
   }
-  QString BarsCell(int row) const { return model_.item(row, kBars)->text(); }
+  bool HintShown() {
+    QCoreApplication::processEvents();
+    const auto* hint = list_.findChild<CTransparentStatic*>(u"hintText"_qs);
+    return hint != nullptr && hint->isVisible();
+  }
+  void RightClick(const QPoint& point) {
+    QContextMenuEvent event(QContextMenuEvent::Mouse, point, list_.viewport()->mapToGlobal(point));
+    QCoreApplication::sendEvent(list_.viewport(), &event);
+  }
+  QPoint BelowTheRows() const { return {5, list_.viewport()->height() - 2}; }
 
   QStandardItemModel model_;
   QMap<int, TaskPointer> tasks_;
@@ -61,52 +69,45 @@ TEST_F(ListCtrlExTest, BarsStandOverTheirCells) {
   Add(0, 0, TransferState::Stopped);
   const auto bars = Bars();
   ASSERT_EQ(bars.size(), 2);
-  EXPECT_TRUE(bars[0]->Waiting());
   EXPECT_TRUE(bars[0]->Blinking());
   EXPECT_FALSE(bars[1]->Waiting());
-  EXPECT_EQ(bars[1]->Text(), QStringLiteral("25.00%"));
+  EXPECT_EQ(bars[1]->Text(), u"25.00%"_qs);
   const QRect row = list_.visualRect(model_.index(1, 0));
   EXPECT_EQ(bars[1]->y(), row.y() + row.height() / 4 - 2);
   EXPECT_EQ(bars[1]->x(), list_.columnViewportPosition(kBars));
-  EXPECT_EQ(BarsCell(2), QStringLiteral("own"));
-  EXPECT_EQ(BarsCell(3), QStringLiteral("N/A"));
-
-  list_.header()->resizeSection(0, 33);
+  EXPECT_EQ(model_.item(2, kBars)->text(), u"own"_qs);
+  EXPECT_EQ(model_.item(3, kBars)->text(), u"N/A"_qs);
   list_.header()->moveSection(kBars, 0);
   EXPECT_EQ(Bars()[1]->x(), 0);
 }
 
 TEST_F(ListCtrlExTest, BarsKeepTheirIdentityAndFollowTheData) {
   Add(1000, 0, TransferState::Finished);
-  TransferTask& task = Add(0, 0, TransferState::Queued);
-  CProgressPainter* const bar = Bars().value(0);
-  ASSERT_NE(bar, nullptr);
+  TransferRecord& record = Add(0, 0, TransferState::Queued);
+  const auto bars = Bars();
+  ASSERT_EQ(bars.size(), 1);
   list_.resize(500, 220);
-  EXPECT_EQ(Bars(), QList<CProgressPainter*>{bar});
   model_.removeRow(0);
-  EXPECT_EQ(Bars(), QList<CProgressPainter*>{bar});
-
-  task.record->totalBytes = 1000;
-  task.record->doneBytes = 500;
-  model_.item(0, 1)->setText(QStringLiteral("changed"));
-  EXPECT_EQ(Bars(), QList<CProgressPainter*>{bar});
-  EXPECT_EQ(bar->Text(), QStringLiteral("50.00%"));
-  EXPECT_FALSE(bar->Blinking());
-
-  task.record->state = TransferState::Failed;
-  model_.item(0, 1)->setText(QStringLiteral("failed"));
+  record.totalBytes = 1000;
+  record.doneBytes = 500;
+  model_.item(0, 1)->setText(u"changed"_qs);
+  EXPECT_EQ(Bars(), bars);
+  EXPECT_EQ(bars[0]->Text(), u"50.00%"_qs);
+  EXPECT_FALSE(bars[0]->Blinking());
+  record.state = TransferState::Failed;
+  model_.item(0, 1)->setText(u"failed"_qs);
   EXPECT_TRUE(Bars().isEmpty());
 }
 
 TEST_F(ListCtrlExTest, OnlyRowsInViewHaveBars) {
-  for (int i = 0; i < 500; ++i) {
-    Add(1000, static_cast<std::uint32_t>(i), TransferState::Queued);
+  for (std::uint32_t done = 0; done < 500; ++done) {
+    Add(1000, done, TransferState::Queued);
   }
   EXPECT_LT(Bars().size(), 20);
   list_.scrollTo(model_.index(499, 0));
   const auto bars = Bars();
   EXPECT_LT(bars.size(), 20);
-  EXPECT_EQ(bars.back()->Text(), QStringLiteral("49.90%"));
+  EXPECT_EQ(bars.back()->Text(), u"49.90%"_qs);
 }
 
 TEST_F(ListCtrlExTest, PaintingCausesNoFurtherPainting) {
@@ -132,35 +133,27 @@ TEST_F(ListCtrlExTest, PaintingCausesNoFurtherPainting) {
 
 TEST_F(ListCtrlExTest, HintStandsWhileThereAreNoRows) {
   list_.EnableHint(true);
-  const auto shown = [this] {
-    QCoreApplication::processEvents();
-    const auto* hint = list_.findChild<CTransparentStatic*>(QStringLiteral("hintText"));
-    return hint != nullptr && hint->isVisible();
-  };
-  EXPECT_TRUE(shown());
+  EXPECT_TRUE(HintShown());
   Add(1, 1, TransferState::Finished);
-  EXPECT_FALSE(shown());
+  EXPECT_FALSE(HintShown());
   model_.removeRows(0, 1);
-  EXPECT_TRUE(shown());
+  EXPECT_TRUE(HintShown());
   list_.EnableHint(false);
-  EXPECT_FALSE(shown());
+  EXPECT_FALSE(HintShown());
 }
 
 TEST_F(ListCtrlExTest, DeleteKeyAsksForTasksThatDoNotRun) {
-  Add(9, 0, TransferState::Queued);
-  Add(9, 0, TransferState::Stopped);
-  Add(9, 0, TransferState::Finished);
-  Add(9, 0, TransferState::Failed);
+  using State = TransferState;
   const QSignalSpy requests(&list_, &CListCtrlEx::DeleteRequested);
-  QTest::keyClick(&list_, Qt::Key_Delete);
-  EXPECT_EQ(requests.count(), 0);
-  const int expected[] = {0, 1, 2, 3};
-  for (int row = 0; row < 4; ++row) {
-    list_.SelectRow(row);
-    EXPECT_EQ(list_.SelectedRow(), row);
+  QTest::keyClick(&list_, Qt::Key_Delete);  // without a row
+  int expected = 0;
+  for (const State state : {State::Queued, State::Stopped, State::Finished, State::Failed}) {
+    Add(9, 0, state);
+    list_.SelectRow(model_.rowCount() - 1);
     QTest::keyClick(&list_, Qt::Key_Delete);
     QTest::keyClick(&list_, Qt::Key_Backspace);
-    EXPECT_EQ(requests.count(), expected[row]) << row;
+    expected += state == State::Queued ? 0 : 1;
+    EXPECT_EQ(requests.count(), expected);
   }
 }
 
@@ -168,14 +161,10 @@ TEST_F(ListCtrlExTest, RowMenuOpensByMouseAndKeyboard) {
   Add(9, 0, TransferState::Stopped);
   Add(9, 0, TransferState::Stopped);
   QSignalSpy menus(&list_, &CListCtrlEx::RowMenuRequested);
-  const auto byMouse = [this](const QPoint& point) {
-    QContextMenuEvent event(QContextMenuEvent::Mouse, point, list_.viewport()->mapToGlobal(point));
-    QCoreApplication::sendEvent(list_.viewport(), &event);
-  };
   QTest::keyClick(&list_, Qt::Key_F10, Qt::ShiftModifier);
-  byMouse(QPoint(5, list_.viewport()->height() - 2));
+  RightClick(BelowTheRows());
   EXPECT_EQ(menus.count(), 0);
-  byMouse(list_.visualRect(model_.index(1, 2)).center());
+  RightClick(list_.visualRect(model_.index(1, 2)).center());
   ASSERT_EQ(menus.count(), 1);
   EXPECT_EQ(menus[0][0].toInt(), 1);
   EXPECT_EQ(list_.SelectedRow(), 1);
@@ -186,9 +175,7 @@ TEST_F(ListCtrlExTest, RowMenuOpensByMouseAndKeyboard) {
   ASSERT_EQ(menus.count(), 3);
   const QPoint inList = list_.viewport()->mapFromGlobal(menus[2][1].toPoint());
   EXPECT_TRUE(list_.visualRect(model_.index(1, 0)).contains(inList));
-
-  QTest::mouseClick(list_.viewport(), Qt::LeftButton, {},
-                    QPoint(5, list_.viewport()->height() - 2));
+  QTest::mouseClick(list_.viewport(), Qt::LeftButton, {}, BelowTheRows());
   EXPECT_EQ(list_.SelectedRow(), -1);
 }
 

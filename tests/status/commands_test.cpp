@@ -8,8 +8,6 @@ namespace updown::test {
 namespace {
 
 namespace fs = std::filesystem;
-using Column = StatusColumn;
-using State = TransferState;
 
 class StatusCommands : public WindowWorld {
  protected:
@@ -23,15 +21,14 @@ class StatusCommands : public WindowWorld {
 TEST_F(StatusCommands, PauseStopsQueuedTasksOnly) {
   const TaskPointer folder = AddTask(State::Queued, 0, 0, true);
   const TaskPointer failed = AddTask(State::Failed);
-  list_->SelectRow(-1);
-  window_.findChild<QAction*>(u"pause"_qs)->trigger();  // nothing to work on
+  Choose(-1, u"pause"_qs);
   EXPECT_EQ(folder->record->state, State::Queued);
   Choose(0, u"pause"_qs);
   Choose(1, u"pause"_qs);
   EXPECT_EQ(folder->record->state, State::Stopped);
   EXPECT_EQ(folder->childRecord->state, State::Stopped);
   EXPECT_EQ(failed->record->state, State::Failed);
-  EXPECT_EQ(frame_.wakes, 0);
+  EXPECT_EQ(Asked("wake"), 0);
 }
 
 TEST_F(StatusCommands, ResumeGoesOnWhereItStood) {
@@ -48,9 +45,7 @@ TEST_F(StatusCommands, ResumeGoesOnWhereItStood) {
   EXPECT_EQ(task->record->statistics.lastSampleTick, 77U);
   EXPECT_EQ(task->lastResult, 0);
   EXPECT_FALSE(task->Running());
-  EXPECT_EQ(frame_.wakes, 1);
-  EXPECT_EQ(frame_.connections, 0);
-  EXPECT_TRUE(boxes_.empty());
+  EXPECT_THAT(frame_.log, ::testing::ElementsAre("wake"));
 }
 
 TEST_F(StatusCommands, ARefusedSessionIsOpenedAnew) {
@@ -67,41 +62,39 @@ TEST_F(StatusCommands, ARefusedSessionIsOpenedAnew) {
       EXPECT_EQ(task->Sessid(), reachable ? frame_.grantedSessid : "old");
     }
   }
-  EXPECT_EQ(frame_.wakes, 2);
-  EXPECT_EQ(boxes_.size(), 1U);  // the question of the Redo that could go on
-  EXPECT_EQ(frame_.connections, 4);
+  EXPECT_EQ(Asked("wake"), 2);
+  EXPECT_EQ(Asked("connect"), 4);
+  EXPECT_EQ(person_.seen.size(), 1U);  // the question of the Redo that could go on
 }
 
 TEST_F(StatusCommands, RedoBeginsFromNothing) {
   const TaskPointer task = AddTask(State::Finished, 5000, 5000, true);
-  fs::create_directory(task->record->LocalPath());
-  WriteFile(task->record->LocalPath() + "/inside", "x");
-  task->record->remoteTime = 9;
+  TransferRecord& record = *task->record;
+  fs::create_directory(record.LocalPath());
+  WriteFile(record.LocalPath() + "/inside", "x");
+  record.remoteTime = 9;
   task->childRecord->doneBytes = 7;
   task->childRecord->state = State::Finished;
-  task->lastResult = 8194;
   ticks_.now += 10;
-  Send(frame_message::kTaskState, task->id, 0);
+  TaskState(*task, 0);
 
-  answer_ = QMessageBox::Cancel;
+  person_.answer = QMessageBox::Cancel;
   Choose(0, u"redo"_qs);
-  EXPECT_EQ(task->record->state, State::Finished);
-  EXPECT_TRUE(fs::exists(task->record->LocalPath()));
+  EXPECT_EQ(record.state, State::Finished);
+  EXPECT_TRUE(fs::exists(record.LocalPath()));
 
-  answer_ = QMessageBox::Ok;
+  person_.answer = QMessageBox::Ok;
   Choose(0, u"redo"_qs);
-  EXPECT_EQ(boxes_.back(), "Are you sure you want to redo the task?");
-  const TransferRecord& record = *task->record;
+  EXPECT_EQ(person_.seen.back(), "Are you sure you want to redo the task?");
   EXPECT_EQ(record.state, State::Queued);
   EXPECT_EQ(record.totalBytes + record.doneBytes + record.remoteTime, 0U);
   EXPECT_EQ(record.statistics.elapsedTicks + record.statistics.startBytes, 0U);
   EXPECT_EQ(record.statistics.startTick, ticks_.now);
   EXPECT_EQ(task->childRecord->doneBytes, 0U);
   EXPECT_EQ(task->childRecord->state, State::Queued);
-  EXPECT_EQ(task->lastResult, 0);
-  EXPECT_EQ(Cell(0, Column::Progress) + Cell(0, Column::Rate) + Cell(0, Column::Remaining), "");
+  EXPECT_EQ(Course(0), "4 KB|||");
   EXPECT_FALSE(fs::exists(record.LocalPath()));
-  EXPECT_EQ(frame_.wakes, 1);
+  EXPECT_EQ(Asked("wake"), 1);
 }
 
 TEST_F(StatusCommands, RedoOfAFinishedTaskKeepsTheLimit) {
@@ -111,25 +104,25 @@ TEST_F(StatusCommands, RedoOfAFinishedTaskKeepsTheLimit) {
     AddTask(State::Stopped);
   }
   Choose(0, u"redo"_qs);
-  EXPECT_EQ(boxes_.back(),
+  EXPECT_EQ(person_.seen.back(),
             "The maximum number of data streams has been reached. Operation aborted.");
   EXPECT_EQ(finished->record->state, State::Finished);
   EXPECT_TRUE(fs::exists(file));
   Choose(1, u"redo"_qs);  // one of the five counts already
-  EXPECT_EQ(frame_.wakes, 1);
+  EXPECT_EQ(Asked("wake"), 1);
 }
 
 TEST_F(StatusCommands, DeleteTakesPartialFilesAlong) {
   for (const State state : {State::Queued, State::Stopped, State::Failed, State::Finished}) {
     const TaskPointer task = AddTask(state, 4, 8, state == State::Queued);
     const std::string file = MakeFile(*task);
-    answer_ = QMessageBox::Cancel;
+    person_.answer = QMessageBox::Cancel;
     Choose(0, u"delete"_qs);
     EXPECT_EQ(Rows(), 1);
     EXPECT_EQ(task->record->state, state);
-    answer_ = QMessageBox::Ok;
+    person_.answer = QMessageBox::Ok;
     Choose(0, u"delete"_qs);
-    EXPECT_EQ(boxes_.back(), "Are you sure you want to make this deletion?");
+    EXPECT_EQ(person_.seen.back(), "Are you sure you want to make this deletion?");
     EXPECT_EQ(fs::exists(file), state == State::Finished);
     EXPECT_EQ(Rows(), 0);
     EXPECT_EQ(frame_.Tasks().Find(task->id), nullptr);
@@ -145,45 +138,31 @@ TEST_F(StatusCommands, DeleteWhileTheWorkerRuns) {
   EXPECT_EQ(held->record->state, State::Stopped);
   // What the worker still says is about a task that is gone.
   BlockDone(*held);
-  Send(frame_message::kTaskState, held->id, -8194);
+  TaskState(*held, -8194);
   EXPECT_EQ(held->lastResult, 0);
   const std::weak_ptr<TransferTask> task = held;
   held.reset();
   EXPECT_TRUE(task.expired());
 }
 
-TEST_F(StatusCommands, DeleteFindsTheRowAfterTheQuestion) {
+TEST_F(StatusCommands, DeleteLeavesWhatIsTheUsersOwn) {
   AddTask(State::Stopped);
   const TaskPointer second = AddTask(State::Stopped);
-  // While the question stands, the task finishes: its file is the user's now.
+  // While the question stands, the task finishes.
   const std::string file = MakeFile(*second);
-  whileAsked_ = [&second] { second->record->state = State::Finished; };
+  person_.first = [&second](QMessageBox&) { second->record->state = State::Finished; };
   Choose(1, u"delete"_qs);
   EXPECT_EQ(Rows(), 1);
   EXPECT_EQ(Cell(0, Column::SourceEnd), "/pkg/file1");
   EXPECT_TRUE(fs::exists(file));
-}
 
-TEST_F(StatusCommands, AnUploadsTargetIsNoLocalPath) {
-  const TaskPointer task = AddTask(State::Failed);
-  task->record->direction = 1;
-  const std::string here = disk_.File("here");
-  WriteFile(here, "mine");
-  task->record->SetPaths({here, disk_.File("source")});
-  Choose(0, u"delete"_qs);
-  EXPECT_EQ(Rows(), 0);
-  EXPECT_TRUE(fs::exists(here));
-}
-
-TEST_F(StatusCommands, DeleteKeyLeavesQueuedTasksAlone) {
-  window_.show();
-  const TaskPointer task = AddTask(State::Queued);
-  list_->SelectRow(0);
-  QTest::keyClick(list_, Qt::Key_Delete);
-  EXPECT_TRUE(boxes_.empty());
-  task->record->state = State::Failed;
-  QTest::keyClick(list_, Qt::Key_Delete);
-  EXPECT_EQ(Rows(), 0);
+  // An upload's target is no local path.
+  const TaskPointer upload = AddTask(State::Failed);
+  upload->record->direction = 1;
+  upload->record->SetPaths({file, disk_.File("source")});
+  Choose(1, u"delete"_qs);
+  EXPECT_EQ(Rows(), 1);
+  EXPECT_TRUE(fs::exists(file));
 }
 
 TEST_F(StatusCommands, OpensAndMoves) {
@@ -191,27 +170,27 @@ TEST_F(StatusCommands, OpensAndMoves) {
   const std::string file = MakeFile(*task);
   Choose(0, u"openFile"_qs);
   Choose(0, u"openFolder"_qs);
-  EXPECT_EQ(opened_, (std::vector<std::string>{"file " + file, "folder " + file}));
-
-  Choose(0, u"moveFile"_qs);  // no folder chosen
-  chosenFolder_ = FromUtf8(disk_.File("missing"));
-  Choose(0, u"moveFile"_qs);
-  EXPECT_EQ(task->record->LocalPath(), file);
-  EXPECT_EQ(Cell(0, Column::TargetEnd), file);
+  EXPECT_EQ(opened_, (Log{"file " + file, "folder " + file}));
 
   fs::create_directory(disk_.File("other"));
-  chosenFolder_ = FromUtf8(disk_.File("other/"));
-  Choose(0, u"moveFile"_qs);
-  EXPECT_EQ(task->record->LocalPath(), disk_.File("other/file1"));
-  EXPECT_EQ(Cell(0, Column::TargetEnd), disk_.File("other/file1"));
-  EXPECT_EQ(ReadFile(disk_.File("other/file1")), "part");
+  const std::pair<std::string, std::string> moves[] = {
+      {"", file}, {disk_.File("missing"), file}, {disk_.File("other/"), disk_.File("other/file1")}};
+  for (const auto& [folder, path] : moves) {
+    chosenFolder_ = FromUtf8(folder);
+    Choose(0, u"moveFile"_qs);
+    EXPECT_EQ(task->record->LocalPath(), path);
+    EXPECT_EQ(Cell(0, Column::TargetEnd), path);
+    EXPECT_EQ(ReadFile(path), "part");
+  }
 }
 
-TEST_F(StatusCommands, TheMenuOpensOnTheRowByKey) {
+TEST_F(StatusCommands, TheKeyboardReachesThemAll) {
   window_.show();
   AddTask(State::Finished);
   const TaskPointer task = AddTask(State::Queued, 1, 2);
   list_->SelectRow(1);
+  QTest::keyClick(list_, Qt::Key_Delete);
+  EXPECT_TRUE(person_.seen.empty()) << "a queued task is left alone";
   QTest::keyClick(list_, Qt::Key_F10, Qt::ShiftModifier);
   auto* const menu = window_.findChild<QMenu*>(u"statusMenu"_qs);
   ASSERT_TRUE(menu->isVisible());
@@ -220,10 +199,11 @@ TEST_F(StatusCommands, TheMenuOpensOnTheRowByKey) {
     enabled += action->isEnabled() ? ToUtf8(action->objectName()) + " " : "";
   }
   EXPECT_EQ(enabled, "pause openFolder ");
-  // With the keyboard alone: the one item that stands first is Pause.
   QTest::keyClick(menu, Qt::Key_Down);
   QTest::keyClick(menu, Qt::Key_Return);
   EXPECT_EQ(task->record->state, State::Stopped);
+  QTest::keyClick(list_, Qt::Key_Delete);
+  EXPECT_EQ(Rows(), 1);
 }
 
 }  // namespace

@@ -39,37 +39,24 @@ class RateStatistics : public testing::Test {
 
 TEST_F(RateStatistics, SmoothsOverFiveSamples) {
   Start(1000, 0);
-  struct Step {
-    std::uint32_t after;
-    std::uint32_t moved;
-    float rate;
-  };
-  const Step steps[] = {
+  const std::tuple<std::uint32_t, std::uint32_t, float> steps[] = {
       {1000, 2048, 2048},     // fills all five
       {1000, 0, 1638.4F},     // a stall takes a fifth off: 8192 / 5
       {500, 1024, 1638.4F},   // 2048 B/s again
       {2000, 8192, 2048},     // 4096 B/s: 10240 / 5
       {1000, 1024, 1843.2F},  // 9216 / 5
       {1000, 512, 1536},      // in the place of the first: 7680 / 5
-      {1000, 1000, 1736},     // in the place of the stall: 8680 / 5
+      {0, 500, kRefused},     // no time has passed: counts in the next one
+      {1000, 500, 1736},      // in the place of the stall: 8680 / 5
   };
-  for (const Step& step : steps) {
-    EXPECT_FLOAT_EQ(Sample(step.after, step.moved), step.rate);
+  for (const auto& [after, moved, rate] : steps) {
+    EXPECT_FLOAT_EQ(Sample(after, moved), rate);
   }
   EXPECT_EQ(Statistics().elapsedTicks, 7500U);
   EXPECT_EQ(Statistics().lastSampleTick, 8500U);
   EXPECT_EQ(Statistics().startTick, 1000U);
   EXPECT_NEAR(RemainingSeconds(Record(), 1736), 6200 / 1736.0, 1e-9);
-}
-
-TEST_F(RateStatistics, RefusesASampleWithoutTime) {
-  Start(1000, 0);
-  Sample(1000, 500);
-  EXPECT_EQ(Sample(0, 700), kRefused);
   EXPECT_EQ(Average(0), kRefused);
-  EXPECT_EQ(Statistics().elapsedTicks, 1000U);
-  // What came in meanwhile counts in the next one: 1000 bytes in a second, beside four of 500 B/s.
-  EXPECT_FLOAT_EQ(Sample(1000, 300), 600);
 }
 
 TEST_F(RateStatistics, GoesOverTheWrapOfTicksAndBytes) {

@@ -1,27 +1,12 @@
+// The arithmetic behind the window's rows and menu, without a window.
 #include "status/transfer_texts.h"
 
 #include <gtest/gtest.h>
 
+#include "status/menu_rules.h"
+
 namespace updown {
 namespace {
-
-TEST(TransferTexts, TellsSizes) {
-  const std::pair<std::uint32_t, const char*> cases[] = {{0, ""},
-                                                         {1, "1 B"},
-                                                         {1023, "1023 B"},
-                                                         {1024, "1 KB"},
-                                                         {2047, "1 KB"},
-                                                         {1048575, "1023 KB"},
-                                                         {1048576, "1.00 MB"},
-                                                         {1610612, "1.54 MB"},
-                                                         {1073741823, "1024.00 MB"},
-                                                         {1073741824, "1.000 GB"},
-                                                         {0xFFFFFFFF, "4.000 GB"}};
-  for (const auto& [bytes, text] : cases) {
-    EXPECT_EQ(FormatSize(bytes), text) << bytes;
-  }
-  EXPECT_EQ(FormatKiloBytes(0xFFFFFFFF), "4194303 KB");
-}
 
 TEST(TransferTexts, TellsRates) {
   const std::pair<float, const char*> cases[] = {
@@ -39,6 +24,30 @@ TEST(TransferTexts, TellsRemainingTime) {
       {360000, "100 : 00 : 00 "}, {4294967296.0, "1193046 : 28 : 16 "}};
   for (const auto& [seconds, text] : cases) {
     EXPECT_EQ(FormatRemaining(seconds), text) << seconds;
+  }
+}
+
+// One letter for each command that is on: Pause, Resume, Redo, Delete, File, folder (o), Move.
+std::string Enabled(TransferState state, bool running, bool bytesMoved) {
+  const std::string letters = "PRdDFoM";
+  std::string enabled;
+  const EnabledCommands commands = CommandsFor(state, running, bytesMoved);
+  for (std::size_t index = 0; index < commands.size(); ++index) {
+    enabled += commands[index] ? letters.substr(index, 1) : "";
+  }
+  return enabled;
+}
+
+TEST(MenuRules, OffersWhatAStateAllows) {
+  using State = TransferState;
+  for (const bool other : {false, true}) {
+    EXPECT_EQ(Enabled(State::Queued, other, false), "");
+    EXPECT_EQ(Enabled(State::Queued, other, true), "Po");
+    EXPECT_EQ(Enabled(State::Stopped, true, other), "o");
+    EXPECT_EQ(Enabled(State::Stopped, false, other), "RdDo");
+    EXPECT_EQ(Enabled(State::Finished, other, true), "dDFoM");
+    EXPECT_EQ(Enabled(State::Failed, other, false), "RdDo");
+    EXPECT_EQ(Enabled(static_cast<State>(9), other, true), "D");
   }
 }
 

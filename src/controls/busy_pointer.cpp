@@ -1,4 +1,4 @@
-#include "views/busy_pointer.h"
+#include "controls/busy_pointer.h"
 
 #include <QApplication>
 #include <QEvent>

@@ -5,7 +5,7 @@
 namespace updown {
 
 // Shows the pointer as busy while it lives, except while a message box waits for the user.
-// Main thread, on the stack.
+// May be nested. Main thread, on the stack.
 class BusyPointer : public QObject {
  public:
   BusyPointer();
