@@ -90,40 +90,33 @@ TEST_F(FolderRequestsTest, PathsThatDoNotFitNeverReachTheService) {
   EXPECT_TRUE(served_.Service().Requests().empty());
 }
 
-struct RemovalCase {
-  const char* what;
-  peer::Fault fault;
-  int result;
-  int report;
-  std::ptrdiff_t filesLeft;
-};
-
-class RemovalTest : public FolderRequestsTest, public testing::WithParamInterface<RemovalCase> {};
-
-TEST_P(RemovalTest, EndsAtTheFirstFailure) {
-  const RemovalCase& c = GetParam();
-  served_.Service().AddFault(c.fault);
-  const RequestAnswer answer = RequestRemovePackage(session_, &package_);
-  EXPECT_EQ(answer.result, c.result) << c.what;
-  EXPECT_EQ(answer.report, c.report) << c.what;
-  EXPECT_EQ(FilesLeft(), c.filesLeft) << c.what;
+TEST_F(FolderRequestsTest, RemovalEndsAtTheFirstFailure) {
+  const struct {
+    const char* what;
+    std::uint32_t message;
+    std::uint32_t skip;
+    std::uint32_t code;
+    int result;
+    int report;
+    std::ptrdiff_t filesLeft;
+  } cases[] = {
+      {"listing refused", message::kList, 0, kReplyRefused, 8199, 0, 3},
+      {"listing busy", message::kList, 0, kReplyBusy, 8200, -8200, 3},
+      {"first file refused", message::kRemoveFile, 0, kReplyRefused, 8199, 0, 3},
+      {"second file busy", message::kRemoveFile, 1, kReplyBusy, 8200, -8200, 2},
+      {"folder refused", message::kRemoveFolder, 0, kReplyRefused, 8199, 0, 0},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    served_.Service().ClearFaults();
+    served_.Service().AddFault(
+        {.kind = Kind::WrongCode, .message = c.message, .skip = c.skip, .code = c.code});
+    const RequestAnswer answer = RequestRemovePackage(session_, &package_);
+    EXPECT_EQ(answer.result, c.result);
+    EXPECT_EQ(answer.report, c.report);
+    EXPECT_EQ(FilesLeft(), c.filesLeft);
+  }
 }
-
-peer::Fault Refusal(std::uint32_t message, std::uint32_t skip, std::uint32_t code) {
-  return {.kind = Kind::WrongCode, .message = message, .skip = skip, .times = 1, .code = code};
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Service, RemovalTest,
-    testing::Values(
-        RemovalCase{"listing refused", Refusal(message::kList, 0, kReplyRefused), 8199, 0, 3},
-        RemovalCase{"listing busy", Refusal(message::kList, 0, kReplyBusy), 8200, -8200, 3},
-        RemovalCase{"first file refused", Refusal(message::kRemoveFile, 0, kReplyRefused), 8199, 0,
-                    3},
-        RemovalCase{"second file busy", Refusal(message::kRemoveFile, 1, kReplyBusy), 8200, -8200,
-                    2},
-        RemovalCase{"folder refused", Refusal(message::kRemoveFolder, 0, kReplyRefused), 8199, 0,
-                    0}));
 
 }  // namespace
 }  // namespace updown

@@ -8,7 +8,6 @@
 #include <QTest>
 #include <QTimer>
 #include <QTreeWidget>
-#include <algorithm>
 #include <filesystem>
 #include <thread>
 
@@ -21,9 +20,6 @@ namespace updown {
 namespace {
 
 using Kind = peer::Fault::Kind;
-
-constexpr int kPatienceMs = 10000;
-constexpr int kExitMs = 2000;
 
 class FrameTest : public testing::Test {
  protected:
@@ -45,24 +41,14 @@ class FrameTest : public testing::Test {
     frame_->show();
   }
 
-  int Packages() const { return frame_->findChild<QTreeWidget*>()->topLevelItem(0)->childCount(); }
   bool Listed() {
-    return QTest::qWaitFor([this] { return Packages() == 4; }, kPatienceMs);
+    const auto* const root = frame_->findChild<QTreeWidget*>()->topLevelItem(0);
+    return QTest::qWaitFor([root] { return root->childCount() == 4; }, kPatienceMs);
   }
 
-  TaskDraft Draft(const std::string& remotePath, const std::string& name) {
-    TaskDraft draft;
-    draft.displayName = name;
-    draft.remotePath = remotePath;
-    draft.sessid = frame_->Session().Sessid();
-    draft.serverName = served_->Launch().serverName;
-    return draft;
-  }
-
-  bool Seen(std::uint32_t message) {
-    const auto requests = served_->Service().Requests();
-    return std::any_of(requests.begin(), requests.end(),
-                       [&](const peer::SeenRequest& r) { return r.message == message; });
+  // A task whose file goes into the cache, where nobody is asked for its place.
+  void Fetch(bool keep, const std::string& name) {
+    frame_->AddCacheDownload(keep, DraftOf(*frame_, name, "/notes/x.bin"));
   }
 
   void ExpectEndsInTime() {
@@ -111,8 +97,8 @@ TEST_F(FrameTest, EndsInTimeWhateverAWorkerWaitsFor) {
     ASSERT_TRUE(Listed());
     served_->Service().AddFault({.kind = Kind::Stall, .message = stalled, .times = 0});
     served_->Service().ForgetRequests();
-    frame_->AddCacheDownload(true, Draft("/notes/x.bin", "x.bin"));
-    ASSERT_TRUE(QTest::qWaitFor([&] { return Seen(stalled); }, kPatienceMs)) << stalled;
+    Fetch(true, "x.bin");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return served_->Saw(stalled); }, kPatienceMs)) << stalled;
     ExpectEndsInTime();
     EXPECT_EQ(LoadTaskList(served_->TaskListFile()).Size(), 1U) << stalled;
     frame_.reset();
@@ -131,15 +117,12 @@ TEST_F(FrameTest, EndsInTimeWhileAWorkerAsksForAListing) {
   Open();
   QElapsedTimer patience;
   patience.start();
-  const auto running = [this] {
-    bool any = false;
-    frame_->Tasks().Queue().ForEach([&](const TransferTask& task) { any |= task.Running(); });
-    return any;
-  };
-  while (!running() && patience.elapsed() < kPatienceMs) {
+  bool running = false;
+  while (!running && patience.elapsed() < kPatienceMs) {
     std::this_thread::yield();
+    frame_->Tasks().Queue().ForEach([&](const TransferTask& task) { running |= task.Running(); });
   }
-  ASSERT_TRUE(running());
+  ASSERT_TRUE(running);
   ExpectEndsInTime();
   EXPECT_EQ(LoadTaskList(served_->TaskListFile()).Size(), 2U);
 }
@@ -149,13 +132,13 @@ TEST_F(FrameTest, KeepsUserTasksAndDropsHiddenOnesAtItsEnd) {
   ASSERT_TRUE(Listed());
   served_->Service().AddFault(
       {.kind = Kind::Stall, .message = message::kFileInformation, .times = 0});
-  frame_->AddCacheDownload(true, Draft("/notes/kept", "kept"));
-  frame_->AddCacheDownload(false, Draft("/notes/hidden", "hidden"));
-  frame_->AddCacheDownload(true, Draft("/notes/out", "../out"));
+  Fetch(true, "kept");
+  Fetch(false, "hidden");
+  Fetch(true, "../out");
   frame_.reset();
   const RecordChain stored = LoadTaskList(served_->TaskListFile());
   ASSERT_EQ(stored.Size(), 1U);
-  EXPECT_EQ(stored.First()->RemotePath(), "/notes/kept");
+  EXPECT_TRUE(stored.First()->LocalPath().ends_with("/kept"));
   EXPECT_EQ(stored.First()->state.load(), TransferState::Queued) << "goes on at the next start";
 }
 

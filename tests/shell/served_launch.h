@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <memory>
@@ -10,6 +11,9 @@
 #include "tests/support/temporary_folder.h"
 
 namespace updown {
+
+constexpr int kPatienceMs = 10000;
+constexpr int kExitMs = 2000;
 
 // A stand-in service over an area of its own, and this process's environment as a parent
 // application would set it for a client of that service.
@@ -29,6 +33,13 @@ class ServedLaunch {
     setenv("HOME", folder_.Path().c_str(), 1);
     launch_ = ReadLaunchState();
     launch_.serverName = "fileservice";
+  }
+
+  // Has a request of this number come?
+  bool Saw(std::uint32_t message) const {
+    const auto requests = service_->Requests();
+    return std::any_of(requests.begin(), requests.end(),
+                       [message](const peer::SeenRequest& r) { return r.message == message; });
   }
 
   peer::StandIn& Service() { return *service_; }
