@@ -1,7 +1,10 @@
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QStandardPaths>
+#include <algorithm>
+#include <chrono>
 
 #include "controls/boxes.h"
 #include "engine/frame_messages.h"
@@ -15,7 +18,8 @@
 namespace updown {
 namespace {
 
-constexpr int kSavePauseMs = 200;
+constexpr std::chrono::milliseconds kSavePause{200};
+constexpr int kSavePauseFactor = 9;  // saves take at most a tenth of the main thread's time
 
 QString FirstSaveFolder() {
   const QString downloads = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
@@ -99,17 +103,26 @@ bool CMainFrame::IsDuplicateUserTask(const std::u16string& path) {
 
 void CMainFrame::RequestSave() {
   if (saveThrottle_.Request()) {
-    SaveTasks();
-    saveTimer_.start(kSavePauseMs, this);
+    SaveAndPause();
   }
 }
 
 void CMainFrame::OnSavePause() {
   if (saveThrottle_.PauseOver()) {
-    SaveTasks();
+    SaveAndPause();
   } else {
     saveTimer_.stop();
   }
+}
+
+// A list of many thousand tasks is saved less often, or the window would do nothing else while they
+// run.
+void CMainFrame::SaveAndPause() {
+  QElapsedTimer saving;
+  saving.start();
+  SaveTasks();
+  const std::chrono::milliseconds taken(saving.elapsed());
+  saveTimer_.start(static_cast<int>(std::max(kSavePause, kSavePauseFactor * taken).count()), this);
 }
 
 void CMainFrame::SaveTasks() {

@@ -77,6 +77,7 @@ class CMainFrame final : public QMainWindow, public FrameOperations {
 
   std::optional<std::string> AskForTarget(const std::string& displayName);
   void SaveTasks();
+  void SaveAndPause();
   void RequestSave();
   void OnSavePause();
 
