@@ -3,10 +3,10 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <thread>
 
 #include "platform/environment.h"
+#include "tests/support/environment.h"
 #include "tests/wire/loopback.h"
 #include "tests/wire/scripted_peer.h"
 #include "tests/wire/wire_bytes.h"
@@ -14,9 +14,6 @@
 namespace updown {
 namespace {
 
-using testing::Listener;
-using testing::Loopback;
-using testing::PlayScript;
 using testing::Step;
 using testing::Wire;
 
@@ -26,36 +23,23 @@ class FakeRelay {
   explicit FakeRelay(std::vector<Step> connections)
       : thread_([this, connections = std::move(connections)] {
           for (const Step& step : connections) {
-            const UniqueFd socket = listener_.Accept();
-            fault_ += PlayScript(socket.Get(), {step}, 0);
+            fault_ += testing::PlayScript(listener_.Accept().Get(), {step}, 0);
           }
         }) {}
-  ~FakeRelay() { Finish(); }
-  FakeRelay(const FakeRelay&) = delete;
-  FakeRelay& operator=(const FakeRelay&) = delete;
 
   std::string Finish() {
-    if (thread_.joinable()) {
-      thread_.join();
-    }
+    thread_.join();
     return fault_;
   }
   RelayParameters Parameters() const {
-    return {.relayPort = listener_.Port(),
-            .relayAddress = Loopback(),
-            .clientId = 1,
-            .applicationNumber = 7,
-            .attribute110 = 0x01020304};
+    return {listener_.Port(), testing::Loopback(), 1, 7, 0x01020304};
   }
 
  private:
-  Listener listener_;
+  testing::Listener listener_;
   std::string fault_;
   std::thread thread_;
 };
-
-const std::string kResolveFs =
-    Wire("02 12 0020 01000000 00 81 0000  60 0007 'Resolve'  61 0002 'fs'  63 0001 '7'  FF");
 
 Ipv4Address Address(const char* dotted) { return inet_addr(dotted); }
 
@@ -65,125 +49,97 @@ TEST(Relay, ResolveRepliesTable) {
     int result;
     std::vector<Ipv4Address> addresses;
   };
-  const Ipv4Address none = INADDR_NONE;
+  const std::vector<Ipv4Address> two = {Address("1.2.3.4"), Address("5.6.7.8")};
   const Case cases[] = {
-      {"02 13 0020 00000000 00 81 0000 62 0010 '1.2.3.4,5.6.7.8' 00 FF",
-       0,
-       {Address("1.2.3.4"), Address("5.6.7.8")}},
-      {"02 13 0020 00000000 00 81 0005 62 0010 '1.2.3.4' 00 '5.6.7.8' 00 FF",
-       0,
-       {Address("1.2.3.4"), Address("5.6.7.8")}},
-      {"02 13 001A 00000000 00 81 0000 62 000A 'x,1.2.3.4,' FF", 0, {none, Address("1.2.3.4")}},
-      {"02 13 0017 00000000 00 81 0000 62 0007 '1.2.3.4' FF", 0, {none}},
+      {"02 13 0020 00000000 00 81 0000 62 0010 '1.2.3.4,5.6.7.8' 00 FF", 0, two},
+      {"02 13 0020 00000000 00 81 0005 62 0010 '1.2.3.4' 00 '5.6.7.8' 00 FF", 0, two},
+      {"02 13 001A 00000000 00 81 0000 62 000A 'x,1.2.3.4,' FF", 0, {INADDR_NONE, two[0]}},
+      {"02 13 0017 00000000 00 81 0000 62 0007 '1.2.3.4' FF", 0, {INADDR_NONE}},
       {"02 13 0011 00000000 00 81 0000 62 0001 00 FF", 0, {}},
       {"02 13 000D 00000000 00 81 0000 FF", -1, {}},
-      {"02 13 000C 00000000 00 81 0000", -1, {}},
       {"02 13 000F 00000000 00 81 0000 62 0009", -1, {}},
       {"02 13 0800", -1, {}},
       {"02 13 000B", -1, {}},
       {"03 13 0020", -1, {}},
       {"02 12 0020", -1, {}},
-      {"02 13 00", -1, {}},
       {"02 13 0020 00000000 00 81 0000 62 0010 '1.2", -1, {}},
   };
+  const std::string request =
+      Wire("02 12 0020 01000000 00 81 0000  60 0007 'Resolve'  61 0002 'fs'  63 0001 '7'  FF");
   for (const Case& example : cases) {
-    FakeRelay relay({{kResolveFs, Wire(example.reply)}});
+    SCOPED_TRACE(example.reply);
+    FakeRelay relay({{request, Wire(example.reply)}});
     std::vector<Ipv4Address> addresses;
-    EXPECT_EQ(ResolveThroughRelay("fs", addresses, relay.Parameters()), example.result)
-        << example.reply;
-    EXPECT_EQ(addresses, example.addresses) << example.reply;
-    EXPECT_EQ(relay.Finish(), "") << example.reply;
+    EXPECT_EQ(ResolveThroughRelay("fs", addresses, relay.Parameters()), example.result);
+    EXPECT_EQ(addresses, example.addresses);
+    EXPECT_EQ(relay.Finish(), "");
   }
-}
-
-TEST(Relay, ResolveRefusesALongName) {
-  std::vector<Ipv4Address> addresses;
-  FakeRelay relay(std::vector<Step>(1));
-  EXPECT_EQ(ResolveThroughRelay(std::string(1000, 'n'), addresses, relay.Parameters()), -1);
 }
 
 TEST(Relay, ConnectKinds) {
-  const ServiceTarget target{Address("10.0.0.9"), 8080};
+  struct Case {
+    std::uint8_t kind;
+    const char* head;  // of the request
+    const char* reply;
+    bool joined;
+  };
+  const Case cases[] = {
+      {kKindConnect, "02 12 002D 01000000 00 86 0000", "", true},
+      {133, "02 12 002D 01000000 00 85 0000", "02 13 000C 00000000 00 85 0000", true},
+      {133, "", "02 13 000C 00000000 00 85 0005", false},
+      {133, "", "02 13 000D 00000000 00 85 0000", false},
+      {133, "", "01 13 000C 00000000 00 85 0000", false},
+      {133, "", "02 13 000C 00", false},
+  };
   const std::string list = "63 0001 '7' 64 000D '10.0.0.9:8080' 66 0002 'hi' 6E 0004 01020304 FF";
-  const std::string request = Wire("02 12 002D 01000000 00 86 0000" + list);
-  FakeRelay relay(
-      {{request, ""},
-       {Wire("02 12 002D 01000000 00 85 0000" + list), Wire("02 13 000C 00000000 00 85 0000")},
-       {"", Wire("02 13 000C 00000000 00 85 0005")},
-       {"", Wire("02 13 000C 00")}});
-  const auto connect = [&](int transport, std::uint8_t kind) {
-    return RelayConnect(relay.Parameters(), "hi", target, transport, kind);
-  };
-  for (const std::uint8_t kind : {kKindConnect, std::uint8_t{133}}) {
-    const int socket = connect(kTransportTcp, kind);
-    ASSERT_GT(socket, 0);
-    EXPECT_NE(fcntl(socket, F_GETFL) & O_NONBLOCK, 0);
-    CloseSocket(socket);
+  const ServiceTarget target{Address("10.0.0.9"), 8080};
+  for (const Case& example : cases) {
+    SCOPED_TRACE(example.reply);
+    const std::string head = example.head;
+    FakeRelay relay({{head.empty() ? "" : Wire(head + list), Wire(example.reply)}});
+    const RelayParameters parameters = relay.Parameters();
+    const int socket = RelayConnect(parameters, "hi", target, kTransportTcp, example.kind);
+    EXPECT_EQ(socket > 0, example.joined);
+    if (socket > 0) {
+      CloseSocket(socket);
+    }
+    EXPECT_EQ(relay.Finish(), "");
+    EXPECT_EQ(RelayConnect(parameters, "hi", target, 2, example.kind), -1);
+    EXPECT_EQ(RelayConnect(parameters, std::string(500, 'x'), target, 1, example.kind), -1);
   }
-  EXPECT_EQ(connect(kTransportTcp, 133), -1);
-  EXPECT_EQ(connect(kTransportTcp, 133), -1);
-  EXPECT_EQ(connect(2, kKindConnect), -1);
-  EXPECT_EQ(relay.Finish(), "");
-  EXPECT_EQ(
-      RelayConnect(relay.Parameters(), std::string(500, 'x'), target, kTransportTcp, kKindConnect),
-      -1);
-}
-
-TEST(Relay, ReplyHeads) {
-  const auto judged = [](const char* head) {
-    const std::string bytes = Wire(head);
-    return RelayReplyResult(AsBytes(bytes));
-  };
-  EXPECT_EQ(judged("02 13 000C 00000000 00 86 0000"), 0);
-  EXPECT_EQ(judged("02 13 000C 00000000 00 86 0005"), -5);
-  EXPECT_EQ(judged("02 13 000D 00000000 00 86 0000"), kWrongRelayHead);
-  EXPECT_EQ(judged("01 13 000C 00000000 00 86 0000"), kWrongRelayHead);
-  EXPECT_EQ(judged("02 12 000C 00000000 00 86 0000"), kWrongRelayHead);
-}
-
-void SetEnvironment(const RelayParameters& relay) {
-  setenv(kVariableRelayPort, std::to_string(relay.relayPort).c_str(), 1);
-  setenv(kVariableRelayAddress, "127.0.0.1", 1);
-  setenv(kVariableRelayClientId, "67305985", 1);  // 01 02 03 04 in memory
-  setenv(kVariableAttribute110, "258", 1);
-  setenv(kVariableApplication, "DBDC", 1);
-}
-
-TEST(ServiceConnect, WithoutARelayPortThereIsNoRelay) {
-  unsetenv(kVariableRelayPort);
-  EXPECT_EQ(ServiceConnect("fs", 21), 0);
-  EXPECT_EQ(ResolveServiceAddress("fs"), 0U);
-  setenv(kVariableRelayPort, "", 1);
-  EXPECT_EQ(ServiceConnect("fs", 21), 0);
 }
 
 TEST(ServiceConnect, JoinsABlockingSocketToTheResolvedAddress) {
   struct Case {
     const char* reply;
-    const char* request;
+    const char* target;
   };
   const Case cases[] = {
-      {"02 13 0018 00000000 00 81 0000 62 0008 '1.2.3.4' 00 FF",
-       "02 12 0028 01020304 00 86 0000 63 0002 '12' 64 000C '1.2.3.4:8080'"},
-      {"02 13 0011 00000000 00 81 0000 62 0001 00 FF",
-       "02 12 0028 01020304 00 86 0000 63 0002 '12' 64 000C '0.0.0.0:8080'"},
-      {"", "02 12 0028 01020304 00 86 0000 63 0002 '12' 64 000C '0.0.0.0:8080'"},
+      {"02 13 0018 00000000 00 81 0000 62 0008 '1.2.3.4' 00 FF", "64 000C '1.2.3.4:8080'"},
+      {"02 13 0011 00000000 00 81 0000 62 0001 00 FF", "64 000C '0.0.0.0:8080'"},
+      {"", "64 000C '0.0.0.0:8080'"},
   };
-  for (const Case& example : cases) {
+  for (const auto& [reply, target] : cases) {
+    const std::string connect = "02 12 0028 01020304 00 86 0000 63 0002 '12'";
     FakeRelay relay(
         {{Wire("02 12 0021 01020304 00 81 0000 60 0007 'Resolve' 61 0002 'fs' 63 0002 '12' FF"),
-          Wire(example.reply)},
-         {Wire(std::string(example.request) + "6E 0004 00000102 FF"), "hello"}});
-    SetEnvironment(relay.Parameters());
+          Wire(reply)},
+         {Wire(connect + target + "6E 0004 00000102 FF"), "h"}});
+    const test::ScopedEnvironment environment(
+        {{kVariableRelayPort, std::to_string(relay.Parameters().relayPort)},
+         {kVariableRelayAddress, "127.0.0.1"},
+         {kVariableRelayClientId, "67305985"},  // 01 02 03 04 in memory
+         {kVariableAttribute110, "258"},
+         {kVariableApplication, "DBDC"}});
     const int socket = ServiceConnect("fs", 8080);
     ASSERT_GT(socket, 0);
     EXPECT_EQ(fcntl(socket, F_GETFL) & O_NONBLOCK, 0);
     char first = 0;
     EXPECT_EQ(recv(socket, &first, 1, 0), 1);
-    EXPECT_EQ(first, 'h');
     CloseSocket(socket);
     EXPECT_EQ(relay.Finish(), "");
   }
+  EXPECT_EQ(ServiceConnect("fs", 8080), 0) << "no relay in the environment";
 }
 
 }  // namespace

@@ -4,13 +4,14 @@
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <sys/time.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <string>
 #include <thread>
 #include <utility>
 #include <vector>
+
+#include "platform/unique_fd.h"
 
 namespace updown::testing {
 
@@ -20,30 +21,35 @@ struct Step {
   std::string answer;
 };
 
+// Sends in pieces of `piece` bytes (0: in one), each only when the one before has been taken.
+inline void SendPieces(int socket, std::string_view bytes, std::size_t piece) {
+  while (!bytes.empty()) {
+    const auto sent = send(socket, bytes.data(),
+                           piece == 0 ? bytes.size() : std::min(piece, bytes.size()), MSG_NOSIGNAL);
+    if (sent < 1) {
+      return;
+    }
+    bytes.remove_prefix(static_cast<std::size_t>(sent));
+    for (int queued = 1; piece != 0 && queued != 0; ioctl(socket, SIOCOUTQ, &queued)) {
+      std::this_thread::yield();
+    }
+  }
+}
+
 // Plays the steps on one socket and then closes its direction. Returns what was not as written,
-// empty if all was. `piece` > 0 sends answers in pieces of that size, each only when the one before
-// has been taken.
+// empty if all was.
 inline std::string PlayScript(int socket, const std::vector<Step>& steps, std::size_t piece) {
   const timeval patience{10, 0};
   setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
   std::string fault;
-  for (std::size_t at = 0; at < steps.size() && fault.empty(); ++at) {
-    std::string seen(steps[at].expect.size(), '\0');
+  for (const Step& step : steps) {
+    std::string seen(step.expect.size(), '\0');
     const auto count = seen.empty() ? 0 : recv(socket, seen.data(), seen.size(), MSG_WAITALL);
-    if (count != static_cast<ssize_t>(seen.size()) || seen != steps[at].expect) {
-      fault = "step " + std::to_string(at) + " differs after " + std::to_string(count) + " bytes";
+    if (seen != step.expect) {
+      fault = "step " + std::to_string(&step - &steps[0]) + ": " + std::to_string(count) + " bytes";
+      break;
     }
-    const std::string& answer = steps[at].answer;
-    const std::size_t size = piece == 0 ? answer.size() : piece;
-    for (std::size_t sent = 0; sent < answer.size() && fault.empty();) {
-      const auto moved =
-          send(socket, &answer[sent], std::min(size, answer.size() - sent), MSG_NOSIGNAL);
-      sent += static_cast<std::size_t>(std::max<ssize_t>(moved, 1));
-      for (int queued = 1; piece != 0 && moved > 0 && queued != 0;) {
-        std::this_thread::yield();
-        ioctl(socket, SIOCOUTQ, &queued);
-      }
-    }
+    SendPieces(socket, step.answer, piece);
   }
   shutdown(socket, SHUT_WR);
   return fault;
@@ -55,13 +61,12 @@ class ScriptedPeer {
   explicit ScriptedPeer(std::vector<Step> steps, std::size_t piece = 0) {
     int pair[2] = {-1, -1};
     socketpair(AF_UNIX, SOCK_STREAM, 0, pair);
-    client_ = pair[0];
-    peer_ = pair[1];
-    thread_ = std::thread([this, steps = std::move(steps), piece] {
-      fault_ = PlayScript(peer_, steps, piece);
+    client_ = UniqueFd(pair[0]);
+    thread_ = std::thread([this, peer = UniqueFd(pair[1]), steps = std::move(steps), piece] {
+      fault_ = PlayScript(peer.Get(), steps, piece);
       char byte = 0;
-      if (recv(peer_, &byte, 1, 0) > 0 && fault_.empty()) {
-        fault_ = "more was sent than expected";
+      if (recv(peer.Get(), &byte, 1, 0) > 0) {
+        fault_ += "more was sent than expected";
       }
     });
   }
@@ -69,21 +74,19 @@ class ScriptedPeer {
   ScriptedPeer(const ScriptedPeer&) = delete;
   ScriptedPeer& operator=(const ScriptedPeer&) = delete;
 
-  int Socket() const { return client_; }
+  int Socket() const { return client_.Get(); }
 
   // Hangs up and tells what was not as written; empty if all was.
   std::string Finish() {
+    client_.Reset();
     if (thread_.joinable()) {
-      close(client_);
       thread_.join();
-      close(peer_);
     }
     return fault_;
   }
 
  private:
-  int client_ = -1;
-  int peer_ = -1;
+  UniqueFd client_;
   std::string fault_;
   std::thread thread_;
 };

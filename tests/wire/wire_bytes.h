@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cctype>
 #include <string>
 #include <string_view>
 
@@ -10,27 +9,25 @@ namespace updown::testing {
 // "010004 00001004 020002 '/a' FF"
 inline std::string Wire(std::string_view notation) {
   std::string bytes;
-  int high = -1;
+  std::string digits;
   bool quoted = false;
   for (const char letter : notation) {
     if (letter == '\'') {
       quoted = !quoted;
     } else if (quoted) {
       bytes += letter;
-    } else if (std::isxdigit(static_cast<unsigned char>(letter)) != 0) {
-      const int digit = letter <= '9' ? letter - '0' : (letter & 0xF) + 9;
-      if (high < 0) {
-        high = digit;
-      } else {
-        bytes += static_cast<char>(high * 16 + digit);
-        high = -1;
-      }
+    } else if (letter != ' ') {
+      digits += letter;
+    }
+    if (digits.size() == 2) {
+      bytes += static_cast<char>(std::stoi(digits, nullptr, 16));
+      digits.clear();
     }
   }
   return bytes;
 }
 
-// Big-endian number of four bytes.
+// Big-endian, four bytes.
 inline std::string Number(std::size_t number) {
   std::string bytes;
   for (int shift = 24; shift >= 0; shift -= 8) {
@@ -38,5 +35,11 @@ inline std::string Number(std::size_t number) {
   }
   return bytes;
 }
+
+inline std::string Attribute(int tag, std::string_view value) {
+  return static_cast<char>(tag) + Number(value.size()).substr(2) + std::string(value);
+}
+
+inline std::string Framed(const std::string& list) { return Number(list.size()) + list; }
 
 }  // namespace updown::testing
