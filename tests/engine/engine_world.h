@@ -31,6 +31,13 @@ inline std::string Pattern(std::size_t size, std::size_t seed = 1) {
   return bytes;
 }
 
+inline peer::Options Dialect(int dialect, std::uint32_t blockLength = 4096) {
+  peer::Options options;
+  options.dialect = dialect;
+  options.blockLength = blockLength;
+  return options;
+}
+
 // A stand-in service, an engine, and a frame that is a plain function pumped by the test.
 class EngineWorld {
  public:
@@ -59,9 +66,26 @@ class EngineWorld {
     context->schedulerWake.Set();
     return task;
   }
-  void Restore() {
+  // Puts a folder record into the chain, and a child for `inFlight` unless that is empty; restores.
+  TaskPointer RestoreFolder(const std::string& remotePath, const std::string& localPath,
+                            const std::string& inFlight = {}) {
+    StoredRecord folder;
+    folder.recordId = 1;
+    folder.isFolder = 1;
+    folder.paths = {remotePath, localPath};
+    store->Records().Append(std::make_shared<TransferRecord>(folder));
+    if (!inFlight.empty()) {
+      StoredRecord child;
+      child.recordId = 2;
+      child.parentRecordId = 1;
+      child.paths = {remotePath + "/" + inFlight, localPath + "/" + inFlight};
+      store->Records().Append(std::make_shared<TransferRecord>(child));
+    }
     store->RestoreTasks(session.Sessid(), frame);
+    TaskId restored = 0;
+    context->queue->ForEach([&](const TransferTask& task) { restored = task.id; });
     context->schedulerWake.Set();
+    return store->Find(restored);
   }
   void Run(const TaskPointer& task) {
     task->record->state = TransferState::Queued;

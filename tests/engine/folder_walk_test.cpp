@@ -15,50 +15,26 @@ using test::WriteFile;
 
 class FolderTask : public testing::TestWithParam<int> {
  protected:
-  FolderTask() : world(Options()) {
-    std::filesystem::create_directories(world.served.File("pkg/sub/deep"));
-  }
-  static peer::Options Options() {
-    peer::Options options;
-    options.dialect = GetParam();
-    options.blockLength = 4096;
-    return options;
-  }
+  FolderTask() { std::filesystem::create_directories(Served("sub/deep")); }
+
   std::string Served(const std::string& name) { return world.served.File("pkg/" + name); }
   std::string Local(const std::string& name) { return world.local.File("pkg/" + name); }
-
-  // Restores a folder record, with a child for `inFlight` unless that is empty.
-  TaskPointer Restore(const std::string& remotePath, const std::string& inFlight = "") {
-    StoredRecord stored;
-    stored.recordId = 1;
-    stored.isFolder = 1;
-    stored.paths = {remotePath, world.local.File("pkg")};
-    world.store->Records().Append(std::make_shared<TransferRecord>(stored));
-    if (!inFlight.empty()) {
-      StoredRecord child;
-      child.recordId = 2;
-      child.parentRecordId = 1;
-      child.paths = {remotePath + "/" + inFlight, Local(inFlight)};
-      world.store->Records().Append(std::make_shared<TransferRecord>(child));
-    }
-    world.Restore();
-    TaskId restored = 0;
-    world.context->queue->ForEach([&](const TransferTask& task) { restored = task.id; });
-    return world.store->Find(restored);
+  TaskPointer Restore(const std::string& remotePath, const std::string& inFlight = {}) {
+    return world.RestoreFolder(remotePath, world.local.File("pkg"), inFlight);
   }
 
-  EngineWorld world;
+  EngineWorld world{test::Dialect(GetParam())};
 };
 
 TEST_P(FolderTask, WalksItsTree) {
-  std::string longName(250, 'l');
+  const std::string longName(250, 'l');
   const std::vector<std::string> names = {"a.bin", "empty", "sub/b.bin", "sub/deep/c.bin"};
   for (const std::string& name : names) {
     WriteFile(Served(name), name == "empty" ? "" : Pattern(9000, name.size()));
   }
-  WriteFile(Served("back\\slash"), "x");
-  WriteFile(Served(longName), "x");
-  WriteFile(Served("there"), "1234");
+  for (const std::string& name : {std::string("back\\slash"), longName, std::string("there")}) {
+    WriteFile(Served(name), "1234");
+  }
   std::filesystem::create_directories(Local(""));
   WriteFile(Local("there"), "same");
   const TaskPointer task = Restore("/pkg");

@@ -10,25 +10,24 @@ namespace updown {
 namespace {
 
 TEST(Package, Names) {
-  for (const char16_t* name : {u"20080115093012", u"20080115093012#", u"20080115093012###"}) {
+  for (const char16_t* name : {u"20080115093012", u"20080115093012###"}) {
     EXPECT_TRUE(IsPackageName(name));
   }
-  for (const char16_t* name : {u"", u"##############", u"2008011509301", u"2008011509301#",
-                               u"120080115093012", u"x0080115093012", u"20080115093012#x"}) {
+  for (const char16_t* name : {u"", u"##############", u"2008011509301#", u"120080115093012",
+                               u"x0080115093012", u"20080115093012#x"}) {
     EXPECT_FALSE(IsPackageName(name));
   }
   EXPECT_TRUE(EndsInIni("/a/b.INI"));
-  EXPECT_FALSE(EndsInIni("ini"));
-  EXPECT_FALSE(EndsInIni("/a.ini.zip"));
+  EXPECT_FALSE(EndsInIni("ini") || EndsInIni("/a.ini.zip"));
 }
 
 TEST(Package, NamesThatCouldLeaveTheirFolderAreNotSafe) {
-  using std::string_view_literals::operator""sv;
-  for (const std::string_view name : {""sv, "."sv, ".."sv, "a/b"sv, "..\\b"sv, "a\0b"sv, "/"sv}) {
+  for (const std::string& name :
+       {std::string(), std::string("."), std::string(".."), std::string("a/b"),
+        std::string("..\\b"), std::string("a\0b", 3), std::string(256, 'x')}) {
     EXPECT_FALSE(IsSafeName(name)) << name;
   }
   EXPECT_TRUE(IsSafeName("...") && IsSafeName("a b\xFF") && IsSafeName(std::string(255, 'x')));
-  EXPECT_FALSE(IsSafeName(std::string(256, 'x')));
 }
 
 TEST(Package, CacheDecidesStatusAndFile) {
@@ -51,26 +50,19 @@ TEST(Package, CacheDecidesStatusAndFile) {
 }
 
 TEST(Package, HeaderInThreeCodePages) {
-  struct Case {
-    AnsiCodePage codePage;
-    const char* from;
-    const char16_t* wide;
-  };
-  const Case cases[] = {
+  const std::tuple<AnsiCodePage, std::string, std::u16string> cases[] = {
       {AnsiCodePage::Western, "M\xFCller", u"M\u00fcller"},
       {AnsiCodePage::SimplifiedChinese, "\xD6\xD0\xCE\xC4", u"\u4e2d\u6587"},
       {AnsiCodePage::TraditionalChinese, "\xA4\xA4\xA4\xE5", u"\u4e2d\u6587"},
   };
   const test::TemporaryFolder folder;
   const std::string path = folder.File("p.ini");
-  for (const Case& c : cases) {
-    std::string file = "[TALLBIN]\r\nTXT_From=";
-    file.append(c.from).append("\r\nTXT_Notes=").append(c.from);
-    file += "\xFF\xFF\xFF\xFFnext=[2]\xFF\xFF\r\n[Other]\r\nTXT_To=no\r\n";
-    test::WriteFile(path, file);
-    const PackageHeader header = ReadPackageHeader(path, c.codePage);
-    EXPECT_EQ(header.from, c.wide);
-    EXPECT_EQ(header.notes, std::u16string(c.wide) + u"\r\n\r\nnext=[2]\r\n");
+  for (const auto& [codePage, from, wide] : cases) {
+    test::WriteFile(path, "[TALLBIN]\r\nTXT_From=" + from + "\r\nTXT_Notes=" + from +
+                              "\xFF\xFF\xFF\xFFnext=[2]\xFF\xFF\r\n[Other]\r\nTXT_To=no\r\n");
+    const PackageHeader header = ReadPackageHeader(path, codePage);
+    EXPECT_EQ(header.from, wide);
+    EXPECT_EQ(header.notes, wide + u"\r\n\r\nnext=[2]\r\n");
     EXPECT_EQ(header.to, u"");
   }
   EXPECT_EQ(ReadPackageHeader(folder.File("missing"), AnsiCodePage::Western).from, u"");

@@ -34,25 +34,20 @@ class ListRunner {
     posix_spawn(&pid_, program.c_str(), &actions, nullptr, arguments, environ);
     posix_spawn_file_actions_destroy(&actions);
     close(ends[1]);
-    output_ = fdopen(ends[0], "r");
+    output_.reset(fdopen(ends[0], "r"));
   }
-  ~ListRunner() { fclose(output_); }
-  ListRunner(const ListRunner&) = delete;
-  ListRunner& operator=(const ListRunner&) = delete;
 
   bool ReadUntil(const std::string& line) {
     char text[64];
-    while (fgets(text, sizeof text, output_) != nullptr) {
+    while (fgets(text, sizeof text, output_.get()) != nullptr) {
       if (text == line + "\n") {
         return true;
       }
     }
     return false;
   }
-  int End(int signal) {
-    if (signal != 0) {
-      kill(pid_, signal);
-    }
+  void Kill() const { kill(pid_, SIGKILL); }
+  int Wait() const {
     int status = -1;
     waitpid(pid_, &status, 0);
     return status;
@@ -60,16 +55,13 @@ class ListRunner {
 
  private:
   pid_t pid_ = -1;
-  FILE* output_ = nullptr;
+  std::unique_ptr<FILE, int (*)(FILE*)> output_{nullptr, &fclose};
 };
 
 class Restart : public testing::TestWithParam<int> {};
 
 TEST_P(Restart, AfterAKillInMidTransferTheBytesAreRight) {
-  peer::Options options;
-  options.dialect = GetParam();
-  options.blockLength = 4096;
-  test::EngineWorld world(options);
+  test::EngineWorld world(test::Dialect(GetParam()));
   const std::string big = Pattern(200000);
   WriteFile(world.served.File("big"), big);
   WriteFile(world.served.File("small"), Pattern(12000, 2));
@@ -88,7 +80,8 @@ TEST_P(Restart, AfterAKillInMidTransferTheBytesAreRight) {
     ListRunner killed(list);
     ASSERT_TRUE(killed.ReadUntil("saved"));  // the small file is through
     ASSERT_TRUE(killed.ReadUntil("block"));
-    EXPECT_TRUE(WIFSIGNALED(killed.End(SIGKILL)));
+    killed.Kill();
+    EXPECT_TRUE(WIFSIGNALED(killed.Wait()));
   }
   RecordChain left = LoadTaskList(list);
   ASSERT_EQ(left.Size(), 1U);
@@ -99,8 +92,7 @@ TEST_P(Restart, AfterAKillInMidTransferTheBytesAreRight) {
   // What the killed process still had under way is not the second one's.
   ASSERT_TRUE(world.pump.RunUntil([&] { return world.peer.OpenConnections() == 1; }));
   world.peer.ForgetRequests();
-  ListRunner second(list);
-  EXPECT_EQ(second.End(0), 0);
+  EXPECT_EQ(ListRunner(list).Wait(), 0);
   EXPECT_EQ(world.Count(message::kReadBlock), (big.size() - stored + 4095) / 4096);
   EXPECT_EQ(ReadFile(world.local.File("big")), big);
   EXPECT_EQ(ReadFile(world.local.File("small")), Pattern(12000, 2));

@@ -3,33 +3,23 @@
 #include <gmock/gmock.h>
 
 #include "service/messages.h"
+#include "service/transfer.h"
 #include "tests/engine/engine_world.h"
 
 namespace updown {
 namespace {
 
+using test::Dialect;
 using test::EngineWorld;
 using test::Pattern;
 using test::ReadFile;
 using test::WriteFile;
 
-peer::Options Dialect(int dialect, std::uint32_t blockLength = 4096) {
-  peer::Options options;
-  options.dialect = dialect;
-  options.blockLength = blockLength;
-  return options;
-}
-
 class Transfers : public testing::TestWithParam<int> {};
 
 TEST_P(Transfers, StatesBeforeAndAfter) {
-  struct Case {
-    const char* name;
-    TransferState before;
-    TransferState after;
-  };
   constexpr auto kForeign = static_cast<TransferState>(77);
-  const Case cases[] = {
+  const std::tuple<const char*, TransferState, TransferState> cases[] = {
       {"stopped", TransferState::Stopped, TransferState::Stopped},
       {"good", TransferState::Queued, TransferState::Finished},
       {"failed", TransferState::Failed, TransferState::Failed},
@@ -39,20 +29,18 @@ TEST_P(Transfers, StatesBeforeAndAfter) {
   };
   EngineWorld world(Dialect(GetParam()));
   std::vector<TaskPointer> tasks;
-  for (const Case& c : cases) {
-    if (std::string(c.name) != "missing") {
-      WriteFile(world.served.File(c.name), Pattern(10000));
-    }
-    tasks.push_back(world.Fetch(c.name));
-    tasks.back()->record->state = c.before;
+  for (const auto& [name, before, after] : cases) {
+    WriteFile(world.served.File(name), Pattern(10000));
+    tasks.push_back(world.Fetch(name));
+    tasks.back()->record->state = before;
   }
+  std::filesystem::remove(world.served.File("missing"));
   world.Start();
   EXPECT_TRUE(world.pump.RunUntil([&] { return world.outcomes.size() == 3; }));
   EXPECT_TRUE(world.End());
   EXPECT_THAT(world.started, testing::ElementsAre(tasks[1]->id, tasks[3]->id, tasks[5]->id));
   for (std::size_t i = 0; i < tasks.size(); ++i) {
-    EXPECT_EQ(tasks[i]->record->state, cases[i].after) << cases[i].name;
-    EXPECT_FALSE(tasks[i]->Running());
+    EXPECT_EQ(tasks[i]->record->state, std::get<2>(cases[i])) << std::get<0>(cases[i]);
   }
   EXPECT_EQ(ReadFile(world.local.File("good")), Pattern(10000));
 }
@@ -84,22 +72,6 @@ TEST_P(Transfers, PauseResumeRedo) {
   EXPECT_EQ(ReadFile(world.local.File("f")), bytes);
 }
 
-TEST_P(Transfers, ARefusedSessionIsReportedAndANewOneGoesOn) {
-  EngineWorld world(Dialect(GetParam()));
-  WriteFile(world.served.File("f"), "bytes");
-  world.peer.ForgetSessions();
-  const TaskPointer task = world.Fetch("f");
-  world.Start();
-  ASSERT_TRUE(world.WaitForState(*task, TransferState::Failed));
-  EXPECT_TRUE(world.pump.RunUntil([&] { return world.outcomes.size() == 1; }));
-  EXPECT_EQ(world.outcomes[0].second, result::kAuthentication);
-  world.session.Close();
-  ASSERT_TRUE(world.session.OpenSharedSession().open);
-  task->SetSessid(world.session.Sessid());
-  world.Run(task);
-  EXPECT_TRUE(world.WaitForState(*task, TransferState::Finished));
-}
-
 TEST_P(Transfers, DeletedTasksEndAndAreFreed) {
   EngineWorld world(Dialect(GetParam()));
   WriteFile(world.served.File("f"), Pattern(4000000));
@@ -120,61 +92,37 @@ TEST_P(Transfers, DeletedTasksEndAndAreFreed) {
 
 INSTANTIATE_TEST_SUITE_P(Dialects, Transfers, testing::Values(1, 2));
 
-// Threads whose bodies wait until the test lets them go.
-class HeldThreads {
- public:
-  ThreadStarter Starter() {
-    return [this](std::function<void()> body) {
-      const auto gate = std::make_shared<Event>();
-      {
-        const std::lock_guard lock(mutex_);
-        gates_.push_back(gate);
-      }
-      return Thread::Start([gate, body = std::move(body)] {
-        gate->WaitFor(std::chrono::seconds(30));
-        body();
-      });
-    };
-  }
-  std::size_t Count() const {
-    const std::lock_guard lock(mutex_);
-    return gates_.size();
-  }
-  void LetGo(std::size_t index) {
-    const std::lock_guard lock(mutex_);
-    gates_[index]->Set();
-  }
-
- private:
-  mutable std::mutex mutex_;
-  std::vector<std::shared_ptr<Event>> gates_;
-};
-
 TEST(Scheduler, TenRunTwoWaitInQueueOrder) {
+  std::array<Event, 12> gates;
+  std::atomic<std::size_t> count{0};
   EngineWorld world(Dialect(1));
-  HeldThreads held;
-  world.context->startThread = held.Starter();
+  world.context->startThread = [&](std::function<void()> body) {
+    return Thread::Start([&gate = gates.at(count++), body = std::move(body)] {
+      gate.WaitFor(std::chrono::seconds(30));
+      body();
+    });
+  };
+  const auto reached = [&](std::size_t threads) {
+    return world.pump.RunUntil([&] { return count == threads; });
+  };
   WriteFile(world.served.File("f"), "bytes");
   std::vector<TaskPointer> tasks;
-  std::vector<TaskId> ids;
-  for (int i = 0; i < 12; ++i) {
+  for (std::size_t i = 0; i < gates.size(); ++i) {
     tasks.push_back(world.Fetch("f"));
-    ids.push_back(tasks.back()->id);
   }
   world.Start();
-  ASSERT_TRUE(world.pump.RunUntil([&] { return held.Count() == 10; }));
-  EXPECT_TRUE(tasks[9]->Running());
-  EXPECT_FALSE(tasks[10]->Running() || tasks[11]->Running());
-  held.LetGo(4);
-  ASSERT_TRUE(world.pump.RunUntil([&] { return held.Count() == 11; }));
+  ASSERT_TRUE(reached(10));
+  EXPECT_TRUE(tasks[9]->Running() && !tasks[10]->Running() && !tasks[11]->Running());
+  gates[4].Set();
+  ASSERT_TRUE(reached(11));
   EXPECT_TRUE(tasks[10]->Running() && !tasks[11]->Running());
-  held.LetGo(7);
-  ASSERT_TRUE(world.pump.RunUntil([&] { return held.Count() == 12; }));
-  for (std::size_t i = 0; i < 12; ++i) {
-    held.LetGo(i);
+  gates[7].Set();
+  ASSERT_TRUE(reached(12));
+  for (Event& gate : gates) {
+    gate.Set();
   }
   EXPECT_TRUE(world.pump.RunUntil([&] { return world.outcomes.size() == 12; }));
-  EXPECT_EQ(world.started, ids);
+  EXPECT_TRUE(std::ranges::equal(tasks, world.started, {}, &TransferTask::id));
 }
 
 TEST(Scheduler, AThreadThatIsRefusedLeavesTheTaskForTheNextPass) {
@@ -196,6 +144,21 @@ TEST(Scheduler, AThreadThatIsRefusedLeavesTheTaskForTheNextPass) {
     world.context->schedulerWake.Set();
   }
   EXPECT_TRUE(world.WaitForState(*task, TransferState::Finished));
+}
+
+// Memory that runs out in the middle of a transfer.
+TEST(Scheduler, AThrowingTransferClosesItsConnection) {
+  struct : TransferProgress {
+    void BlockDone(TransferRecord& /*record*/) override { throw std::bad_alloc(); }
+  } progress;
+  EngineWorld world(Dialect(1));
+  WriteFile(world.served.File("f"), Pattern(10000));
+  TransferRecord record;
+  record.SetPaths({"/f", world.local.File("f")});
+  EXPECT_THROW(RunTaskTransfer(world.service, "fileservice", 8080, world.session.Sessid(), record,
+                               &progress, &world.context->connections),
+               std::bad_alloc);
+  EXPECT_TRUE(world.pump.RunUntil([&] { return world.peer.OpenConnections() == 1; }));
 }
 
 }  // namespace

@@ -1,8 +1,6 @@
 #include "engine/tasks.h"
 
-#include <gmock/gmock.h>
-
-#include <algorithm>
+#include <gtest/gtest.h>
 
 #include "engine/frame_messages.h"
 #include "tests/support/window_pump.h"
@@ -17,14 +15,11 @@ class Tasks : public testing::Test {
   TaskPointer Add(const std::string& remotePath, bool keep = true) {
     return store.AddDownload({"name", remotePath, "sessid", "server", 80}, "/local", keep, {});
   }
-  std::shared_ptr<TransferRecord> AddStored(std::uint32_t id, std::uint32_t parent, bool folder,
-                                            TransferState state = TransferState::Queued) {
-    StoredRecord stored;
-    stored.recordId = id;
-    stored.parentRecordId = parent;
-    stored.isFolder = folder ? 1 : 0;
-    stored.state = state;
-    auto record = std::make_shared<TransferRecord>(stored);
+  std::shared_ptr<TransferRecord> AddStored(std::uint32_t id, std::uint32_t parent, bool folder) {
+    const auto record = std::make_shared<TransferRecord>();
+    record->recordId = id;
+    record->parentRecordId = parent;
+    record->isFolder = folder ? 1 : 0;
     store.Records().Append(record);
     return record;
   }
@@ -46,12 +41,7 @@ TEST_F(Tasks, NumbersAreTheLowestFreeOnes) {
 }
 
 TEST_F(Tasks, DuplicatesByCaseEndAndFolder) {
-  struct Case {
-    const char* existing;
-    const char16_t* wanted;
-    bool duplicate;
-  };
-  const Case cases[] = {
+  const std::tuple<const char*, const char16_t*, bool> cases[] = {
       {"/pkg/x.zip", u"/PKG/X.ZIP", true},
       {"/a/b", u"/a/b/", true},
       {"/a/b/", u"/a/b", true},
@@ -62,25 +52,19 @@ TEST_F(Tasks, DuplicatesByCaseEndAndFolder) {
       {"/pkg", u"", true},
       {"/\u00c4", u"/\u00e4", false},
   };
-  for (const Case& c : cases) {
-    const TaskPointer task = Add(c.existing);
-    EXPECT_EQ(store.IsDuplicate(c.wanted, Scope::EveryState), c.duplicate) << c.existing;
+  for (const auto& [existing, wanted, duplicate] : cases) {
+    const TaskPointer task = Add(existing);
+    EXPECT_EQ(store.IsDuplicate(wanted, Scope::EveryState), duplicate) << existing;
     store.RemoveTask(task->id);
   }
-}
-
-TEST_F(Tasks, WhichRecordsCountAsDuplicates) {
   const TaskPointer task = Add("/x");
+  EXPECT_TRUE(store.IsDuplicate(u"/x", Scope::QueuedOnly));
   for (const TransferState state :
        {TransferState::Stopped, TransferState::Finished, TransferState::Failed}) {
     task->record->state = state;
     EXPECT_TRUE(store.IsDuplicate(u"/x", Scope::EveryState));
     EXPECT_FALSE(store.IsDuplicate(u"/x", Scope::QueuedOnly));
   }
-  task->record->state = TransferState::Queued;
-  EXPECT_TRUE(store.IsDuplicate(u"/x", Scope::QueuedOnly));
-  task->record->direction = 1;
-  EXPECT_FALSE(store.IsDuplicate(u"/x", Scope::EveryState));
   AddStored(9, 4, false)->SetPaths({"/child", "/c"});
   EXPECT_FALSE(store.IsDuplicate(u"/child", Scope::EveryState));
 }
@@ -95,7 +79,7 @@ TEST_F(Tasks, DraftsThatDoNotFitMakeNothing) {
 
 TEST_F(Tasks, OnlyUnfinishedKeptTasksMeetTheLimit) {
   const TaskPointer first = Add("/0");
-  Add("/hidden", false);
+  const TaskPointer hidden = Add("/hidden", false);
   for (const char* path : {"/1", "/2", "/3"}) {
     Add(path)->record->state = TransferState::Failed;
   }
@@ -104,18 +88,19 @@ TEST_F(Tasks, OnlyUnfinishedKeptTasksMeetTheLimit) {
   EXPECT_TRUE(store.StreamLimitReached());
   first->record->state = TransferState::Finished;
   EXPECT_FALSE(store.StreamLimitReached());
+  store.DropUnkeptRecords();
+  EXPECT_EQ(store.Records().Size(), 5U);
+  EXPECT_NE(store.Find(hidden->id), nullptr) << "its worker may still run";
 }
 
 TEST_F(Tasks, RestoreMakesATaskForEachTopRecordInOrder) {
   test::WindowPump pump;
-  std::vector<TaskId> announced;
+  int announced = 0;
   const WindowHandle owner = pump.MakeWindow([&](const WindowMessage& message) {
-    if (message.number == frame_message::kTaskAdded) {
-      announced.push_back(message.wParam);
-    }
+    announced += message.number == frame_message::kTaskAdded ? 1 : 0;
     return 0;
   });
-  AddStored(3, 0, true, TransferState::Failed);
+  AddStored(3, 0, true)->state = TransferState::Failed;
   const auto file = AddStored(1, 0, false);
   const auto child = AddStored(7, 5, false);
   const auto folder = AddStored(5, 0, true);
@@ -124,11 +109,14 @@ TEST_F(Tasks, RestoreMakesATaskForEachTopRecordInOrder) {
 
   EXPECT_TRUE(store.RestoreTasks("sessid", owner));
   EXPECT_FALSE(store.RestoreTasks("sessid", owner));
-  pump.RunUntil([&] { return announced.size() >= 4; });
-  ASSERT_EQ(announced.size(), 4U);
-  std::vector<TaskPointer> tasks(announced.size());
-  std::transform(announced.begin(), announced.end(), tasks.begin(),
-                 [this](TaskId id) { return store.Find(id); });
+  std::vector<TaskId> ids;
+  queue->ForEach([&ids](const TransferTask& task) { ids.push_back(task.id); });
+  ASSERT_EQ(ids.size(), 4U);
+  EXPECT_TRUE(pump.RunUntil([&] { return announced == 4; }));
+  std::vector<TaskPointer> tasks;
+  for (const TaskId id : ids) {
+    tasks.push_back(store.Find(id));
+  }
   const TransferRecord& made = *tasks[0]->childRecord;
   EXPECT_EQ(made.parentRecordId, 3U);
   EXPECT_EQ(made.state, TransferState::Failed);
@@ -142,18 +130,9 @@ TEST_F(Tasks, RestoreMakesATaskForEachTopRecordInOrder) {
   EXPECT_EQ(queue->NextRunnableTask(), tasks[1]);
 
   store.RemoveTask(tasks[2]->id);
-  EXPECT_EQ(store.Find(announced[2]), nullptr);
+  EXPECT_EQ(store.Find(ids[2]), nullptr);
   EXPECT_EQ(store.Records().Size(), 6U);
   EXPECT_EQ(tasks[2]->record->state, TransferState::Stopped) << "its worker would run on";
-}
-
-TEST_F(Tasks, RecordsThatAreNotKeptGoAtTheEnd) {
-  Add("/kept");
-  const TaskPointer hidden = Add("/hidden", false);
-  Add("/kept too");
-  store.DropUnkeptRecords();
-  EXPECT_EQ(store.Records().Size(), 2U);
-  EXPECT_NE(store.Find(hidden->id), nullptr) << "its worker may still run";
 }
 
 TEST_F(Tasks, ATaskNeverHasTwoWorkers) {
