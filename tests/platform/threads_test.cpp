@@ -26,14 +26,10 @@ TEST(Event, StaysSignalledUntilReset) {
 
 TEST(Thread, TellsItsEndAfterReleasingWhatItHeld) {
   for (int i = 0; i < 500; ++i) {
-    const auto held = std::make_shared<int>(i);
-    const Event* go = nullptr;
-    const auto gate = std::make_shared<Event>();
-    go = gate.get();
-    const auto thread = Thread::Start([held, go] { go->WaitFor(kLong); });
-    ASSERT_TRUE(thread);
+    const auto held = std::make_shared<Event>();
+    const auto thread = Thread::Start([held] { held->WaitFor(kLong); });
     EXPECT_FALSE(thread->Ended().IsSet());
-    gate->Set();
+    held->Set();
     ASSERT_TRUE(thread->Ended().WaitFor(kLong));
     EXPECT_EQ(held.use_count(), 1);
   }

@@ -9,34 +9,12 @@
 #include <vector>
 
 #include "platform/event.h"
+#include "tests/support/window_pump.h"
 
 namespace updown {
 namespace {
 
 constexpr std::chrono::milliseconds kLong = std::chrono::seconds(20);
-
-// A queue with an event loop as simple as can be.
-class Loop {
- public:
-  MessageQueue& Queue() { return queue_; }
-
-  // False if `done` was not signalled in a long time.
-  bool RunUntil(const Event& done) {
-    const Event* const either[] = {&done, &woken_};
-    while (!done.IsSet()) {
-      if (!WaitForAny(either, kLong)) {
-        return false;
-      }
-      woken_.Reset();
-      queue_.Dispatch();
-    }
-    return true;
-  }
-
- private:
-  Event woken_;
-  MessageQueue queue_{[this] { woken_.Set(); }};
-};
 
 // Sends one message from a thread of its own.
 class Sender {
@@ -58,71 +36,60 @@ class Sender {
 };
 
 TEST(Window, ASendGivesTheResultOnEveryThread) {
-  Loop loop;
+  test::WindowPump pump;
   const std::thread::id here = std::this_thread::get_id();
-  const WindowHandle window = loop.Queue().Register([here](const WindowMessage& message) {
+  const WindowHandle window = pump.MakeWindow([here](const WindowMessage& message) {
     EXPECT_EQ(std::this_thread::get_id(), here);
     return MessageResult{message.number} * 100 + static_cast<MessageResult>(message.wParam * 10) +
            message.lParam;
   });
-  EXPECT_TRUE(IsWindow(window));
   EXPECT_EQ(SendWindowMessage(window, 1, 2, 3), 123);
   const Sender sender(window);
-  EXPECT_TRUE(loop.RunUntil(sender.Done()));
+  EXPECT_TRUE(pump.RunUntil([&] { return sender.Done().IsSet(); }));
   EXPECT_EQ(sender.Result(), 123);
 }
 
 TEST(Window, AHandleWithoutAWindowTakesNothing) {
   EXPECT_FALSE(IsWindow({}));
-  Loop loop;
-  const WindowHandle window = loop.Queue().Register([](const WindowMessage&) { return 1; });
-  loop.Queue().Unregister(window);
-  loop.Queue().Unregister(window);
+  test::WindowPump pump;
+  const WindowHandle window = pump.MakeWindow([](const WindowMessage&) { return 1; });
+  pump.DestroyWindow(window);
+  pump.DestroyWindow(window);
   EXPECT_FALSE(IsWindow(window));
   EXPECT_FALSE(PostWindowMessage(window, 1, 0, 0));
   EXPECT_EQ(SendWindowMessage(window, 1, 0, 0), 0);
-  EXPECT_NE(loop.Queue().Register([](const WindowMessage&) { return 1; }), window);
+  EXPECT_NE(pump.MakeWindow([](const WindowMessage&) { return 1; }), window);
 }
 
 // What a message box does: its loop has to be woken for what the outer one had not reached.
 TEST(Window, ALoopInsideAHandlerGoesOnInOrder) {
-  Loop loop;
+  test::WindowPump pump;
   std::vector<std::uint32_t> seen;
-  Event last;
-  const WindowHandle window = loop.Queue().Register([&](const WindowMessage& message) {
+  const WindowHandle window = pump.MakeWindow([&](const WindowMessage& message) {
     seen.push_back(message.number);
     if (message.number == 1) {
-      EXPECT_TRUE(loop.RunUntil(last));
-    } else if (message.number == 3) {
-      last.Set();
+      EXPECT_TRUE(pump.RunUntil([&] { return seen.size() == 3; }));
     }
     return 0;
   });
   for (const std::uint32_t number : {1U, 2U, 3U}) {
     EXPECT_TRUE(PostWindowMessage(window, number, 0, 0));
   }
-  EXPECT_TRUE(loop.RunUntil(last));
+  EXPECT_TRUE(pump.RunUntil([&] { return seen.size() == 3; }));
   EXPECT_EQ(seen, (std::vector<std::uint32_t>{1, 2, 3}));
 }
 
 TEST(Window, AWindowMayGoInItsOwnHandler) {
-  Loop loop;
+  test::WindowPump pump;
   WindowHandle window;
-  Event done;
   const auto five = std::make_shared<int>(5);
-  window = loop.Queue().Register([&loop, &window, five](const WindowMessage&) {
-    loop.Queue().Unregister(window);
+  window = pump.MakeWindow([&pump, &window, five](const WindowMessage&) {
+    pump.DestroyWindow(window);
     return *five;  // the procedure itself is still whole
   });
-  const WindowHandle other = loop.Queue().Register([&](const WindowMessage&) {
-    done.Set();
-    return 0;
-  });
   const Sender sender(window);
-  EXPECT_TRUE(loop.RunUntil(sender.Done()));
+  EXPECT_TRUE(pump.RunUntil([&] { return sender.Done().IsSet(); }));
   EXPECT_EQ(sender.Result(), 5);
-  PostWindowMessage(other, 1, 0, 0);
-  EXPECT_TRUE(loop.RunUntil(done));
 }
 
 TEST(Window, WaitingSendersGetZeroWhenWindowOrQueueGoes) {
@@ -162,16 +129,11 @@ TEST(Window, QueuesComeAndGoUnderBusySenders) {
   std::atomic<std::uint64_t> target{0};
   std::atomic<bool> stop{false};
   std::vector<std::thread> senders;
-  senders.reserve(4);
   for (int i = 0; i < 4; ++i) {
-    senders.emplace_back([&target, &stop, i] {
+    senders.emplace_back([&target, &stop] {
       while (!stop) {
-        const WindowHandle window{target.load()};
-        if (i % 2 == 0) {
-          SendWindowMessage(window, 1, 0, 0);
-        } else {
-          PostWindowMessage(window, 1, 0, 0);
-        }
+        SendWindowMessage({target.load()}, 1, 0, 0);
+        PostWindowMessage({target.load()}, 1, 0, 0);
         std::this_thread::yield();
       }
     });
