@@ -37,9 +37,11 @@ bool WriteAll(int file, const char* bytes, std::size_t count) {
   return true;
 }
 
-bool CopyBytes(int from, int to) {
+using Stop = const std::atomic<bool>*;
+
+bool CopyBytes(int from, int to, Stop stop) {
   std::vector<char> chunk(kChunk);
-  for (;;) {
+  while (stop == nullptr || !*stop) {
     const ssize_t count = read(from, chunk.data(), chunk.size());
     if (count < 0 && errno == EINTR) {
       continue;
@@ -51,6 +53,7 @@ bool CopyBytes(int from, int to) {
       return false;
     }
   }
+  return false;
 }
 
 // Rights and times last, since writing changes the one and a read-only folder takes no entries.
@@ -60,7 +63,7 @@ bool Finish(int to, const struct stat& status) {
          fsync(to) == 0;
 }
 
-bool CopyFile(const Place& from, const Place& to) {
+bool CopyFile(const Place& from, const Place& to, Stop stop) {
   const UniqueFd source(
       openat(from.folder, from.name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
   struct stat status {};
@@ -69,7 +72,7 @@ bool CopyFile(const Place& from, const Place& to) {
   }
   const UniqueFd target(openat(to.folder, to.name.c_str(),
                                O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
-  return target && CopyBytes(source.Get(), target.Get()) && Finish(target.Get(), status);
+  return target && CopyBytes(source.Get(), target.Get(), stop) && Finish(target.Get(), status);
 }
 
 bool CopyLink(const Place& from, const Place& to) {
@@ -78,9 +81,9 @@ bool CopyLink(const Place& from, const Place& to) {
   return length > 0 && symlinkat(text.data(), to.folder, to.name.c_str()) == 0;
 }
 
-bool CopyBelow(const Place& from, const Place& to, int depth);
+bool CopyBelow(const Place& from, const Place& to, int depth, Stop stop);
 
-bool CopyFolder(const Place& from, const Place& to, int depth) {
+bool CopyFolder(const Place& from, const Place& to, int depth, Stop stop) {
   const UniqueFd source = OpenInnerFolder(from.folder, from.name);
   struct stat status {};
   if (!source || fstat(source.Get(), &status) != 0 || depth == kDeepestFolder ||
@@ -93,29 +96,29 @@ bool CopyFolder(const Place& from, const Place& to, int depth) {
     return false;
   }
   for (const std::string& name : *names) {
-    if (!CopyBelow({source.Get(), name}, {target.Get(), name}, depth + 1)) {
+    if (!CopyBelow({source.Get(), name}, {target.Get(), name}, depth + 1, stop)) {
       return false;
     }
   }
   return Finish(target.Get(), status);
 }
 
-bool CopyBelow(const Place& from, const Place& to, int depth) {
+bool CopyBelow(const Place& from, const Place& to, int depth, Stop stop) {
   struct stat status {};
   if (fstatat(from.folder, from.name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
     return false;
   }
   if (S_ISDIR(status.st_mode)) {
-    return CopyFolder(from, to, depth);
+    return CopyFolder(from, to, depth, stop);
   }
-  return S_ISLNK(status.st_mode) ? CopyLink(from, to) : CopyFile(from, to);
+  return S_ISLNK(status.st_mode) ? CopyLink(from, to) : CopyFile(from, to, stop);
 }
 
 }  // namespace
 
-bool CopyEntry(int fromFolder, const std::string& fromName, int toFolder,
-               const std::string& toName) {
-  return CopyBelow({fromFolder, fromName}, {toFolder, toName}, 0);
+bool CopyEntry(int fromFolder, const std::string& fromName, int toFolder, const std::string& toName,
+               const std::atomic<bool>* stop) {
+  return CopyBelow({fromFolder, fromName}, {toFolder, toName}, 0, stop);
 }
 
 }  // namespace updown

@@ -99,9 +99,9 @@ bool PublishCopy(const Move& move, const std::string& copy) {
   return false;
 }
 
-bool MoveByCopy(const Move& move) {
+bool MoveByCopy(const Move& move, const std::atomic<bool>* stop) {
   const std::string copy = TemporaryName();
-  if (CopyEntry(move.from.Get(), move.name, move.to.Get(), copy) && PublishCopy(move, copy)) {
+  if (CopyEntry(move.from.Get(), move.name, move.to.Get(), copy, stop) && PublishCopy(move, copy)) {
     return true;
   }
   RemoveEntry(move.to.Get(), copy);
@@ -115,7 +115,7 @@ bool MoveByRename(const Move& move) {
   return renameat(move.from.Get(), move.name.c_str(), move.to.Get(), move.name.c_str()) == 0;
 }
 
-bool Carry(Move& move, MoveRoad road) {
+bool Carry(Move& move, MoveRoad road, const std::atomic<bool>* stop) {
   const auto source = Look(move.from.Get(), move.name);
   struct stat from {};
   struct stat to {};
@@ -136,19 +136,19 @@ bool Carry(Move& move, MoveRoad road) {
   if (road == MoveRoad::Rename && MoveByRename(move)) {
     return true;
   }
-  return (road == MoveRoad::Copy || errno == EXDEV) && MoveByCopy(move);
+  return (road == MoveRoad::Copy || errno == EXDEV) && MoveByCopy(move, stop);
 }
 
 }  // namespace
 
 std::optional<std::string> MoveLocal(const std::string& path, const std::string& folder,
-                                     MoveRoad road) {
+                                     MoveRoad road, const std::atomic<bool>* stop) {
   const auto parts = SplitPath(path);
   if (!parts || folder.empty()) {
     return std::nullopt;
   }
   Move move{OpenFolderPath(parts->folder), OpenFolderPath(folder), parts->name};
-  if (!move.from || !move.to || !Carry(move, road)) {
+  if (!move.from || !move.to || !Carry(move, road, stop)) {
     return std::nullopt;
   }
   return folder + (folder.back() == '/' ? "" : "/") + parts->name;

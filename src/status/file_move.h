@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <optional>
 #include <string>
 
@@ -15,8 +16,10 @@ enum class MoveRoad { Rename, Copy };
 //
 // A copy stands complete on the disk under a name of its own before it takes the wanted name, and
 // the source goes then. So after a failure (nothing returned) all is as it was: the source in its
-// place and the folder without a trace of it.
+// place and the folder without a trace of it. A `stop` that is set while bytes are copied is such a
+// failure.
 std::optional<std::string> MoveLocal(const std::string& path, const std::string& folder,
-                                     MoveRoad road = MoveRoad::Rename);
+                                     MoveRoad road = MoveRoad::Rename,
+                                     const std::atomic<bool>* stop = nullptr);
 
 }  // namespace updown
