@@ -7,17 +7,6 @@
 namespace updown {
 namespace {
 
-TEST(TransferRecord, AStoppedRecordIsNotOverruled) {
-  TransferRecord record;
-  EXPECT_FALSE(record.ChangeState(TransferState::Failed, TransferState::Queued));
-  EXPECT_TRUE(record.ChangeState(TransferState::Queued, TransferState::Stopped));
-  EXPECT_FALSE(record.SetStateUnlessStopped(TransferState::Finished));
-  EXPECT_EQ(record.state, TransferState::Stopped);
-  record.state = TransferState::Queued;
-  EXPECT_TRUE(record.SetStateUnlessStopped(TransferState::Finished));
-  EXPECT_EQ(record.state, TransferState::Finished);
-}
-
 // A folder's child takes up file after file while the main thread saves the list. A save that gave
 // one file the count of another would resume over the wrong bytes.
 TEST(TransferRecord, AStoredRecordNeverMixesTwoFiles) {

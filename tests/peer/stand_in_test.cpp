@@ -88,31 +88,6 @@ TEST_P(StandInTest, SessionReplyByteForByte) {
   EXPECT_EQ(Wire(expected), client.ReceiveFrame());
 }
 
-TEST_P(StandInTest, LoginGuardsEverything) {
-  options.login = Login{"ann", "secret", "north"};
-  StandIn standIn(options);
-  const WithSession client(standIn);
-  EXPECT_EQ(First() ? 32774U : 32773U, client.opened.code);
-  EXPECT_TRUE(First() || client.opened.data.starts_with(Wire("07 0001 01")));
-  EXPECT_FALSE(Agrees(client.Exchange(4100, "/new"), 4100));
-  EXPECT_FALSE(fs::exists(root / "new"));
-  const auto login = [&](const char* notation) {
-    return Agrees(client.Exchange(4098, Wire(notation)), 4098);
-  };
-  const auto attach = [&] {
-    const std::string& id = client.sessid;
-    return WithSession(standIn).Exchange(4353, First() ? Attribute(166, id) + '\xFF' : id).code;
-  };
-  EXPECT_FALSE(login("A0 0003 'ann' A1 0005 'wrong' A2 0005 'north' FF"));
-  EXPECT_FALSE(login("A0 0003 'ann' A1 0006 'secret' FF"));
-  EXPECT_EQ(32774U, attach());
-  EXPECT_TRUE(login("A0 0003 'ann' A1 0006 'secret' A2 0005 'north' FF"));
-  EXPECT_TRUE(Agrees(client.Exchange(4100, "/new"), 4100));
-  EXPECT_EQ(First() ? 32768U : 4096U, attach());
-  standIn.ForgetSessions();
-  EXPECT_EQ(32774U, attach());
-}
-
 TEST_P(StandInTest, ListsInOrderWithAllAttributes) {
   fs::create_directory(root / "b");
   WriteFile(root / "a", "12345");

@@ -90,14 +90,5 @@ TEST(Exchange, ChecksVersionBeforeCode) {
   }
 }
 
-TEST(Exchange, LeavesBytesBehindTheFrameUnread) {
-  testing::ScriptedPeer peer({{"", First(0x8000, "one") + First(0x8001, "two")}});
-  MessageBuffer buffer(kExchangeCapacity);
-  ServiceReply reply;
-  ASSERT_EQ(ReceiveReply(peer.Socket(), buffer, reply), 0);
-  EXPECT_EQ(AsText(reply.data), "one");
-  EXPECT_EQ(AsText(buffer.UnreadBytes()), First(0x8001, "two"));
-}
-
 }  // namespace
 }  // namespace updown
