@@ -71,7 +71,7 @@ TEST_F(LinkListCtrlTest, LinksAndTipsStayByKey) {
   EXPECT_TRUE(list_.HasLink(1, kLink));
 }
 
-TEST_F(LinkListCtrlTest, MouseOverTheTextAloneIsHoverAndHasItsColour) {
+TEST_F(LinkListCtrlTest, MouseOverTheTextAloneIsHover) {
   list_.AddLink(0, kLink);
   list_.AddLink(1, kLink);
   const QPoint beside(list_.LinkTextRect(0, kLink).right() + 5, Link(0).y());
@@ -86,19 +86,6 @@ TEST_F(LinkListCtrlTest, MouseOverTheTextAloneIsHoverAndHasItsColour) {
     EXPECT_EQ(list_.viewport()->cursor().shape(),
               first || second ? Qt::PointingHandCursor : Qt::ArrowCursor);
   }
-  const QImage image = list_.viewport()->grab().toImage();
-  const auto has = [&](int row, bool hover) {
-    const QImage text = image.copy(list_.LinkTextRect(row, kLink));
-    const QRgb colour = LinkColor(list_.palette(), hover).rgb();
-    bool found = false;
-    for (int i = 0; i < text.width() * text.height(); ++i) {
-      found |= text.pixel(i % text.width(), i / text.width()) == colour;
-    }
-    return found;
-  };
-  EXPECT_TRUE(has(0, false));
-  EXPECT_FALSE(has(0, true));
-  EXPECT_TRUE(has(1, true));
 }
 
 TEST_F(LinkListCtrlTest, TipShowsOverItsCellOnly) {

@@ -9,6 +9,7 @@
 #include <QTimer>
 #include <QTreeWidget>
 #include <filesystem>
+#include <map>
 #include <thread>
 
 #include "localdata/tasklist.h"
@@ -140,6 +141,29 @@ TEST_F(FrameTest, KeepsUserTasksAndDropsHiddenOnesAtItsEnd) {
   ASSERT_EQ(stored.Size(), 1U);
   EXPECT_TRUE(stored.First()->LocalPath().ends_with("/kept"));
   EXPECT_EQ(stored.First()->state.load(), TransferState::Queued) << "goes on at the next start";
+}
+
+TEST_F(FrameTest, FetchesAHeaderAgainThatWasCutOff) {
+  const auto headersIn = [](const std::string& folder) {
+    std::map<std::string, std::uintmax_t> sizes;
+    for (const auto& file : std::filesystem::recursive_directory_iterator(folder)) {
+      if (file.path().extension() == ".ini") {
+        sizes[file.path().filename()] = file.file_size();
+      }
+    }
+    return sizes;
+  };
+  const auto sent = headersIn(served_->AreaFolder());
+  const auto arrived = [&] { return headersIn(frame_->Cache().Root()); };
+  served_->Service().AddFault({.kind = Kind::DropInside, .message = message::kReadBlock});
+  Open();
+  EXPECT_TRUE(QTest::qWaitFor([&] { return arrived().size() == sent.size() - 1; }, kPatienceMs));
+  EXPECT_TRUE(QTest::qWaitFor(
+      [&] {
+        QTest::keyClick(frame_->findChild<QTreeView*>(u"packageList"_qs), Qt::Key_F5);
+        return arrived() == sent;
+      },
+      kPatienceMs));
 }
 
 TEST_F(FrameTest, AsksForALoginBeforeThereIsAWindow) {

@@ -76,14 +76,6 @@ TEST(LaunchIdentityTest, DecodesTheApplication) {
   EXPECT_EQ(DecodeAppid(std::string(522, 'B')), "") << "more than 260 bytes";
 }
 
-TEST(LaunchIdentityTest, TakesTheLanguageFromTheFront) {
-  EXPECT_EQ(LanguageIdOf("2052x"), 2052);
-  EXPECT_EQ(LanguageIdOf("1031"), 1031);
-  for (const char* none : {"", "abc", "0", "-5"}) {
-    EXPECT_EQ(LanguageIdOf(none), kDefaultLanguage) << none;
-  }
-}
-
 TEST(LaunchIdentityTest, ReadsTheEnvironment) {
   setenv(kVariableIdentity1, "A", 1);
   setenv(kVariableIdentity2, std::string(1024, 'x').c_str(), 1);  // too long: reads as empty
@@ -93,6 +85,11 @@ TEST(LaunchIdentityTest, ReadsTheEnvironment) {
   EXPECT_EQ(launch.identityHash, "3d8c564cc16000bfc5a38cd82de2bad2");
   EXPECT_EQ(launch.appid, "");
   EXPECT_EQ(launch.languageId, 1028);
+  const std::pair<const char*, int> languages[] = {{"2052x", 2052}, {"1031", 1031}, {"", 1033},
+                                                   {"abc", 1033},   {"0", 1033},    {"-5", 1033}};
+  for (const auto& [text, id] : languages) {
+    EXPECT_EQ(LanguageIdOf(text), id) << text;
+  }
 }
 
 }  // namespace

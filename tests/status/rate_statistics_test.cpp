@@ -92,16 +92,5 @@ TEST_F(RateStatistics, CountsTheFileInFlight) {
   EXPECT_FLOAT_EQ(Average(1000), 1000);
 }
 
-TEST_F(RateStatistics, BeginsAgainFromNothing) {
-  Start(0, 5000);
-  Sample(1000, 500);
-  EXPECT_FLOAT_EQ(Average(1000), 250);
-  Record().doneBytes = 0;
-  RestartStatistics(Record(), 9000);
-  now_ = 9000;
-  EXPECT_FLOAT_EQ(Sample(1000, 700), 700);
-  EXPECT_FLOAT_EQ(Average(1000), 350);
-}
-
 }  // namespace
 }  // namespace updown

@@ -1,6 +1,4 @@
-#include <QDropEvent>
 #include <QLineEdit>
-#include <QMimeData>
 
 #include "tests/views/views_world.h"
 
@@ -193,22 +191,6 @@ TEST_F(Browsing, ARenameStaysOnlyIfTheServiceAgrees) {
     EXPECT_EQ(TakeLog(), c.asked) << c.text.toStdString();
     EXPECT_EQ(c.item->text(0), c.shown);
   }
-}
-
-TEST_F(Browsing, ADropIsTakenAsACopyAndDoesNothing) {
-  Start({kFirst});
-  QMimeData files;
-  files.setUrls({QUrl::fromLocalFile(u"/somewhere"_qs)});
-  QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction | Qt::MoveAction, &files, Qt::LeftButton,
-                        Qt::NoModifier);
-  QCoreApplication::sendEvent(tree_->viewport(), &enter);
-  QDropEvent drop(QPointF(5, 5), Qt::CopyAction | Qt::MoveAction, &files, Qt::LeftButton,
-                  Qt::NoModifier);
-  QCoreApplication::sendEvent(tree_->viewport(), &drop);
-  EXPECT_TRUE(drop.isAccepted());
-  EXPECT_EQ(drop.dropAction(), Qt::CopyAction);
-  EXPECT_THAT(TakeLog(), IsEmpty());
-  EXPECT_EQ(Root()->childCount(), 1);
 }
 
 TEST_F(Browsing, NamesOfItemsThatAreGoneFindNothing) {
