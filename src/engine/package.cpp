@@ -44,10 +44,7 @@ std::u16string StartIniNameOf(std::u16string_view package) {
 bool EndsInIni(std::string_view path) {
   return path.size() >= kIniEnding.size() &&
          std::equal(kIniEnding.begin(), kIniEnding.end(), path.end() - kIniEnding.size(),
-                    [](char lower, char letter) {
-                      return letter == lower ||
-                             (letter >= 'A' && letter <= 'Z' && letter - 'A' + 'a' == lower);
-                    });
+                    [](char lower, char letter) { return AsciiLower(letter) == lower; });
 }
 
 PackageFiles FindPackageFiles(const PackageCache& cache, std::u16string_view package) {

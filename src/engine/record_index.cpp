@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "platform/text.h"
+
 namespace updown {
 namespace {
 
@@ -10,11 +12,7 @@ std::string KeyOf(std::string_view path) {
     path.remove_suffix(1);
   }
   std::string key(path);
-  for (char& letter : key) {
-    if (letter >= 'A' && letter <= 'Z') {
-      letter = static_cast<char>(letter - 'A' + 'a');
-    }
-  }
+  std::transform(key.begin(), key.end(), key.begin(), AsciiLower);
   return key;
 }
 

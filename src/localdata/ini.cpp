@@ -7,13 +7,12 @@
 
 #include "localdata/files.h"
 #include "platform/local_file.h"
+#include "platform/text.h"
 
 namespace updown {
 namespace {
 
 constexpr std::size_t kChunk = 32768;
-
-char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
 // Printable ASCII. Bytes of other letters are not printable at the front of a line, whatever the
 // code page: a key is ASCII.
@@ -58,7 +57,7 @@ IniFile::IniFile(std::string path) : path_(std::move(path)) {}
 std::string IniFile::Folded(std::string_view name) const {
   std::string folded(name);
   if (caseInsensitive_) {
-    std::transform(folded.begin(), folded.end(), folded.begin(), Lower);
+    std::transform(folded.begin(), folded.end(), folded.begin(), AsciiLower);
   }
   return folded;
 }

@@ -27,6 +27,11 @@ AnsiCodePage AnsiCodePageOf(std::int32_t languageId);
 std::u16string AnsiToWide(std::string_view bytes, AnsiCodePage codePage);
 std::string WideToAnsi(std::u16string_view wide, AnsiCodePage codePage);
 
+// For names that are compared as bytes: only the ASCII letters have a case.
+constexpr char AsciiLower(char letter) {
+  return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+}
+
 // Comparisons without regard to case, by simple case folding of each character.
 int CompareIgnoringCase(std::u16string_view a, std::u16string_view b);
 bool EqualIgnoringCase(std::u16string_view a, std::u16string_view b);
