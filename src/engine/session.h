@@ -36,8 +36,8 @@ class SharedSession {
     bool open = false;
     std::uint32_t error = 0;  // for ReportResult: a string id, a positive code, 0 for nothing
   };
-  // Returns at once if the session is open. Else connects, negotiates, and logs in as often as the
-  // person is willing to try.
+  // Returns at once if the session is open and in step. Else connects, negotiates, and logs in as
+  // often as the person is willing to try.
   Opened OpenSharedSession();
 
   void Close();
