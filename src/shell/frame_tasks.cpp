@@ -8,8 +8,10 @@
 
 #include "controls/boxes.h"
 #include "engine/frame_messages.h"
+#include "localdata/files.h"
 #include "localdata/tasklist.h"
 #include "platform/qt/text.h"
+#include "platform/text.h"
 #include "service/result_codes.h"
 #include "shell/main_frame.h"
 #include "shell/offered_name.h"
@@ -77,6 +79,16 @@ void CMainFrame::AddCacheDownload(bool keep, const TaskDraft& draft) {
   const std::string target = cache_.PathOf(draft.displayName);
   if (!target.empty() && tasks_.AddDownload(draft, target, keep, FrameWindow())) {
     context_->schedulerWake.Set();
+  }
+}
+
+// The next refresh repeats a failed fetch, but passes over what lies in the cache: so the piece
+// that has arrived goes, unless such a repetition writes there already.
+void CMainFrame::DropFailedHeader(const TransferRecord& record) {
+  const RecordPaths paths = record.Paths();
+  if (record.keepAcrossRestart == 0 && record.state == TransferState::Failed &&
+      !tasks_.IsDuplicate(Utf8ToWide(paths.remotePath), TaskStore::DuplicateScope::QueuedOnly)) {
+    DeleteLocalFile(paths.localPath);
   }
 }
 

@@ -71,6 +71,7 @@ class CMainFrame final : public QMainWindow, public FrameOperations {
   MessageResult OnFolderMessage(const WindowMessage& message);
   void OnTaskResult(const WindowMessage& message);
   void OnTaskAdded(const WindowMessage& message);
+  void DropFailedHeader(const TransferRecord& record);
   void ShowStatus();
   void ForwardToStatus(std::uint32_t number, const WindowMessage& message);
   bool IsDuplicateUserTask(const std::u16string& path);

@@ -88,9 +88,13 @@ void CMainFrame::OnTaskResult(const WindowMessage& message) {
     return;
   }
   ForwardToStatus(frame_message::kTaskState, message);
-  if (message.lParam == 0 && task->record && EndsInIni(task->record->LocalPath())) {
+  if (!task->record) {
+    return;
+  }
+  if (message.lParam == 0 && EndsInIni(task->record->LocalPath())) {
     list_->RefreshHeaderlessRows();
   }
+  DropFailedHeader(*task->record);
 }
 
 void CMainFrame::OnTaskAdded(const WindowMessage& message) {
