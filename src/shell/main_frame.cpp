@@ -21,6 +21,7 @@ namespace {
 constexpr int kFrameIcon = 128;
 constexpr int kInstancePollMs = 50;
 constexpr QSize kFirstSize{960, 720};
+constexpr int kTreeWidth = 200;  // when the keyboard opens it
 // With the windows' own end this keeps the whole exit below two seconds.
 constexpr std::chrono::milliseconds kStopLimit{1500};
 
@@ -75,6 +76,8 @@ void CMainFrame::LoadFrame() {
   resize(kFirstSize);
   const auto* about = new QShortcut(QKeySequence(Qt::Key_F1), this);
   connect(about, &QShortcut::activated, this, [this] { ShowAboutBox(this); });
+  const auto* tree = new QShortcut(QKeySequence(Qt::Key_F6), this);
+  connect(tree, &QShortcut::activated, this, &CMainFrame::GoToTreeOrBack);
   OnCreateClient();
   scheduler_ = std::make_unique<Scheduler>(context_);
 }
@@ -86,6 +89,10 @@ void CMainFrame::OnCreateClient() {
   inner_ = new CMySplitter(Qt::Vertical);
   list_ = new CMyFileListFormView(*this);
   form_ = new CMyFormView(*this);
+  outer_->setObjectName(u"outerSplitter"_qs);
+  outer_->setAccessibleName(windowTitle());
+  inner_->setObjectName(u"innerSplitter"_qs);
+  inner_->setAccessibleName(list_->accessibleName());
   inner_->addWidget(list_);
   inner_->addWidget(form_);
   outer_->addWidget(tree_);
@@ -118,6 +125,18 @@ void CMainFrame::LayOutPanes() {
   inner_->setStretchFactor(0, 0);
   inner_->setStretchFactor(1, 1);
   inner_->setSizes({heights.list, height() - heights.list - inner_->handleWidth()});
+}
+
+// What dragging the bar does for the mouse: without it the keyboard could not rename a package.
+void CMainFrame::GoToTreeOrBack() {
+  if (tree_->hasFocus()) {
+    list_->FocusList();
+    return;
+  }
+  if (outer_->sizes().constFirst() == 0) {
+    outer_->setSizes({kTreeWidth, outer_->width() - kTreeWidth});
+  }
+  tree_->setFocus(Qt::ShortcutFocusReason);
 }
 
 void CMainFrame::showEvent(QShowEvent* event) {

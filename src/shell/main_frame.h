@@ -65,6 +65,7 @@ class CMainFrame final : public QMainWindow, public FrameOperations {
   void OnCreateClient();
   void WireWindows();
   void LayOutPanes();
+  void GoToTreeOrBack();
   void RaiseFrame();
 
   MessageResult WindowProc(const WindowMessage& message);

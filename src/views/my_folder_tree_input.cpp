@@ -79,6 +79,13 @@ void CMyFolderTree::mousePressEvent(QMouseEvent* event) {
   QTreeWidget::mousePressEvent(event);
 }
 
+void CMyFolderTree::mouseMoveEvent(QMouseEvent* event) {
+  // A drag selects nothing: each selection asks the service for a folder.
+  if (event->buttons() == Qt::NoButton) {
+    QTreeWidget::mouseMoveEvent(event);
+  }
+}
+
 void CMyFolderTree::mouseDoubleClickEvent(QMouseEvent* event) {
   const QTreeWidgetItem* item = itemAt(event->position().toPoint());
   const ItemId id = IdOf(item);
@@ -90,6 +97,17 @@ void CMyFolderTree::mouseDoubleClickEvent(QMouseEvent* event) {
     QTreeWidget::mouseDoubleClickEvent(event);
   }
   OnExpanding(id, Expansion::Toggle);
+}
+
+// A splitter keeps the widget of a closed pane, beside its own area. The keyboard must not reach it
+// there: who pressed an arrow key would change the attachments on show without seeing why.
+void CMyFolderTree::moveEvent(QMoveEvent* event) {
+  QTreeWidget::moveEvent(event);
+  const bool closed = event->pos().x() < 0;
+  setFocusPolicy(closed ? Qt::NoFocus : Qt::StrongFocus);
+  if (closed && hasFocus()) {
+    focusNextChild();
+  }
 }
 
 void CMyFolderTree::keyPressEvent(QKeyEvent* event) {
