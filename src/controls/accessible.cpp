@@ -52,6 +52,11 @@ QAccessibleInterface* MakeAccessible(const QString& className, QObject* object) 
 
 }  // namespace
 
+QString AccessibleCells::CellText(const QModelIndex& index) const {
+  const QVariant spoken = index.data(Qt::AccessibleTextRole);
+  return (spoken.isValid() ? spoken : index.data()).toString();
+}
+
 QString AccessibleCells::CellHelp(const QModelIndex& index) const {
   Q_UNUSED(index);
   return {};

@@ -10,7 +10,8 @@ class AccessibleCells {
  public:
   virtual ~AccessibleCells() = default;
 
-  virtual QString CellText(const QModelIndex& index) const { return index.data().toString(); }
+  // What the model gives as AccessibleTextRole or, without that, what the cell shows.
+  virtual QString CellText(const QModelIndex& index) const;
   virtual QString CellHelp(const QModelIndex& index) const;
   // A link can be pressed.
   virtual bool IsLinkCell(const QModelIndex& index) const;

@@ -82,6 +82,7 @@ enum class StringId : std::uint32_t {
   // Names of widgets without a caption, for screen readers.
   FolderTreeName = 100400,
   PackageListName = 100401,
+  PackageFormName = 100402,
 };
 
 }  // namespace updown

@@ -31,9 +31,10 @@ CMyFileListFormView::CMyFileListFormView(FrameOperations& frame, QWidget* parent
       model_(new PackageListModel(this)),
       target_([this](const WindowMessage& message) { return WindowProc(message); }) {
   setObjectName(QStringLiteral("packageView"));
+  setAccessibleName(Text(StringId::PackageListName));
   setMinimumSize(1, 1);  // the pane can be made as small as its splitter lets it
   list_->setObjectName(QStringLiteral("packageList"));
-  list_->setAccessibleName(Text(StringId::PackageListName));
+  list_->setAccessibleName(accessibleName());
   list_->installEventFilter(this);
   setFocusProxy(list_);
   auto* layout = new QVBoxLayout(this);

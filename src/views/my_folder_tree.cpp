@@ -26,6 +26,7 @@ CMyFolderTree::CMyFolderTree(FrameOperations& frame, QWidget* parent)
       target_([this](const WindowMessage& message) { return WindowProc(message); }) {
   setObjectName(QStringLiteral("packageTree"));
   setAccessibleName(Text(StringId::FolderTreeName));
+  setHeaderLabel(accessibleName());  // a screen reader names the column though it is not shown
   setHeaderHidden(true);
   setUniformRowHeights(true);
   setSelectionMode(SingleSelection);

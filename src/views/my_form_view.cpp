@@ -33,6 +33,7 @@ CMyFormView::CMyFormView(FrameOperations& frame, QWidget* parent)
       headerCtrl_(new CSortHeaderCtrl(attachmentList_)),
       target_([this](const WindowMessage& message) { return WindowProc(message); }) {
   setObjectName(QStringLiteral("packageForm"));
+  setAccessibleName(Text(StringId::PackageFormName));
   setMinimumSize(1, 1);  // the pane can be made as small as its splitter lets it
   setBackgroundRole(QPalette::Base);
   setAutoFillBackground(true);
