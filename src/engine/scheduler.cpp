@@ -31,18 +31,21 @@ std::size_t CloseUpSlots(SchedulerContext& context) {
 }
 
 // Waits for the exit, a wake, the end of a worker or, while none runs, the idle time. False on
-// exit.
+// exit. A worker that has ended since the last look at the queue still has its slot, so that its
+// end is seen here and leads to another look.
 bool WaitForWork(SchedulerContext& context) {
-  const std::size_t workers = CloseUpSlots(context);
   std::array<const Event*, 2 + kWorkerSlots> events{&context.schedulerExit, &context.schedulerWake};
-  for (std::size_t i = 0; i < workers; ++i) {
-    events[2 + i] = &context.workerThreads[i]->Ended();
+  std::size_t count = 2;
+  for (const WorkerSlot& slot : context.workerThreads) {
+    if (slot) {
+      events[count++] = &slot->Ended();
+    }
   }
   std::optional<std::chrono::milliseconds> timeout;
-  if (workers == 0) {
+  if (count == 2) {
     timeout = kIdleWait;
   }
-  const auto ended = WaitForAny({events.data(), 2 + workers}, timeout);
+  const auto ended = WaitForAny({events.data(), count}, timeout);
   if (ended == 0U) {
     return false;
   }
