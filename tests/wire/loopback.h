@@ -22,7 +22,7 @@ class Listener {
     address_.sin_family = AF_INET;
     address_.sin_addr.s_addr = Loopback();
     socklen_t size = sizeof address_;
-    bind(fd_.Get(), reinterpret_cast<sockaddr*>(&address_), size);
+    (void)bind(fd_.Get(), reinterpret_cast<sockaddr*>(&address_), size);
     listen(fd_.Get(), backlog);
     getsockname(fd_.Get(), reinterpret_cast<sockaddr*>(&address_), &size);
   }
@@ -42,7 +42,7 @@ class SilentListener : public Listener {
   SilentListener() : Listener(0) {
     for (int i = 0; i < 4; ++i) {
       fillers_.emplace_back(socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
-      connect(fillers_.back().Get(), reinterpret_cast<sockaddr*>(&address_), sizeof address_);
+      (void)connect(fillers_.back().Get(), reinterpret_cast<sockaddr*>(&address_), sizeof address_);
     }
     before_ = Unanswered();
   }
