@@ -112,7 +112,7 @@ bool Conductor::RunLeg(const LegPlan& plan) {
 
 // The legs of a desk share both folders.
 QString Conductor::FolderOf(const LegPlan& plan, const QString& kind) const {
-  const QString path = place_.filePath(kind + plan.desk);
+  QString path = place_.filePath(kind + plan.desk);
   QDir().mkpath(path);
   return path;
 }
