@@ -16,7 +16,7 @@
 
 #include "bench/browsing_world.h"
 #include "bench/measure.h"
-#include "views/package_list_model.h"
+#include "packages/package_list_model.h"
 
 namespace updown::bench {
 namespace {

@@ -11,10 +11,10 @@
 #include <memory>
 #include <string>
 
+#include "app/app.h"
+#include "app/launch_identity.h"
 #include "engine/package.h"
 #include "peer/stand_in.h"
-#include "shell/app.h"
-#include "shell/launch_identity.h"
 #include "tests/support/temporary_folder.h"
 
 namespace updown::bench {

@@ -7,10 +7,10 @@
 #include <QTreeWidget>
 #include <algorithm>
 
-#include "controls/boxes.h"
-#include "controls/link_list_ctrl.h"
 #include "demo/legs.h"
 #include "demo/walk_package.h"
+#include "widgets/boxes.h"
+#include "widgets/link_list_ctrl.h"
 
 namespace updown::demo {
 

@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "app/app.h"
 #include "demo/legs.h"
-#include "shell/app.h"
 
 namespace updown::demo {
 

@@ -4,8 +4,8 @@
 #include <QPalette>
 #include <QTest>
 
-#include "controls/boxes.h"
 #include "demo/legs.h"
+#include "widgets/boxes.h"
 
 namespace updown::demo {
 

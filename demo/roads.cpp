@@ -2,10 +2,10 @@
 #include <QApplication>
 #include <QContextMenuEvent>
 
-#include "controls/boxes.h"
 #include "demo/legs.h"
 #include "demo/walk_package.h"
 #include "resources/strings.h"
+#include "widgets/boxes.h"
 
 namespace updown::demo {
 

@@ -1,9 +1,9 @@
 #include <QAbstractItemView>
 #include <QFileInfo>
 
-#include "controls/boxes.h"
 #include "demo/legs.h"
 #include "demo/walk_package.h"
+#include "widgets/boxes.h"
 
 namespace updown::demo {
 

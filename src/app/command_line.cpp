@@ -1,0 +1,47 @@
+#include "app/command_line.h"
+
+#include <algorithm>
+#include <cstddef>
+
+#include "platform/environment.h"
+
+namespace updown {
+namespace {
+
+constexpr std::size_t kPortCharacters = 260;
+
+std::uint32_t PortOf(const std::string& argument, AnsiCodePage codePage) {
+  const std::u16string wide = Utf8ToWide(argument).substr(0, kPortCharacters);
+  const std::string text = WideToAnsi(wide, codePage);
+  const bool plain = std::all_of(text.begin(), text.end(),
+                                 [](char c) { return c == ' ' || (c >= '0' && c <= '9'); });
+  return plain ? static_cast<std::uint32_t>(LeadingNumber(text)) : 0;
+}
+
+}  // namespace
+
+CommandLine ParseCommandLine(std::span<const std::string> arguments, AnsiCodePage codePage) {
+  CommandLine result;
+  for (std::size_t i = 0; i < arguments.size(); ++i) {
+    const std::string& option = arguments[i];
+    const bool name = option == "-s" || option == "-S";
+    const bool port = option == "-p" || option == "-P";
+    if (!name && !port) {
+      continue;
+    }
+    if (++i == arguments.size()) {
+      break;
+    }
+    if (name) {
+      result.serverName = WideToAnsi(Utf8ToWide(arguments[i]), codePage);
+      continue;
+    }
+    result.serverPort = PortOf(arguments[i], codePage);
+    if (result.serverPort == 0) {
+      break;
+    }
+  }
+  return result;
+}
+
+}  // namespace updown

@@ -1,0 +1,170 @@
+#include "packages/my_folder_tree.h"
+
+#include <QScopedValueRollback>
+#include <QTimerEvent>
+
+#include "engine/frame_messages.h"
+#include "packages/label_delegate.h"
+#include "platform/qt/text.h"
+#include "widgets/boxes.h"
+#include "widgets/icons.h"
+
+namespace updown {
+namespace {
+
+constexpr int kItemIdRole = Qt::UserRole;
+constexpr int kFirstListingDelay = 100;  // ms
+constexpr int kFolderIcon = 134;
+constexpr int kOpenFolderIcon = 132;
+
+}  // namespace
+
+CMyFolderTree::CMyFolderTree(FrameOperations& frame, QWidget* parent)
+    : QTreeWidget(parent),
+      frame_(frame),
+      image_(LoadIcon(kFolderIcon)),
+      target_([this](const WindowMessage& message) { return WindowProc(message); }) {
+  setObjectName(QStringLiteral("packageTree"));
+  setAccessibleName(Text(StringId::FolderTreeName));
+  setHeaderLabel(accessibleName());  // a screen reader names the column though it is not shown
+  setHeaderHidden(true);
+  setUniformRowHeights(true);
+  setSelectionMode(SingleSelection);
+  setEditTriggers(SelectedClicked | EditKeyPressed);
+  setDragDropMode(DropOnly);
+  // Expansion goes through OnExpanding alone, which must hear of it before it happens.
+  setItemsExpandable(false);
+  setExpandsOnDoubleClick(false);
+  setItemDelegate(new LabelDelegate(
+      LoadIcon(kOpenFolderIcon),
+      [this](const QModelIndex& index, const QString& text) {
+        return EndLabelEdit(itemFromIndex(index), ToWide(text));
+      },
+      this));
+}
+
+CMyFolderTree::~CMyFolderTree() = default;
+
+void CMyFolderTree::WireWindows(WindowHandle list, WindowHandle form, WindowHandle frame) {
+  listWindow_ = list;
+  formWindow_ = form;
+  frameWindow_ = frame;
+}
+
+void CMyFolderTree::InitTree() {
+  rootId_ = AddItem(invisibleRootItem(), u"/");
+  rootPending_ = true;
+  firstListing_.start(kFirstListingDelay, this);
+}
+
+void CMyFolderTree::timerEvent(QTimerEvent* event) {
+  if (event->timerId() != firstListing_.timerId()) {
+    QTreeWidget::timerEvent(event);
+    return;
+  }
+  firstListing_.stop();
+  if (!fillAttempted_) {
+    fillAttempted_ = true;
+    Select(rootId_);
+  }
+}
+
+MessageResult CMyFolderTree::WindowProc(const WindowMessage& message) {
+  switch (message.number) {
+    case frame_message::kSelectItem:
+      SelectFromList(message.lParam);
+      break;
+    case frame_message::kDeleteItem:
+      DeleteItem(message.lParam);
+      break;
+    case frame_message::kRefreshRoot:
+      RefreshRoot();
+      Select(rootId_);
+      break;
+    default:
+      break;
+  }
+  return 0;
+}
+
+CMyFolderTree::ItemId CMyFolderTree::AddItem(QTreeWidgetItem* parent, const std::u16string& label) {
+  const ItemId id = ++lastId_;
+  auto* item = new QTreeWidgetItem;
+  item->setText(0, ToQString(label));
+  item->setIcon(0, image_);
+  item->setData(0, kItemIdRole, QVariant::fromValue(static_cast<qlonglong>(id)));
+  item->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsEditable);
+  item->setChildIndicatorPolicy(QTreeWidgetItem::ShowIndicator);
+  parent->addChild(item);
+  items_.emplace(id, item);
+  return id;
+}
+
+void CMyFolderTree::DeleteItem(ItemId id) {
+  const std::unique_ptr<QTreeWidgetItem> item(Find(id));
+  if (item == nullptr) {
+    return;
+  }
+  items_.erase(id);
+  if (currentItem() == item.get()) {
+    // Else the control would move on to the next item by itself, and list its files.
+    setCurrentItem(nullptr);
+  }
+}
+
+void CMyFolderTree::DeletePackages(QTreeWidgetItem* root) {
+  const QList<QTreeWidgetItem*> packages = root->takeChildren();
+  for (const QTreeWidgetItem* package : packages) {
+    items_.erase(IdOf(package));
+    delete package;
+  }
+}
+
+QTreeWidgetItem* CMyFolderTree::Find(ItemId id) const {
+  const auto found = items_.find(id);
+  return found == items_.end() ? nullptr : found->second;
+}
+
+CMyFolderTree::ItemId CMyFolderTree::IdOf(const QTreeWidgetItem* item) {
+  return item == nullptr ? 0 : static_cast<ItemId>(item->data(0, kItemIdRole).toLongLong());
+}
+
+std::u16string CMyFolderTree::ItemPath(const QTreeWidgetItem* item) {
+  std::u16string path;
+  for (; item != nullptr; item = item->parent()) {
+    if (!path.empty() && item->text(0) != u"/") {
+      path.insert(0, 1, u'/');
+    }
+    path.insert(0, ToWide(item->text(0)));
+  }
+  return path.empty() ? u"/" : path;
+}
+
+bool CMyFolderTree::Select(ItemId id) {
+  QTreeWidgetItem* item = Find(id);
+  if (item != nullptr) {
+    setCurrentItem(item);
+  }
+  return item != nullptr && Find(id) == item && currentItem() == item;
+}
+
+// An expander stands for the flag, and for children that can be hidden and shown.
+void CMyFolderTree::ClearChildrenFlag(ItemId id) {
+  if (QTreeWidgetItem* item = Find(id); item != nullptr) {
+    item->setChildIndicatorPolicy(QTreeWidgetItem::DontShowIndicatorWhenChildless);
+  }
+}
+
+void CMyFolderTree::SelectFromList(ItemId id) {
+  bool selected = false;
+  {
+    const QScopedValueRollback<bool> suppressed(suppressFill_, true);
+    selected = Select(id);
+  }
+  if (selected) {
+    rootPending_ = false;
+    FillFolder(id);
+  }
+}
+
+}  // namespace updown

@@ -1,3 +1,0 @@
-#include "shell/app.h"
-
-int main(int argc, char** argv) { return updown::RunUpDown(argc, argv); }

@@ -1,0 +1,32 @@
+#include "transfers/menu_rules.h"
+
+namespace updown {
+
+EnabledCommands CommandsFor(TransferState state, bool running, bool bytesMoved) {
+  //                                pause  resume redo   delete file   folder move
+  constexpr EnabledCommands kNone{false, false, false, false, false, false, false};
+  constexpr EnabledCommands kMoving{true, false, false, false, false, true, false};
+  constexpr EnabledCommands kStopping{false, false, false, false, false, true, false};
+  constexpr EnabledCommands kIdle{false, true, true, true, false, true, false};
+  constexpr EnabledCommands kFinished{false, false, true, true, true, true, true};
+  constexpr EnabledCommands kForeign{false, false, false, true, false, false, false};
+  switch (state) {
+    case TransferState::Queued:
+      return bytesMoved ? kMoving : kNone;
+    case TransferState::Stopped:
+      return running ? kStopping : kIdle;
+    case TransferState::Finished:
+      return kFinished;
+    case TransferState::Failed:
+      return kIdle;
+  }
+  return kForeign;
+}
+
+EnabledCommands CommandsFor(const TransferTask& task) {
+  const bool bytesMoved =
+      task.record->doneBytes != 0 || (task.childRecord && task.childRecord->doneBytes != 0);
+  return CommandsFor(task.record->state, task.Running(), bytesMoved);
+}
+
+}  // namespace updown

@@ -1,0 +1,85 @@
+#include "widgets/boxes.h"
+
+#include <QGridLayout>
+#include <QMessageBox>
+#include <QPointer>
+#include <QPushButton>
+#include <QSpacerItem>
+
+#include "platform/qt/text.h"
+#include "resources/strings.h"
+
+namespace updown {
+namespace {
+
+constexpr int kLeastWidth = 300;
+
+QMessageBox::Icon QtIcon(BoxIcon icon) {
+  switch (icon) {
+    case BoxIcon::Exclamation:
+      return QMessageBox::Warning;
+    case BoxIcon::Stop:
+      return QMessageBox::Critical;
+    case BoxIcon::Question:
+      return QMessageBox::Question;
+    case BoxIcon::Information:
+      break;
+  }
+  return QMessageBox::Information;
+}
+
+// The button pressed; NoButton if the owner went while the box stood, and the box with it.
+int RunBox(QWidget* owner, const QString& text, const QString& caption, BoxIcon icon,
+           QMessageBox::StandardButtons buttons) {
+  const QPointer<QMessageBox> box = new QMessageBox(QtIcon(icon), caption, text, buttons, owner);
+  box->setObjectName(QStringLiteral("messageBox"));
+  box->setTextFormat(Qt::PlainText);
+  box->setDefaultButton(QMessageBox::Ok);
+  box->button(QMessageBox::Ok)->setText(Text(StringId::Ok));
+  if (QAbstractButton* cancel = box->button(QMessageBox::Cancel)) {
+    cancel->setText(Text(StringId::Cancel));
+    box->setEscapeButton(QMessageBox::Cancel);
+  }
+  if (auto* grid = qobject_cast<QGridLayout*>(box->layout())) {
+    // Else a short question makes a box in which the title is cut.
+    grid->addItem(new QSpacerItem(kLeastWidth, 0), grid->rowCount(), 0, 1, grid->columnCount());
+  }
+  const int pressed = box->exec();
+  if (!box) {
+    return QMessageBox::NoButton;
+  }
+  delete box;
+  return pressed;
+}
+
+}  // namespace
+
+void ShowBox(QWidget* owner, const QString& text, const QString& caption, BoxIcon icon) {
+  RunBox(owner, text, caption, icon, QMessageBox::Ok);
+}
+
+void ShowNotice(QWidget* owner, StringId text, std::u16string_view fallback) {
+  ShowBox(owner, Text(text, fallback), Text(StringId::ProgramTitle), BoxIcon::Information);
+}
+
+bool Confirm(QWidget* owner, StringId question, std::u16string_view fallback) {
+  return RunBox(owner, Text(question, fallback), Text(StringId::ProgramTitle), BoxIcon::Question,
+                QMessageBox::Ok | QMessageBox::Cancel) == QMessageBox::Ok;
+}
+
+bool CheckStreamLimit(const TaskStore& tasks, QWidget* owner) {
+  if (!tasks.StreamLimitReached()) {
+    return false;
+  }
+  ShowNotice(owner, StringId::StreamLimit,
+             u"The maximum number of data streams has been reached. Operation aborted.");
+  return true;
+}
+
+QString Text(StringId id) { return ToQString(LoadText(id)); }
+
+QString Text(StringId id, std::u16string_view fallback) {
+  return ToQString(LoadText(id, fallback));
+}
+
+}  // namespace updown

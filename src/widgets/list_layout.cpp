@@ -1,0 +1,48 @@
+#include "widgets/list_layout.h"
+
+#include <algorithm>
+
+namespace updown {
+
+ProgressFacts FactsOf(const TransferTask& task) {
+  const TransferRecord& record = *task.record;
+  return {record.totalBytes.load(), record.doneBytes.load(), record.state.load(),
+          task.childRecord != nullptr,
+          record.statistics.lastSampleTick != record.statistics.startTick};
+}
+
+ProgressCell ChooseProgressCell(const ProgressFacts& facts) {
+  using Kind = ProgressCell::Kind;
+  if (facts.state == TransferState::Finished || facts.state == TransferState::Failed) {
+    return {Kind::Text};
+  }
+  if (facts.totalBytes == 0) {
+    if (!facts.sampled && facts.state == TransferState::Queued) {
+      return {Kind::WaitingBar};
+    }
+    return {facts.hasChild || facts.state == TransferState::Stopped ? Kind::NotAvailable
+                                                                    : Kind::Text};
+  }
+  if (facts.hasChild) {
+    return {Kind::NotAvailable};
+  }
+  constexpr float kKilobyte = 1.0F / 1024;
+  return {Kind::PercentBar, static_cast<float>(facts.doneBytes) * kKilobyte * 100 /
+                                (static_cast<float>(facts.totalBytes) * kKilobyte)};
+}
+
+QRect BarRect(const QRect& cell) {
+  constexpr int kGivenBack = 2;
+  const int margin = cell.height() / 4;
+  return cell.adjusted(0, margin - kGivenBack, 0, kGivenBack - margin);
+}
+
+HintGeometry LayOutHint(const QRect& client, int lineHeight) {
+  const int height = client.height();
+  int top = height > 2 * lineHeight ? height * 3 / 8 : 0;
+  top = std::max(top, lineHeight);
+  return {QRect(client.x(), client.y() + top, client.width(), std::max(0, height - top)),
+          QRect(client.x(), client.y() + lineHeight, client.width(), top - lineHeight)};
+}
+
+}  // namespace updown

@@ -1,0 +1,99 @@
+#include "widgets/row_list_view.h"
+
+#include <QContextMenuEvent>
+#include <QKeyEvent>
+#include <QMouseEvent>
+
+namespace updown {
+
+RowListView::RowListView(QWidget* parent) : QTreeView(parent) {
+  InstallAccessibleFactory();
+  setRootIsDecorated(false);
+  setItemsExpandable(false);
+  setUniformRowHeights(true);
+  setAllColumnsShowFocus(true);
+  setSelectionMode(SingleSelection);
+  setSelectionBehavior(SelectRows);
+  setEditTriggers(NoEditTriggers);
+}
+
+int RowListView::RowCount() const { return model() != nullptr ? model()->rowCount() : 0; }
+
+int RowListView::ColumnCount() const { return model() != nullptr ? model()->columnCount() : 0; }
+
+int RowListView::SelectedRow() const {
+  if (selectionModel() == nullptr) {
+    return -1;
+  }
+  const QModelIndexList rows = selectionModel()->selectedRows();
+  return rows.isEmpty() ? -1 : rows.front().row();
+}
+
+void RowListView::SelectRow(int row) {
+  if (selectionModel() == nullptr) {
+    return;
+  }
+  if (row < 0 || row >= RowCount()) {
+    selectionModel()->clear();
+    return;
+  }
+  selectionModel()->setCurrentIndex(
+      model()->index(row, 0), QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+}
+
+void RowListView::keyPressEvent(QKeyEvent* event) {
+  if (event->key() == Qt::Key_F10 && event->modifiers() == Qt::ShiftModifier) {
+    OpenMenuByKey();
+    event->accept();
+    return;
+  }
+  // A list that was reached with the Tab key has a current row that is not selected yet. Without
+  // this the first arrow key would step over it, and a single row could not be reached at all.
+  const bool vertical = event->key() == Qt::Key_Down || event->key() == Qt::Key_Up;
+  if (vertical && SelectedRow() < 0 && currentIndex().isValid()) {
+    SelectRow(currentIndex().row());
+    event->accept();
+    return;
+  }
+  QTreeView::keyPressEvent(event);
+}
+
+void RowListView::mousePressEvent(QMouseEvent* event) {
+  QTreeView::mousePressEvent(event);
+  if (selectionModel() != nullptr && !indexAt(event->position().toPoint()).isValid()) {
+    selectionModel()->clear();
+  }
+}
+
+void RowListView::mouseMoveEvent(QMouseEvent* event) {
+  // A drag selects nothing: each selection of a package asks the service for its files.
+  if (event->buttons() == Qt::NoButton) {
+    QTreeView::mouseMoveEvent(event);
+  }
+}
+
+void RowListView::contextMenuEvent(QContextMenuEvent* event) {
+  event->accept();
+  if (event->reason() == QContextMenuEvent::Keyboard) {
+    OpenMenuByKey();
+    return;
+  }
+  const QModelIndex index = indexAt(event->pos());
+  if (index.isValid()) {
+    SelectRow(index.row());
+    Q_EMIT RowMenuRequested(index.row(), event->globalPos());
+  }
+}
+
+void RowListView::OpenMenuByKey() {
+  const int row = SelectedRow();
+  if (row < 0) {
+    return;
+  }
+  const QModelIndex index = model()->index(row, 0);
+  scrollTo(index);
+  const QRect inView = visualRect(index) & viewport()->rect();
+  Q_EMIT RowMenuRequested(row, viewport()->mapToGlobal(inView.bottomLeft()));
+}
+
+}  // namespace updown

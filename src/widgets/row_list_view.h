@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QTreeView>
+
+#include "widgets/accessible.h"
+
+namespace updown {
+
+// What the program's lists have in common: rows of cells without a tree, one of them selected as a
+// whole, a menu for the selected row by mouse and by keyboard, and cells that a screen reader can
+// read.
+class RowListView : public QTreeView, public AccessibleCells {
+  Q_OBJECT
+
+ public:
+  explicit RowListView(QWidget* parent);
+
+  // The selected row, which is the selection mark too; -1 if there is none.
+  int SelectedRow() const;
+  // A row that does not exist takes the selection away.
+  void SelectRow(int row);
+
+  int RowCount() const;
+  int ColumnCount() const;
+
+ Q_SIGNALS:
+  // Right click, Menu key or Shift+F10 on a row, which is selected by then.
+  void RowMenuRequested(int row, const QPoint& globalPosition);
+
+ protected:
+  void keyPressEvent(QKeyEvent* event) override;
+  void mousePressEvent(QMouseEvent* event) override;
+  void mouseMoveEvent(QMouseEvent* event) override;
+  void contextMenuEvent(QContextMenuEvent* event) override;
+
+ private:
+  void OpenMenuByKey();
+};
+
+}  // namespace updown

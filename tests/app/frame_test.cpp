@@ -1,0 +1,197 @@
+// The frame against a service, in this process.
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QLineEdit>
+#include <QSplitter>
+#include <QTest>
+#include <QTimer>
+#include <QTreeWidget>
+#include <filesystem>
+#include <map>
+#include <thread>
+
+#include "app/main_frame.h"
+#include "localdata/tasklist.h"
+#include "service/messages.h"
+#include "tests/app/served_launch.h"
+
+namespace updown {
+namespace {
+
+using Kind = peer::Fault::Kind;
+
+class FrameTest : public testing::Test {
+ protected:
+  void SetUp() override { Start({}); }
+
+  void Start(peer::Options options) {
+    frame_.reset();
+    served_.emplace(std::move(options));
+    std::filesystem::create_directory(served_->AreaFolder() + "/notes");
+    std::ofstream(served_->AreaFolder() + "/notes/x.bin") << std::string(200000, 'x');
+    auto made = InstanceEvent::CreateOrSignal("frame_test " + served_->DataFolder());
+    ASSERT_TRUE(made.event);
+    event_ = std::move(made.event);
+  }
+
+  void Open() {
+    frame_ = std::make_unique<CMainFrame>(served_->Launch(), service_, *event_);
+    frame_->LoadFrame();
+    frame_->show();
+  }
+
+  bool Listed() {
+    const auto* const root = frame_->findChild<QTreeWidget*>()->topLevelItem(0);
+    return QTest::qWaitFor([root] { return root->childCount() == 4; }, kPatienceMs);
+  }
+
+  // A task whose file goes into the cache, where nobody is asked for its place.
+  void Fetch(bool keep, const std::string& name) {
+    frame_->AddCacheDownload(keep, DraftOf(*frame_, name, "/notes/x.bin"));
+  }
+
+  void ExpectEndsInTime() {
+    QElapsedTimer timer;
+    timer.start();
+    EXPECT_TRUE(frame_->ShutDown());
+    EXPECT_LT(timer.elapsed(), kExitMs);
+    EXPECT_FALSE(frame_->isVisible());
+  }
+
+  std::optional<ServedLaunch> served_;
+  FileService service_;
+  std::unique_ptr<InstanceEvent> event_;
+  std::unique_ptr<CMainFrame> frame_;
+};
+
+TEST_F(FrameTest, ListsThePackagesInItsPanes) {
+  Open();
+  EXPECT_TRUE(Listed());
+  const auto splitters = frame_->findChildren<QSplitter*>();
+  ASSERT_EQ(splitters.size(), 2);
+  for (const QSplitter* splitter : splitters) {
+    const QList<int> sizes = splitter->sizes();
+    if (splitter->orientation() == Qt::Horizontal) {
+      EXPECT_EQ(sizes[0], 0);
+    } else {
+      EXPECT_EQ(sizes[0], frame_->height() * 8 / 21);
+      EXPECT_EQ(sizes[0] + sizes[1] + splitter->handleWidth(), frame_->height());
+    }
+  }
+}
+
+TEST_F(FrameTest, AnOldWindowIsRaisedByASecondStart) {
+  Open();
+  frame_->showMinimized();
+  const auto second = InstanceEvent::CreateOrSignal("frame_test " + served_->DataFolder());
+  EXPECT_EQ(second.outcome, InstanceEvent::Outcome::AlreadyExists);
+  EXPECT_TRUE(QTest::qWaitFor([this] { return !frame_->isMinimized(); }, kPatienceMs));
+}
+
+// A block, the session's answer, the relay's two: each holds a worker in another place.
+TEST_F(FrameTest, EndsInTimeWhateverAWorkerWaitsFor) {
+  for (const std::uint32_t stalled : {message::kReadBlock, message::kAttachSession, 1U, 2U}) {
+    Start({});
+    Open();
+    ASSERT_TRUE(Listed());
+    served_->Service().AddFault({.kind = Kind::Stall, .message = stalled, .times = 0});
+    served_->Service().ForgetRequests();
+    Fetch(true, "x.bin");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return served_->Saw(stalled); }, kPatienceMs)) << stalled;
+    ExpectEndsInTime();
+    EXPECT_EQ(LoadTaskList(served_->TaskListFile()).Size(), 1U) << stalled;
+    frame_.reset();
+  }
+}
+
+// Its listing is the main thread's to make, and the main thread is on its way out.
+TEST_F(FrameTest, EndsInTimeWhileAWorkerAsksForAListing) {
+  RecordChain stored;
+  stored.Append(std::make_shared<TransferRecord>(StoredRecord{
+      .paths = {"/notes", served_->DataFolder() + "/notes"}, .recordId = 1, .isFolder = 1}));
+  stored.Append(std::make_shared<TransferRecord>(StoredRecord{
+      .paths = {}, .recordId = 2, .parentRecordId = 1, .state = TransferState::Stopped}));
+  std::filesystem::create_directories(served_->DataFolder() + "/oxapp");
+  SaveTaskList(stored, served_->TaskListFile());
+  Open();
+  QElapsedTimer patience;
+  patience.start();
+  bool running = false;
+  while (!running && patience.elapsed() < kPatienceMs) {
+    std::this_thread::yield();
+    frame_->Tasks().Queue().ForEach([&](const TransferTask& task) { running |= task.Running(); });
+  }
+  ASSERT_TRUE(running);
+  ExpectEndsInTime();
+  EXPECT_EQ(LoadTaskList(served_->TaskListFile()).Size(), 2U);
+}
+
+TEST_F(FrameTest, KeepsUserTasksAndDropsHiddenOnesAtItsEnd) {
+  Open();
+  ASSERT_TRUE(Listed());
+  served_->Service().AddFault(
+      {.kind = Kind::Stall, .message = message::kFileInformation, .times = 0});
+  Fetch(true, "kept");
+  Fetch(false, "hidden");
+  Fetch(true, "../out");
+  frame_.reset();
+  const RecordChain stored = LoadTaskList(served_->TaskListFile());
+  ASSERT_EQ(stored.Size(), 1U);
+  EXPECT_TRUE(stored.First()->LocalPath().ends_with("/kept"));
+  EXPECT_EQ(stored.First()->state.load(), TransferState::Queued) << "goes on at the next start";
+}
+
+TEST_F(FrameTest, FetchesAHeaderAgainThatWasCutOff) {
+  const auto headersIn = [](const std::string& folder) {
+    std::map<std::string, std::uintmax_t> sizes;
+    for (const auto& file : std::filesystem::recursive_directory_iterator(folder)) {
+      if (file.path().extension() == ".ini") {
+        sizes[file.path().filename()] = file.file_size();
+      }
+    }
+    return sizes;
+  };
+  const auto sent = headersIn(served_->AreaFolder());
+  const auto arrived = [&] { return headersIn(frame_->Cache().Root()); };
+  served_->Service().AddFault({.kind = Kind::DropInside, .message = message::kReadBlock});
+  Open();
+  EXPECT_TRUE(QTest::qWaitFor([&] { return arrived().size() == sent.size() - 1; }, kPatienceMs));
+  EXPECT_TRUE(QTest::qWaitFor(
+      [&] {
+        QTest::keyClick(frame_->findChild<QTreeView*>(u"packageList"_qs), Qt::Key_F5);
+        return arrived() == sent;
+      },
+      kPatienceMs));
+}
+
+TEST_F(FrameTest, AsksForALoginBeforeThereIsAWindow) {
+  peer::Options options;
+  options.login = peer::Login{"ann", "secret", "office"};
+  Start(options);
+  int asked = 0;
+  QTimer typist;
+  QObject::connect(&typist, &QTimer::timeout, &typist, [&] {
+    auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+    if (dialog == nullptr || dialog->objectName() != u"loginDialog"_qs) {
+      return;
+    }
+    ++asked;
+    const bool refused = dialog->findChild<QWidget*>(u"loginNotice"_qs) != nullptr;
+    EXPECT_EQ(refused, asked > 1);
+    auto* password = dialog->findChild<QLineEdit*>(u"loginPassword"_qs);
+    EXPECT_EQ(password->echoMode(), QLineEdit::Password);
+    dialog->findChild<QLineEdit*>(u"loginUser"_qs)->setText(u"ann@office"_qs);
+    password->setText(asked == 1 ? u"wrong"_qs : u"secret"_qs);
+    dialog->accept();
+  });
+  typist.start(20);
+  Open();
+  typist.stop();
+  EXPECT_EQ(asked, 2);
+  EXPECT_TRUE(Listed());
+}
+
+}  // namespace
+}  // namespace updown

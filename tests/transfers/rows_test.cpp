@@ -1,0 +1,133 @@
+#include <QTest>
+
+#include "resources/string_id.h"
+#include "service/result_codes.h"
+#include "tests/transfers/window_world.h"
+
+namespace updown::test {
+namespace {
+
+constexpr int kProcessing = static_cast<int>(StringId::Processing);
+
+using StatusRows = WindowWorld;
+
+TEST_F(StatusRows, ShowsAnAnnouncedTask) {
+  EXPECT_EQ(frame_.restores, 1);
+  const TaskPointer task = AddTask(State::Queued, 5000, 10000);
+  EXPECT_EQ(Cell(0, Column::SourceEnd), "/pkg/file1");
+  EXPECT_EQ(Cell(0, Column::TargetEnd), disk_.File("file1"));
+  EXPECT_EQ(Course(0), "4 KB|||");
+  EXPECT_EQ(task->record->statistics.startBytes, 5000U);
+
+  const TaskPointer upload = frame_.Tasks().CreateTask();
+  upload->record->direction = 1;
+  upload->record->SetPaths({"/remote", "/local"});
+  Send(frame_message::kTaskAdded, upload->id, 0);
+  EXPECT_EQ(Cell(1, Column::SourceEnd), "/local");
+  EXPECT_EQ(Cell(1, Column::TargetEnd), "/remote");
+}
+
+TEST_F(StatusRows, FollowsATransferToItsEnd) {
+  const TaskPointer task = AddTask(State::Queued, 0, 4096 * 10);
+  TaskState(*task, kProcessing);
+  EXPECT_EQ(Course(0), "Processing ...|||");
+  EXPECT_EQ(task->lastResult, 0);
+
+  ticks_.now += 1000;
+  task->record->doneBytes = 4096;
+  BlockDone(*task);
+  EXPECT_EQ(Course(0), "4 KB||4.00 KB/s|00 : 00 : 09 ");
+
+  ticks_.now += 1000;
+  task->record->doneBytes = 4096 * 10;
+  task->record->state = State::Finished;
+  // A late start notice finds the state as it is.
+  for (const int code : {0, kProcessing}) {
+    TaskState(*task, code);
+    EXPECT_EQ(Course(0), "40 KB|Completed|20.00 KB/s|");
+  }
+}
+
+TEST_F(StatusRows, TellsOfTransfersWithoutARateOrASize) {
+  const TaskPointer empty = AddTask(State::Finished);
+  ticks_.now += 50;
+  TaskState(*empty, 0);
+  EXPECT_EQ(Course(0), "0 KB|Completed|N/A|");
+  const TaskPointer stalled = AddTask(State::Queued, 0, 8000);
+  const TaskPointer unknown = AddTask(State::Queued);
+  const TaskPointer folder = AddTask(State::Queued, 2048, 2048, true);
+  folder->childRecord->doneBytes = 1024;
+  ticks_.now += 1000;
+  for (const TaskPointer& task : {stalled, unknown, folder}) {
+    BlockDone(*task);
+  }
+  EXPECT_EQ(Course(1), "0 KB||0 B/s|");
+  EXPECT_EQ(Course(2), "0 KB|||00 : 00 : 00 ");
+  EXPECT_EQ(Course(3), "3 KB|N/A|1.00 KB/s|N/A");
+}
+
+TEST_F(StatusRows, ShowsACodeUnlessTheTaskStoppedOrFinished) {
+  const struct {
+    State state;
+    int code;
+    std::string transferred;
+    std::uint32_t after = 1;  // milliseconds since the last sample
+    bool remembered = true;
+  } cases[] = {
+      {State::Failed, result::kConnection, "Network error. Please check your network connection."},
+      {State::Failed, -result::kInterrupted, "Network session interrupted. Please try again."},
+      {State::Failed, result::kNoSuchRemoteFile, "Failed to open file."},
+      {State::Failed, result::kService8210, " "},
+      {State::Failed, result::kNotDecodable, "Unknown error."},
+      {State::Queued, -1, "Unknown error."},
+      {State::Stopped, result::kConnection, "1 KB"},
+      {State::Finished, result::kConnection, "1 KB"},
+      {State::Stopped, result::kConnection, "1 KB", 0, false},
+      {State::Finished, result::kConnection, "1 KB", 0, false},
+  };
+  for (const auto& c : cases) {
+    const TaskPointer task = AddTask(c.state, 1024, 2048);
+    ticks_.now += c.after;
+    TaskState(*task, c.code);
+    EXPECT_EQ(Cell(Rows() - 1, Column::Transferred), c.transferred) << c.code;
+    EXPECT_EQ(task->lastResult, c.remembered ? std::abs(c.code) : 0) << c.code << ' ' << c.after;
+  }
+}
+
+TEST_F(StatusRows, FindsRowsAfterARemovalAbove) {
+  const TaskPointer first = AddTask(State::Stopped);
+  const TaskPointer second = AddTask(State::Queued, 0, 9000);
+  Choose(0, u"delete"_qs);
+  second->record->doneBytes = 3000;
+  BlockDone(*second);
+  EXPECT_EQ(Rows(), 1);
+  EXPECT_EQ(Cell(0, Column::Transferred), "2 KB");
+  // The number of the first record is free again and goes to a new task.
+  const TaskPointer third = AddTask(State::Queued, 7000, 9000);
+  EXPECT_EQ(third->record->recordId, first->record->recordId);
+  BlockDone(*third);
+  EXPECT_EQ(Cell(1, Column::Transferred), "6 KB");
+}
+
+TEST_F(StatusRows, LaysTheWindowOutAndHidesIt) {
+  window_.show();
+  AddTask(State::Queued, 3333, 9999);
+  const QModelIndex bar = list_->model()->index(0, static_cast<int>(Column::Progress));
+  EXPECT_EQ(bar.data(Qt::AccessibleTextRole).toString(), u"33.33%"_qs);
+  window_.resize(10, 10);
+  EXPECT_EQ(window_.size(), QSize(280, 250));
+  EXPECT_EQ(list_->size(), window_.size());
+
+  QTest::keyClick(list_, Qt::Key_Return);
+  EXPECT_TRUE(window_.isVisible());
+  QTest::keyClick(list_, Qt::Key_Escape);
+  EXPECT_FALSE(window_.isVisible());
+  window_.show();
+  window_.close();
+  EXPECT_FALSE(window_.isVisible());
+  EXPECT_EQ(Rows(), 1);
+  EXPECT_TRUE(IsWindow(window_.Handle()));
+}
+
+}  // namespace
+}  // namespace updown::test

@@ -1,0 +1,55 @@
+// The arithmetic behind the window's rows and menu, without a window.
+#include "transfers/transfer_texts.h"
+
+#include <gtest/gtest.h>
+
+#include "transfers/menu_rules.h"
+
+namespace updown {
+namespace {
+
+TEST(TransferTexts, TellsRates) {
+  const std::pair<float, const char*> cases[] = {
+      {0.4F, "0 B/s"},           {1023.9F, "1024 B/s"},  {1024, "1.00 KB/s"},
+      {1048575, "1024.00 KB/s"}, {1048576, "1.00 MB/s"}, {4294967296000.0F, "4000.00 GB/s"}};
+  for (const auto& [rate, text] : cases) {
+    EXPECT_EQ(FormatRate(rate), text) << rate;
+  }
+}
+
+TEST(TransferTexts, TellsRemainingTime) {
+  const std::pair<double, const char*> cases[] = {
+      {0, "00 : 00 : 00 "},       {59.99, "00 : 00 : 59 "},
+      {3661, "01 : 01 : 01 "},    {359999.9, "99 : 59 : 59 "},
+      {360000, "100 : 00 : 00 "}, {4294967296.0, "1193046 : 28 : 16 "}};
+  for (const auto& [seconds, text] : cases) {
+    EXPECT_EQ(FormatRemaining(seconds), text) << seconds;
+  }
+}
+
+// One letter for each command that is on: Pause, Resume, Redo, Delete, File, folder (o), Move.
+std::string Enabled(TransferState state, bool running, bool bytesMoved) {
+  const std::string letters = "PRdDFoM";
+  std::string enabled;
+  const EnabledCommands commands = CommandsFor(state, running, bytesMoved);
+  for (std::size_t index = 0; index < commands.size(); ++index) {
+    enabled += commands[index] ? letters.substr(index, 1) : "";
+  }
+  return enabled;
+}
+
+TEST(MenuRules, OffersWhatAStateAllows) {
+  using State = TransferState;
+  for (const bool other : {false, true}) {
+    EXPECT_EQ(Enabled(State::Queued, other, false), "");
+    EXPECT_EQ(Enabled(State::Queued, other, true), "Po");
+    EXPECT_EQ(Enabled(State::Stopped, true, other), "o");
+    EXPECT_EQ(Enabled(State::Stopped, false, other), "RdDo");
+    EXPECT_EQ(Enabled(State::Finished, other, true), "dDFoM");
+    EXPECT_EQ(Enabled(State::Failed, other, false), "RdDo");
+    EXPECT_EQ(Enabled(static_cast<State>(9), other, true), "D");
+  }
+}
+
+}  // namespace
+}  // namespace updown

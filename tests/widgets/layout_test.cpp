@@ -1,0 +1,158 @@
+#include <gtest/gtest.h>
+
+#include <QStandardItemModel>
+
+#include "widgets/link_cells.h"
+#include "widgets/list_layout.h"
+#include "widgets/progress_painter.h"
+#include "widgets/size_texts.h"
+#include "widgets/sort_header_ctrl.h"
+
+namespace updown {
+namespace {
+
+using Kind = ProgressCell::Kind;
+
+TEST(SizeTextsTest, ChangeUnitAtEachPowerOf1024) {
+  const std::pair<std::uint32_t, const char*> cases[] = {
+      {0, ""},
+      {1023, "1023 B"},
+      {1024, "1 KB"},
+      {1048575, "1023 KB"},
+      {1048576, "1.00 MB"},
+      {1610612, "1.54 MB"},
+      {1073741823, "1024.00 MB"},
+      {1073741824, "1.000 GB"},
+      {0xFFFFFFFF, "4.000 GB"},
+  };
+  for (const auto& [bytes, text] : cases) {
+    EXPECT_EQ(FormatSize(bytes), text);
+  }
+  EXPECT_EQ(FormatKiloBytes(0xFFFFFFFF), "4194303 KB");
+}
+
+TEST(ProgressCellTest, FollowsTheTask) {
+  constexpr auto kQueued = TransferState::Queued;
+  constexpr auto kStopped = TransferState::Stopped;
+  const struct {
+    ProgressFacts facts;
+    Kind kind;
+    float percent = 0;
+  } cases[] = {
+      {{0, 0, kQueued, false, false}, Kind::WaitingBar},
+      {{0, 0, kQueued, true, false}, Kind::WaitingBar},
+      {{0, 0, kQueued, false, true}, Kind::Text},
+      {{0, 0, kQueued, true, true}, Kind::NotAvailable},
+      {{0, 0, kStopped, false, false}, Kind::NotAvailable},
+      {{0, 0, kStopped, true, true}, Kind::NotAvailable},
+      {{0, 0, TransferState::Finished, true, false}, Kind::Text},
+      {{0, 0, TransferState::Failed, false, false}, Kind::Text},
+      {{9, 9, TransferState::Finished, false, true}, Kind::Text},
+      {{9, 3, TransferState::Failed, true, true}, Kind::Text},
+      {{2000, 500, kQueued, true, true}, Kind::NotAvailable},
+      {{2000, 500, kQueued, false, false}, Kind::PercentBar, 25},
+      {{2000, 2000, kStopped, false, true}, Kind::PercentBar, 100},
+      // The product of bytes and 100 must not wrap.
+      {{0x80000000U, 0x40000000U, kQueued, false, true}, Kind::PercentBar, 50},
+      {{3, 1, static_cast<TransferState>(7), false, true}, Kind::PercentBar, 33.3333F},
+  };
+  for (std::size_t i = 0; i < std::size(cases); ++i) {
+    const ProgressCell cell = ChooseProgressCell(cases[i].facts);
+    EXPECT_EQ(cell.kind, cases[i].kind) << "case " << i;
+    EXPECT_NEAR(cell.percent, cases[i].percent, 0.001) << "case " << i;
+  }
+}
+
+TEST(BarGeometryTest, LeavesAQuarterOfTheRow) {
+  EXPECT_EQ(BarRect(QRect(300, 40, 110, 19)), QRect(300, 42, 110, 15));
+  EXPECT_EQ(BarRect(QRect(0, 0, 10, 24)), QRect(0, 4, 10, 16));
+}
+
+TEST(HintGeometryTest, StandsAtThreeEighthsOrBelowOneLine) {
+  // Not higher than two lines: one line down; 3/8 of the height, but never above one line.
+  for (const auto& [height, line, top] : std::initializer_list<std::array<int, 3>>{
+           {400, 16, 150}, {32, 16, 16}, {43, 16, 16}, {48, 16, 18}, {16, 16, 16}}) {
+    const HintGeometry hint = LayOutHint(QRect(1, 2, 300, height), line);
+    EXPECT_EQ(hint.text, QRect(1, 2 + top, 300, height - top)) << height;
+    EXPECT_EQ(hint.cover, QRect(1, 2 + line, 300, top - line)) << height;
+  }
+  EXPECT_TRUE(LayOutHint(QRect(0, 0, 300, 5), 16).text.isEmpty());
+}
+
+TEST(SortArrowTest, TurnsWithTheDirection) {
+  // Height 24 gives a unit of 6; the right edge lies at 200, the bottom at 24.
+  const QRect item(100, 0, 100, 24);
+  using Strokes = std::array<ArrowStroke, 3>;
+  const Strokes up{
+      {{true, {188, 6}, {194, 17}}, {true, {194, 17}, {180, 17}}, {false, {181, 17}, {188, 5}}}};
+  const Strokes down{
+      {{true, {193, 6}, {187, 18}}, {false, {186, 18}, {181, 6}}, {false, {181, 6}, {193, 6}}}};
+  for (const bool ascending : {true, false}) {
+    const Strokes arrow = SortArrow(item, ascending);
+    for (std::size_t i = 0; i < arrow.size(); ++i) {
+      const ArrowStroke& want = ascending ? up.at(i) : down.at(i);
+      EXPECT_EQ(std::tie(arrow.at(i).light, arrow.at(i).from, arrow.at(i).to),
+                std::tie(want.light, want.from, want.to))
+          << i << ascending;
+    }
+  }
+  EXPECT_EQ(HeaderTextRect(item, false), QRect(106, 0, 88, 24));
+  EXPECT_EQ(HeaderTextRect(item, true), QRect(106, 0, 70, 24));
+}
+
+TEST(SortHeaderTest, NewColumnStartsUpAndTheSameOneTurns) {
+  CSortHeaderCtrl header;
+  EXPECT_EQ(header.GetSortColumn(), -1);
+  EXPECT_TRUE(header.GetAscending());
+  for (const auto& [column, ascending] : {std::pair{2, true}, {2, false}, {2, true}, {0, true}}) {
+    header.SetSortColumn(column);
+    EXPECT_EQ(header.GetSortColumn(), column);
+    EXPECT_EQ(header.GetAscending(), ascending);
+  }
+}
+
+TEST(LinkCellsTest, TextStandsByTheColumnsAlignment) {
+  const QRect label(100, 20, 50, 20);
+  EXPECT_EQ(LinkTextRectIn(label, {28, 15}, Qt::AlignLeft), QRect(106, 22, 28, 16));
+  EXPECT_EQ(LinkTextRectIn(label, {28, 15}, Qt::AlignRight), QRect(116, 22, 28, 16));
+  EXPECT_EQ(LinkTextRectIn(label, {28, 15}, Qt::AlignHCenter), QRect(111, 22, 28, 16));
+  EXPECT_TRUE(LinkTextRectIn(label, {0, 15}, Qt::AlignHCenter).isEmpty());
+}
+
+TEST(LinkCellsTest, HoverFollowsTheMouse) {
+  const struct {
+    LinkHit last;
+    bool lastIsLink;
+    LinkHit now;
+    const char* changes;  // row, column, and "+" or "-"
+  } cases[] = {
+      {{0, 0, false}, false, {0, 4, true}, "04+"},  {{0, 4, true}, true, {0, 4, true}, ""},
+      {{0, 4, true}, true, {0, 4, false}, "04-"},  // into the empty part of the cell
+      {{0, 4, false}, true, {0, 4, true}, "04+"},   {{0, 4, true}, true, {1, 4, true}, "04-14+"},
+      {{0, 4, true}, true, {-1, -1, false}, "04-"},  // off the rows
+      {{0, 4, false}, true, {1, 4, false}, ""},     {{-1, -1, false}, false, {0, 4, true}, "04+"},
+  };
+  for (std::size_t i = 0; i < std::size(cases); ++i) {
+    std::string changes;
+    for (const auto& change : HoverChanges(cases[i].last, cases[i].lastIsLink, cases[i].now)) {
+      changes += std::to_string(change.row) + std::to_string(change.column);
+      changes += change.hover ? '+' : '-';
+    }
+    EXPECT_EQ(changes, cases[i].changes) << "case " << i;
+  }
+}
+
+TEST(LinkCellsTest, TipIsCutAndNeverReadAsMarkup) {
+  const QFont font;
+  const QString hundred(100, QLatin1Char('x'));
+  EXPECT_EQ(TipHtml(hundred, font, 100000).count(QLatin1Char('x')), 79);
+  EXPECT_TRUE(TipHtml(QStringLiteral("a <b>\r\nc"), font, 300)
+                  .contains(QStringLiteral("a &lt;b&gt;<br>c")));
+  EXPECT_GE(TipHtml(hundred, font, 100).count(QStringLiteral("<br>")), 3);
+  // The cut does not leave half of a character of two units.
+  const QString pair = QString(78, QLatin1Char('x')) + QString::fromUtf8("\xF0\x9F\x98\x80");
+  EXPECT_FALSE(TipHtml(pair, font, 100000).contains(pair.at(78)));
+}
+
+}  // namespace
+}  // namespace updown
