@@ -1,5 +1,8 @@
 #include "engine/cache.h"
 
+#include <cstdio>
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 #include "engine/folder_walk.h"
@@ -45,6 +48,24 @@ void PackageCache::Delete(std::string_view name) const {
   if (const std::string path = PathOf(name); !path.empty()) {
     DeleteLocalFile(path);
   }
+}
+
+void PackageCache::Rename(std::string_view name, std::string_view newName) const {
+  const std::string from = PathOf(name);
+  const std::string to = PathOf(newName);
+  if (!from.empty() && !to.empty()) {
+    std::rename(from.c_str(), to.c_str());
+  }
+}
+
+std::unordered_set<std::string> PackageCache::Names() const {
+  std::unordered_set<std::string> names;
+  std::error_code error;
+  for (std::filesystem::directory_iterator file(packageCacheRoot_, error), end;
+       !error && file != end; file.increment(error)) {
+    names.insert(file->path().filename().native());
+  }
+  return names;
 }
 
 }  // namespace updown

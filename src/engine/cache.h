@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <unordered_set>
 
 namespace updown {
 
@@ -19,6 +20,10 @@ class PackageCache {
   std::string PathOf(std::string_view name) const;  // UTF-8; empty for a name that is not safe
   bool IsPackageIniCached(std::string_view name) const;
   void Delete(std::string_view name) const;
+  void Rename(std::string_view name, std::string_view newName) const;
+
+  // The names of all files that are there, by one look into the folder.
+  std::unordered_set<std::string> Names() const;
 
  private:
   std::string packageCacheRoot_;

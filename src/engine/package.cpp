@@ -9,7 +9,6 @@ namespace {
 
 constexpr std::size_t kPackageDigits = 14;
 constexpr std::string_view kHeaderSection = "Tallbin";
-constexpr std::string_view kIniEnding = ".ini";
 
 // A line break in the notes is the pair of bytes FF FF. What that pair becomes differs with the
 // code page, so it is looked for behind the conversion.
@@ -26,42 +25,28 @@ std::u16string WithLineBreaks(const std::u16string& text, AnsiCodePage codePage)
 
 }  // namespace
 
-bool IsPackageName(std::u16string_view name) {
-  while (name.ends_with(u'#')) {
+bool IsPackageName(std::string_view name) {
+  while (name.ends_with('#')) {
     name.remove_suffix(1);
   }
   return name.size() == kPackageDigits &&
          std::all_of(name.begin(), name.end(),
-                     [](char16_t letter) { return letter >= u'0' && letter <= u'9'; });
+                     [](char letter) { return letter >= '0' && letter <= '9'; });
 }
 
-std::u16string IniNameOf(std::u16string_view package) { return std::u16string(package) + u".ini"; }
-
-std::u16string StartIniNameOf(std::u16string_view package) {
-  return std::u16string(package) + u"_Start.ini";
+std::string HeaderFileOf(const std::string& package, bool start) {
+  return package + (start ? "_Start.ini" : ".ini");
 }
 
-bool EndsInIni(std::string_view path) {
-  return path.size() >= kIniEnding.size() &&
-         std::equal(kIniEnding.begin(), kIniEnding.end(), path.end() - kIniEnding.size(),
-                    [](char lower, char letter) { return AsciiLower(letter) == lower; });
-}
-
-PackageFiles FindPackageFiles(const PackageCache& cache, std::u16string_view package) {
-  PackageFiles files;
-  if (package.empty()) {
-    return files;
+std::optional<HeaderFileName> ParseHeaderFile(std::string_view file) {
+  for (const bool start : {true, false}) {
+    const std::string ending = HeaderFileOf({}, start);
+    if (file.ends_with(ending)) {
+      file.remove_suffix(ending.size());
+      return HeaderFileName{std::string(file), start};
+    }
   }
-  const std::string start = WideToUtf8(StartIniNameOf(package));
-  const std::string plain = WideToUtf8(IniNameOf(package));
-  const bool hasPlain = cache.IsPackageIniCached(plain);
-  if (cache.IsPackageIniCached(start)) {
-    files.readPath = cache.PathOf(start);
-    files.status = hasPlain ? StringId::Completed : StringId::Incomplete;
-  } else if (hasPlain) {
-    files.readPath = cache.PathOf(plain);
-  }
-  return files;
+  return std::nullopt;
 }
 
 PackageHeader ReadPackageHeader(const std::string& path, AnsiCodePage codePage) {

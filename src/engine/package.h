@@ -1,31 +1,27 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
-#include "engine/cache.h"
 #include "platform/text.h"
-#include "resources/string_id.h"
 
 namespace updown {
 
 // What makes a folder of the service a package, and what its header files say.
 
 // Exactly 14 decimal digits, then any number of '#'.
-bool IsPackageName(std::u16string_view name);
+bool IsPackageName(std::string_view name);
 
-std::u16string IniNameOf(std::u16string_view package);       // name + ".ini"
-std::u16string StartIniNameOf(std::u16string_view package);  // name + "_Start.ini"
+// The name of one of a package's two header files: package + "_Start.ini" or package + ".ini".
+std::string HeaderFileOf(const std::string& package, bool start);
 
-// True if a file's service name or local path ends in ".ini", without regard to case.
-bool EndsInIni(std::string_view path);
-
-// Which header files the cache holds, and so which is read and what the package's status is.
-struct PackageFiles {
-  std::string readPath;                    // the file to read; empty if there is none
-  StringId status = StringId::Incomplete;  // Completed if both are there
+// What the name of a header file tells; nothing for another name. The package's own name may be any.
+struct HeaderFileName {
+  std::string package;
+  bool start = false;
 };
-PackageFiles FindPackageFiles(const PackageCache& cache, std::u16string_view package);
+std::optional<HeaderFileName> ParseHeaderFile(std::string_view file);
 
 // The values of a header file as wide text; missing ones are empty.
 struct PackageHeader {

@@ -4,82 +4,79 @@
 #include <utility>
 
 #include "platform/qt/text.h"
+#include "resources/string_id.h"
 #include "widgets/icons.h"
+#include "resources/qt/texts.h"
 
 namespace updown {
 namespace {
 
-constexpr int kFolderIcon = 134;
-constexpr int kFileIcon = 135;
+constexpr std::array kHeadings{StringId::Name, StringId::Size, StringId::Type, StringId::Created,
+                               StringId::Save};
+static_assert(kHeadings.size() == attachment_column::kCount);
 
-constexpr std::array<ColumnHeading, attachment_column::kCount> kHeadings{{
-    {StringId::Name, u"Name"},
-    {StringId::Size, u"Size"},
-    {StringId::Type, u"Type"},
-    {StringId::Created, u"Create"},
-    {StringId::Save, u"Save"},
-}};
+QString Heading(int column) { return Text(kHeadings.at(static_cast<std::size_t>(column))); }
 
 }  // namespace
 
 AttachmentModel::AttachmentModel(QObject* parent)
-    : ReportModel(kHeadings, parent),
-      folderImage_(LoadIcon(kFolderIcon)),
-      fileImage_(LoadIcon(kFileIcon)) {}
+    : QAbstractTableModel(parent),
+      folderImage_(LoadIcon(Icon::Folder)),
+      fileImage_(LoadIcon(Icon::File)) {}
+
+void AttachmentModel::SetRecords(std::vector<AttachmentRecord> records) {
+  beginResetModel();
+  records_ = std::move(records);
+  endResetModel();
+}
+
+const AttachmentRecord* AttachmentModel::Find(int row) const {
+  return row >= 0 && row < rowCount() ? &records_.at(static_cast<std::size_t>(row)) : nullptr;
+}
+
+int AttachmentModel::rowCount(const QModelIndex& parent) const {
+  return parent.isValid() ? 0 : static_cast<int>(records_.size());
+}
+
+int AttachmentModel::columnCount(const QModelIndex& parent) const {
+  return parent.isValid() ? 0 : attachment_column::kCount;
+}
 
 QVariant AttachmentModel::data(const QModelIndex& index, int role) const {
-  if (!index.isValid() || !HasRow(index.row())) {
+  const AttachmentRecord* record = index.isValid() ? Find(index.row()) : nullptr;
+  if (record == nullptr) {
     return {};
   }
   const int column = index.column();
   switch (role) {
     case Qt::DisplayRole:
-      return column == attachment_column::kSave
-                 ? HeadingText(kHeadings[attachment_column::kSave])
-                 : ToQString(AttachmentText(Record(index.row()), column));
+      return column == attachment_column::kSave ? Heading(column)
+                                                : ToQString(AttachmentText(record->entry, column));
     case Qt::TextAlignmentRole:
       return QVariant::fromValue(
           (column == attachment_column::kSize ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter);
     case Qt::DecorationRole:
-      return column == attachment_column::kName ? Decoration(index.row()) : QVariant();
+      return column != attachment_column::kName
+                 ? QVariant()
+                 : QVariant(record->entry.type == kEntryFile ? fileImage_ : folderImage_);
     default:
       return {};
   }
 }
 
-QVariant AttachmentModel::Decoration(int row) const {
-  return Record(row).type == kEntryFile ? fileImage_ : folderImage_;
-}
-
-bool AttachmentModel::removeRows(int row, int count, const QModelIndex& parent) {
-  if (parent.isValid() || count <= 0 || row < 0 || count > RowCount() - row) {
-    return false;
+QVariant AttachmentModel::headerData(int section, Qt::Orientation orientation, int role) const {
+  if (orientation != Qt::Horizontal || role != Qt::DisplayRole || section < 0 ||
+      section >= attachment_column::kCount) {
+    return QAbstractTableModel::headerData(section, orientation, role);
   }
-  beginRemoveRows({}, row, row + count - 1);
-  rows_.erase(rows_.begin() + row, rows_.begin() + row + count);
-  endRemoveRows();
-  return true;
+  return Heading(section);
 }
 
-int AttachmentModel::Append(AttachmentRecord record) {
-  const int row = RowCount();
-  beginInsertRows({}, row, row);
-  rows_.push_back(std::move(record));
-  endInsertRows();
-  return row;
-}
-
-void AttachmentModel::Sort(int column, int direction) {
-  Reorder(
-      [&](int a, int b) { return CompareAttachments(Record(b), Record(a), column, direction) > 0; },
-      [this](const std::vector<int>& order) {
-        std::vector<AttachmentRecord> sorted;
-        sorted.reserve(rows_.size());
-        for (const int old : order) {
-          sorted.push_back(std::move(rows_.at(static_cast<std::size_t>(old))));
-        }
-        rows_ = std::move(sorted);
-      });
+// A file that is being removed fades, until it has gone or the service has refused.
+Qt::ItemFlags AttachmentModel::flags(const QModelIndex& index) const {
+  const Qt::ItemFlags flags = QAbstractTableModel::flags(index);
+  const AttachmentRecord* record = Find(index.row());
+  return record != nullptr && record->removing ? flags & ~Qt::ItemIsEnabled : flags;
 }
 
 }  // namespace updown

@@ -1,34 +1,32 @@
 #pragma once
 
+#include <QAbstractTableModel>
 #include <QIcon>
 #include <vector>
 
 #include "packages/attachment_record.h"
-#include "packages/report_model.h"
 
 namespace updown {
 
-// The rows of the attachment list, in the order shown. Texts are made from the record when asked.
-class AttachmentModel : public ReportModel {
+// The rows of the attachment list, in the order of the service. Texts are made when asked for.
+class AttachmentModel : public QAbstractTableModel {
   Q_OBJECT
 
  public:
   explicit AttachmentModel(QObject* parent = nullptr);
 
+  void SetRecords(std::vector<AttachmentRecord> records);
+  const std::vector<AttachmentRecord>& Records() const { return records_; }
+  const AttachmentRecord* Find(int row) const;  // null if there is no such row
+
+  int rowCount(const QModelIndex& parent = {}) const override;
+  int columnCount(const QModelIndex& parent = {}) const override;
   QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
-  bool removeRows(int row, int count, const QModelIndex& parent = {}) override;
-
-  const AttachmentRecord& Record(int row) const { return rows_.at(static_cast<std::size_t>(row)); }
-  int Append(AttachmentRecord record);   // its row
-  void Sort(int column, int direction);  // as CompareAttachments has it; ties keep their order
-
- protected:
-  int RowCount() const override { return static_cast<int>(rows_.size()); }
+  QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+  Qt::ItemFlags flags(const QModelIndex& index) const override;
 
  private:
-  QVariant Decoration(int row) const;
-
-  std::vector<AttachmentRecord> rows_;
+  std::vector<AttachmentRecord> records_;
   QIcon folderImage_;
   QIcon fileImage_;
 };

@@ -1,12 +1,13 @@
 #include "packages/attachment_record.h"
 
-#include <algorithm>
 #include <array>
 #include <ctime>
+#include <string_view>
+#include <tuple>
 
+#include "localdata/file_names.h"
 #include "packages/file_type_names.h"
-#include "packages/service_names.h"
-#include "resources/strings.h"
+#include "resources/texts.h"
 #include "widgets/size_texts.h"
 
 namespace updown {
@@ -14,37 +15,16 @@ namespace {
 
 std::u16string Widen(std::string_view ascii) { return {ascii.begin(), ascii.end()}; }
 
-char UpperAscii(char byte) {
-  return byte >= 'a' && byte <= 'z' ? static_cast<char>(byte - 'a' + 'A') : byte;
-}
-
-std::string UpperBytes(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(), UpperAscii);
-  return text;
-}
-
-int CompareNames(const std::string& a, const std::string& b) {
-  const int order = UpperBytes(a).compare(UpperBytes(b));
-  return static_cast<int>(order > 0) - static_cast<int>(order < 0);
-}
-
-// Unsigned, so that -1 turns every order around but that of 0.
-int CompareKeys(std::uint32_t a, std::uint32_t b, int direction) {
-  const auto factor = static_cast<std::uint32_t>(direction);
-  return b * factor < a * factor ? 1 : -1;
-}
-
 }  // namespace
 
-AttachmentRecord::AttachmentRecord(const DirectoryEntry& entry, LongParam item)
-    : name(entry.name),
-      field17(entry.field17),
-      field18(entry.field18),
-      modificationTime(entry.modificationTime),
-      size(entry.size),
-      field21(entry.field21),
-      type(entry.type),
-      treeItem(item) {}
+bool AttachmentRecord::operator==(const AttachmentRecord& other) const {
+  const auto shown = [](const AttachmentRecord& record) {
+    const DirectoryEntry& listed = record.entry;
+    return std::tie(record.package, record.removing, listed.name, listed.type, listed.size,
+                    listed.modificationTime);
+  };
+  return shown(*this) == shown(other);
+}
 
 std::u16string TimeText(std::uint32_t seconds) {
   const std::time_t time = seconds;
@@ -56,58 +36,39 @@ std::u16string TimeText(std::uint32_t seconds) {
   return Widen(text.data());
 }
 
-std::u16string AttachmentText(const AttachmentRecord& record, int column) {
-  const bool file = record.type == kEntryFile;
+std::u16string AttachmentText(const DirectoryEntry& entry, int column) {
+  const bool file = entry.type == kEntryFile;
   switch (column) {
     case attachment_column::kName:
-      return Utf8ToWideName(record.name);
+      return Utf8ToWideName(entry.name);
     case attachment_column::kSize:
-      return file ? Widen(FormatSize(record.size)) : std::u16string();
+      return file ? Widen(FormatSize(entry.size)) : std::u16string();
     case attachment_column::kType:
-      return file ? FileTypeName(Utf8ToWideName(record.name)) : u"File folder";
+      return file ? FileTypeName(Utf8ToWideName(entry.name)) : u"File folder";
     case attachment_column::kTime:
-      return TimeText(record.modificationTime);
+      return TimeText(entry.modificationTime);
     default:
       return {};
   }
 }
 
-std::u16string AttachmentTip(const AttachmentRecord& record) {
+std::u16string AttachmentTip(const DirectoryEntry& entry) {
   std::u16string tip;
-  const auto add = [&](StringId label, std::u16string_view fallback, int column) {
-    tip += LoadText(label, fallback);
+  const auto add = [&](StringId label, int column) {
+    tip += LoadText(label);
     tip += u":";
-    tip += AttachmentText(record, column);
+    tip += AttachmentText(entry, column);
   };
-  add(StringId::Name, u"Name", attachment_column::kName);
+  add(StringId::Name, attachment_column::kName);
   tip += u"\r\n";
-  if (record.type == kEntryFile) {
-    add(StringId::Size, u"Size", attachment_column::kSize);
+  if (entry.type == kEntryFile) {
+    add(StringId::Size, attachment_column::kSize);
     tip += u"\r\n";
   }
-  add(StringId::Type, u"Type", attachment_column::kType);
+  add(StringId::Type, attachment_column::kType);
   tip += u"\r\n";
-  add(StringId::Created, u"CreateTime", attachment_column::kTime);
+  add(StringId::Created, attachment_column::kTime);
   return tip;
-}
-
-int CompareAttachments(const AttachmentRecord& a, const AttachmentRecord& b, int column,
-                       int direction) {
-  if (a.type != b.type) {
-    return direction;
-  }
-  switch (column) {
-    case attachment_column::kName:
-      return CompareNames(a.name, b.name) * direction;
-    case attachment_column::kSize:
-      return CompareKeys(a.size, b.size, direction);
-    case attachment_column::kType:
-      return a.type * direction > b.type * direction ? 1 : -1;
-    case attachment_column::kTime:
-      return CompareKeys(a.modificationTime, b.modificationTime, direction);
-    default:
-      return 0;
-  }
 }
 
 }  // namespace updown

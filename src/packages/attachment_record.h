@@ -2,9 +2,7 @@
 
 #include <cstdint>
 #include <string>
-#include <string_view>
 
-#include "platform/window.h"
 #include "service/operations.h"
 
 namespace updown {
@@ -18,33 +16,25 @@ inline constexpr int kSave = 4;
 inline constexpr int kCount = 5;
 }  // namespace attachment_column
 
-// One file of a package: a copy of its entry.
+// One file of a package: its entry, and the package in which it lies.
 struct AttachmentRecord {
-  AttachmentRecord(const DirectoryEntry& entry, LongParam item);
+  std::string package;
+  DirectoryEntry entry;
+  bool removing = false;  // on the service, right now
 
-  std::string name;  // UTF-8
-  std::uint32_t field17;
-  std::uint32_t field18;
-  std::uint32_t modificationTime;  // seconds
-  std::uint32_t size;              // bytes
-  std::uint16_t field21;
-  std::uint16_t type;
-  LongParam treeItem;  // 0 for a file that the tree sends
+  const std::string& Name() const { return entry.name; }  // UTF-8
+  std::string Path() const { return "/" + package + "/" + entry.name; }
+
+  bool operator==(const AttachmentRecord& other) const;
 };
 
 // "2008-01-15 09:30" in local time.
 std::u16string TimeText(std::uint32_t seconds);
 
-// What the columns but Save show, as far as the record decides it.
-std::u16string AttachmentText(const AttachmentRecord& record, int column);
+// What the columns but Save show.
+std::u16string AttachmentText(const DirectoryEntry& entry, int column);
 
 // Name, size, type and time on a line each, for the row's tool tip.
-std::u16string AttachmentTip(const AttachmentRecord& record);
-
-// Positive if `a`, which stands above `b`, belongs below it in a list that is sorted by `column` in
-// `direction` (1 or -1). Keys are compared after multiplication with the direction, sizes and times
-// as unsigned numbers: 0 comes first either way.
-int CompareAttachments(const AttachmentRecord& a, const AttachmentRecord& b, int column,
-                       int direction);
+std::u16string AttachmentTip(const DirectoryEntry& entry);
 
 }  // namespace updown

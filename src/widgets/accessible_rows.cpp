@@ -278,7 +278,7 @@ QAccessibleInterface* AccessibleRows::child(int index) const {
   }
   const bool isHeader = index < columns;
   const QModelIndex cell =
-      isHeader ? QModelIndex() : list_->model()->index(index / columns - 1, index % columns);
+      isHeader ? QModelIndex() : list_->CellAt(index / columns - 1, index % columns);
   if (const auto known = cells_.find(index); known != cells_.end()) {
     QAccessibleInterface* shown = QAccessible::accessibleInterface(known->second);
     const auto* rowCell = dynamic_cast<AccessibleRowCell*>(shown);

@@ -64,10 +64,6 @@ CLinkListCtrl::CLinkListCtrl(QWidget* parent) : RowListView(parent) {
 
 CLinkListCtrl::~CLinkListCtrl() = default;
 
-QModelIndex CLinkListCtrl::CellAt(int row, int column) const {
-  return model() != nullptr ? model()->index(row, column) : QModelIndex();
-}
-
 bool CLinkListCtrl::AddLink(int row, int column) {
   if (row < 0 || row >= RowCount() || column < 0 || column >= ColumnCount()) {
     return false;

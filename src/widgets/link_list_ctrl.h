@@ -66,7 +66,6 @@ class CLinkListCtrl : public RowListView {
 
   // The cell without its icon.
   QRect LabelRect(const QModelIndex& index) const;
-  QModelIndex CellAt(int row, int column) const;
   bool ShowTip(const QPoint& position, const QPoint& globalPosition);
 
   std::map<CellKey, LinkCell> links_;

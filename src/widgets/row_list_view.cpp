@@ -3,8 +3,20 @@
 #include <QContextMenuEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
+#include <QPainter>
 
 namespace updown {
+namespace {
+
+// From 3/8 of the height down; a low list has no room to spare.
+QRect HintRect(QRect view, int lineHeight) {
+  if (view.height() > 4 * lineHeight) {
+    view.setTop(view.top() + view.height() * 3 / 8);
+  }
+  return view;
+}
+
+}  // namespace
 
 RowListView::RowListView(QWidget* parent) : QTreeView(parent) {
   InstallAccessibleFactory();
@@ -17,9 +29,15 @@ RowListView::RowListView(QWidget* parent) : QTreeView(parent) {
   setEditTriggers(NoEditTriggers);
 }
 
-int RowListView::RowCount() const { return model() != nullptr ? model()->rowCount() : 0; }
+int RowListView::RowCount() const { return model() != nullptr ? model()->rowCount(rootIndex()) : 0; }
 
-int RowListView::ColumnCount() const { return model() != nullptr ? model()->columnCount() : 0; }
+int RowListView::ColumnCount() const {
+  return model() != nullptr ? model()->columnCount(rootIndex()) : 0;
+}
+
+QModelIndex RowListView::CellAt(int row, int column) const {
+  return model() != nullptr ? model()->index(row, column, rootIndex()) : QModelIndex();
+}
 
 int RowListView::SelectedRow() const {
   if (selectionModel() == nullptr) {
@@ -38,7 +56,25 @@ void RowListView::SelectRow(int row) {
     return;
   }
   selectionModel()->setCurrentIndex(
-      model()->index(row, 0), QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+      CellAt(row, 0), QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+}
+
+void RowListView::SetHint(const QString& hint) {
+  if (hint != hint_) {
+    hint_ = hint;
+    setAccessibleDescription(hint_);
+    viewport()->update();
+  }
+}
+
+void RowListView::paintEvent(QPaintEvent* event) {
+  QTreeView::paintEvent(event);
+  if (RowCount() == 0 && !hint_.isEmpty()) {
+    QPainter painter(viewport());
+    painter.setPen(palette().color(QPalette::Text));
+    painter.drawText(HintRect(viewport()->rect(), fontMetrics().height()),
+                     Qt::AlignHCenter | Qt::AlignTop | Qt::TextWordWrap, hint_);
+  }
 }
 
 void RowListView::keyPressEvent(QKeyEvent* event) {
@@ -90,7 +126,7 @@ void RowListView::OpenMenuByKey() {
   if (row < 0) {
     return;
   }
-  const QModelIndex index = model()->index(row, 0);
+  const QModelIndex index = CellAt(row, 0);
   scrollTo(index);
   const QRect inView = visualRect(index) & viewport()->rect();
   Q_EMIT RowMenuRequested(row, viewport()->mapToGlobal(inView.bottomLeft()));

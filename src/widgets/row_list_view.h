@@ -20,14 +20,20 @@ class RowListView : public QTreeView, public AccessibleCells {
   // A row that does not exist takes the selection away.
   void SelectRow(int row);
 
+  // Rows and columns below the view's root.
   int RowCount() const;
   int ColumnCount() const;
+  QModelIndex CellAt(int row, int column) const;
+
+  // What the list says while it has no rows; empty: nothing.
+  void SetHint(const QString& hint);
 
  Q_SIGNALS:
   // Right click, Menu key or Shift+F10 on a row, which is selected by then.
   void RowMenuRequested(int row, const QPoint& globalPosition);
 
  protected:
+  void paintEvent(QPaintEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
   void mousePressEvent(QMouseEvent* event) override;
   void mouseMoveEvent(QMouseEvent* event) override;
@@ -35,6 +41,8 @@ class RowListView : public QTreeView, public AccessibleCells {
 
  private:
   void OpenMenuByKey();
+
+  QString hint_;
 };
 
 }  // namespace updown

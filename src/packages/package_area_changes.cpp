@@ -1,0 +1,158 @@
+#include <QTimer>
+#include <algorithm>
+#include <utility>
+
+#include "packages/package_area.h"
+#include "platform/qt/text.h"
+
+// What the user changes on the service.
+
+namespace updown {
+
+// The row tells of it once it has taken a while.
+void PackageArea::BeginWork(Package& package, PackageWork work) {
+  package.work = work;
+  QTimer::singleShot(times_.quiet, this, [this, name = package.Name(), work] {
+    Package* busy = rows_.Find(name);
+    if (busy != nullptr && busy->work == work) {
+      busy->workShows = true;
+      RowChanged(*busy);
+    }
+  });
+}
+
+void PackageArea::EndWork(const std::string& name) {
+  if (Package* package = rows_.Find(name)) {
+    package->work = PackageWork::None;
+    package->workShows = false;
+    RowChanged(*package);
+  }
+}
+
+// After an answer that leaves open what the service has done, only a listing tells what is true.
+void PackageArea::AfterFailure(const ChangeAnswer& answer) {
+  if (answer.result.end == SessionResult::End::Failed) {
+    Q_EMIT ChangeFailed(answer.result.report, FromUtf8(answer.failedName));
+  }
+  if (answer.uncertain || answer.result.end == SessionResult::End::Cancelled) {
+    Refresh(AskedBy::Program);
+  }
+}
+
+void PackageArea::Rename(const std::string& name, const std::string& newName) {
+  Package* package = rows_.Find(name);
+  if (package == nullptr || package->work != PackageWork::None) {
+    return;
+  }
+  FolderRename rename{"/" + name, "/" + newName, {}};
+  if (IsPackageName(newName)) {
+    for (const bool start : {false, true}) {
+      rename.files.push_back({HeaderFileOf(name, start), HeaderFileOf(newName, start)});
+    }
+  }
+  BeginWork(*package, PackageWork::Renaming);
+  session_.Rename(rename, [this, rename, name, newName](const ChangeAnswer& answer) {
+    OnRenamed(rename, name, newName, answer);
+  });
+}
+
+void PackageArea::OnRenamed(const FolderRename& rename, const std::string& name,
+                            const std::string& newName, const ChangeAnswer& answer) {
+  EndWork(name);
+  // A file that kept its old name fails behind the folder, which then has its new one.
+  if (answer.result.Done() || answer.failedName.starts_with(rename.newPath)) {
+    RenameRow(name, newName);
+    Q_EMIT PackageRenamed(name, newName);
+    Refresh(AskedBy::Program);
+  }
+  AfterFailure(answer);
+}
+
+void PackageArea::RenameRow(const std::string& name, const std::string& newName) {
+  const bool remains = IsPackageName(newName) && !rows_.Has(newName);
+  for (const bool start : {true, false}) {
+    if (remains) {
+      cache_.Rename(HeaderFileOf(name, start), HeaderFileOf(newName, start));
+    } else {
+      cache_.Delete(HeaderFileOf(name, start));
+    }
+  }
+  Package* package = rows_.Find(name);
+  if (package == nullptr) {
+    return;
+  }
+  if (!remains) {
+    RemoveRows(package->row, 1);
+    return;
+  }
+  rows_.Rename(*package, newName);
+  for (const bool start : {true, false}) {
+    if (package->File(start) != HeaderFile::Here) {
+      package->File(start) = HeaderFile::Missing;
+    }
+  }
+  RowChanged(*package);
+  if (selected_ == name) {
+    Select(newName);
+  }
+}
+
+void PackageArea::RemovePackage(const std::string& name) {
+  Package* package = rows_.Find(name);
+  if (package == nullptr || package->work != PackageWork::None) {
+    return;
+  }
+  BeginWork(*package, PackageWork::Removing);
+  session_.RemovePackage("/" + name, [this, name](const ChangeAnswer& answer) {
+    OnPackageRemoved(name, answer);
+  });
+}
+
+void PackageArea::OnPackageRemoved(const std::string& name, const ChangeAnswer& answer) {
+  EndWork(name);
+  const Package* package = rows_.Find(name);
+  if (answer.result.Done()) {
+    for (const bool start : {true, false}) {
+      cache_.Delete(HeaderFileOf(name, start));
+    }
+    if (package != nullptr) {
+      RemoveRows(package->row, 1);
+    }
+    return;
+  }
+  if (answer.uncertain && name == selected_) {
+    AskForFiles();
+  }
+  AfterFailure(answer);
+}
+
+void PackageArea::RemoveFile(const std::string& package, const std::string& file) {
+  if (package == selected_) {
+    files_.removing.insert(file);
+    QTimer::singleShot(times_.quiet, this, [this] { Q_EMIT FilesChanged(); });
+  }
+  session_.RemoveFile("/" + package + "/" + file,
+                      [this, package, file](const ChangeAnswer& answer) {
+                        OnFileRemoved(package, file, answer);
+                      });
+}
+
+void PackageArea::OnFileRemoved(const std::string& package, const std::string& file,
+                                const ChangeAnswer& answer) {
+  if (package == selected_) {
+    files_.removing.erase(file);
+    if (answer.result.Done()) {
+      std::erase_if(files_.entries,
+                    [&file](const DirectoryEntry& entry) { return entry.name == file; });
+    }
+    Q_EMIT FilesChanged();
+    if (answer.uncertain || answer.result.end == SessionResult::End::Cancelled) {
+      AskForFiles();
+    }
+  }
+  if (answer.result.end == SessionResult::End::Failed) {
+    Q_EMIT ChangeFailed(answer.result.report, FromUtf8(answer.failedName));
+  }
+}
+
+}  // namespace updown

@@ -1,0 +1,75 @@
+#include <algorithm>
+#include <utility>
+
+#include "packages/package_area.h"
+
+// The selected package and its files.
+
+namespace updown {
+
+void PackageArea::Select(const std::string& name) {
+  if (name == selected_) {
+    return;
+  }
+  selected_ = name;
+  DropFilesRequest();
+  files_ = {};
+  if (!selected_.empty()) {
+    files_.state = PackageFiles::State::Asked;
+    // Not at once: who holds an arrow key down passes many packages.
+    askForFiles_.start(0, this);
+  }
+  Q_EMIT SelectionChanged();
+}
+
+void PackageArea::DropFilesRequest() {
+  askForFiles_.stop();
+  session_.Drop(std::exchange(filesRequest_, 0));
+}
+
+void PackageArea::AskForFiles() {
+  DropFilesRequest();
+  if (selected_.empty()) {
+    return;
+  }
+  files_.state = PackageFiles::State::Asked;
+  filesRequest_ = session_.ListFolder("/" + selected_, ListAgain::No, AskedBy::Person,
+                                      [this](ListingAnswer answer) {
+                                        OnFilesListed(std::move(answer));
+                                      });
+  Q_EMIT FilesChanged();
+}
+
+void PackageArea::OnFilesListed(ListingAnswer answer) {
+  filesRequest_ = 0;
+  if (answer.result.Done()) {
+    std::erase_if(answer.entries, [this](const DirectoryEntry& entry) {
+      return entry.type != kEntryFile || IsHeaderFile(entry.name);
+    });
+    files_.state = PackageFiles::State::Here;
+    files_.entries = std::move(answer.entries);
+  } else {
+    files_.state = PackageFiles::State::Failed;
+    files_.report = answer.result.report;
+  }
+  TakeResult(answer.result, AskedBy::Program);
+  Q_EMIT FilesChanged();
+}
+
+// Also those of another package: they are no attachments wherever they lie.
+bool PackageArea::IsHeaderFile(const std::string& file) const {
+  const auto name = ParseHeaderFile(file);
+  return name && rows_.Has(name->package);
+}
+
+PackageHeader PackageArea::SelectedHeader() const {
+  const Package* package = rows_.Find(selected_);
+  return package == nullptr ? PackageHeader{} : ReadPackageHeader(ReadPathOf(*package), codePage_);
+}
+
+bool PackageArea::SelectedIsComplete() const {
+  const Package* package = rows_.Find(selected_);
+  return package != nullptr && package->Complete();
+}
+
+}  // namespace updown

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QSortFilterProxyModel>
+#include <optional>
+#include <utility>
+
+#include "packages/package_area.h"
+
+namespace updown {
+
+// The area as the list shows it: all columns but the name, sorted as the user wants it, by the
+// texts without regard to case. With very many packages a sort waits until their headers have been
+// read.
+class PackageListColumns : public QSortFilterProxyModel {
+  Q_OBJECT
+
+ public:
+  explicit PackageListColumns(PackageArea& area, QObject* parent = nullptr);
+
+  void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
+
+ protected:
+  bool filterAcceptsColumn(int column, const QModelIndex& parent) const override;
+
+ private:
+  PackageArea& area_;
+  std::optional<std::pair<int, Qt::SortOrder>> waiting_;
+};
+
+// The area as the tree shows it: the root and the names.
+class PackageTreeColumns : public QSortFilterProxyModel {
+  Q_OBJECT
+
+ public:
+  explicit PackageTreeColumns(PackageArea& area, QObject* parent = nullptr);
+
+  QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+
+ protected:
+  bool filterAcceptsColumn(int column, const QModelIndex& parent) const override;
+};
+
+}  // namespace updown

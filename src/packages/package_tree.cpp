@@ -1,0 +1,114 @@
+#include "packages/package_tree.h"
+
+#include <QDropEvent>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QScopedValueRollback>
+#include <QStyledItemDelegate>
+
+#include "platform/qt/text.h"
+#include "resources/string_id.h"
+#include "widgets/icons.h"
+#include "resources/qt/texts.h"
+
+namespace updown {
+namespace {
+
+// The selected folder stands open.
+class FolderDelegate : public QStyledItemDelegate {
+ public:
+  using QStyledItemDelegate::QStyledItemDelegate;
+
+ protected:
+  void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
+    QStyledItemDelegate::initStyleOption(option, index);
+    if ((option->state & QStyle::State_Selected) != 0) {
+      option->icon = open_;
+    }
+  }
+
+ private:
+  const QIcon open_ = LoadIcon(Icon::OpenFolder);
+};
+
+// A dropped file is taken and nothing is done with it; a copy, so that its source keeps it.
+void TakeDrop(QDropEvent& event) {
+  event.setDropAction(Qt::CopyAction);
+  event.accept();
+}
+
+}  // namespace
+
+PackageTree::PackageTree(PackageArea& area, QWidget* parent)
+    : QTreeView(parent), area_(area), columns_(area) {
+  setObjectName(QStringLiteral("packageTree"));
+  setAccessibleName(Text(StringId::FolderTreeName));
+  setHeaderHidden(true);
+  setUniformRowHeights(true);
+  setSelectionMode(SingleSelection);
+  setEditTriggers(SelectedClicked | EditKeyPressed);
+  setDragDropMode(DropOnly);
+  setItemDelegate(new FolderDelegate(this));
+  setModel(&columns_);
+  connect(&area_, &PackageArea::SelectionChanged, this, &PackageTree::ShowSelection);
+}
+
+void PackageTree::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
+  QTreeView::currentChanged(current, previous);
+  const std::string name = area_.NameAt(columns_.mapToSource(current));
+  if (!following_ && !name.empty()) {
+    area_.Select(name);
+  }
+}
+
+void PackageTree::ShowSelection() {
+  const QScopedValueRollback following(following_, true);
+  const QModelIndex item =
+      columns_.mapFromSource(area_.IndexOf(area_.Selected(), package_column::kName));
+  setCurrentIndex(item.isValid() ? item : columns_.index(0, 0));
+}
+
+void PackageTree::rowsInserted(const QModelIndex& parent, int first, int last) {
+  QTreeView::rowsInserted(parent, first, last);
+  if (parent.isValid() && last - first + 1 == columns_.rowCount(parent)) {
+    expand(parent);
+  }
+}
+
+// The view moves on when the current item goes; what is selected then is up to the list.
+void PackageTree::rowsAboutToBeRemoved(const QModelIndex& parent, int first, int last) {
+  const QScopedValueRollback following(following_, true);
+  QTreeView::rowsAboutToBeRemoved(parent, first, last);
+}
+
+void PackageTree::mouseMoveEvent(QMouseEvent* event) {
+  // A drag selects nothing: each selection asks the service for a folder.
+  if (event->buttons() == Qt::NoButton) {
+    QTreeView::mouseMoveEvent(event);
+  }
+}
+
+void PackageTree::keyPressEvent(QKeyEvent* event) {
+  if (event->key() == Qt::Key_F5) {
+    area_.Refresh(AskedBy::Person);
+    return;
+  }
+  QTreeView::keyPressEvent(event);
+}
+
+// A splitter keeps the widget of a closed pane, beside its own area. The keyboard must not reach it
+// there: who pressed an arrow key would select another package without seeing why.
+void PackageTree::moveEvent(QMoveEvent* event) {
+  QTreeView::moveEvent(event);
+  const bool closed = event->pos().x() < 0;
+  setFocusPolicy(closed ? Qt::NoFocus : Qt::StrongFocus);
+  if (closed && hasFocus()) {
+    focusNextChild();
+  }
+}
+
+void PackageTree::dragEnterEvent(QDragEnterEvent* event) { TakeDrop(*event); }
+void PackageTree::dragMoveEvent(QDragMoveEvent* event) { TakeDrop(*event); }
+void PackageTree::dropEvent(QDropEvent* event) { TakeDrop(*event); }
+
+}  // namespace updown

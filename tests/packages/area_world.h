@@ -1,0 +1,142 @@
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include <QAbstractItemModelTester>
+#include <QSignalSpy>
+#include <QTest>
+#include <algorithm>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "packages/package_area.h"
+#include "peer/stand_in.h"
+#include "platform/qt/main_thread.h"
+#include "platform/qt/text.h"
+#include "service/messages.h"
+#include "tests/support/environment.h"
+#include "tests/support/temporary_folder.h"
+
+namespace updown::test {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::StartsWith;
+using peer::Fault;
+using Names = std::vector<std::string>;
+
+constexpr int kPatienceMs = 10000;
+
+inline const std::string kFirst = "20080115093011";
+inline const std::string kSecond = "20080115093012";
+inline const std::string kThird = "20080115093013";
+
+// Wants are noted; the test lets the files arrive.
+class NotedFetches : public HeaderFetches {
+ public:
+  bool FetchHeader(const std::string& package, const std::string& file) override {
+    EXPECT_THAT(file, StartsWith(package));
+    wanted.push_back(file);
+    return true;
+  }
+  Names wanted;
+};
+
+// An area before a service of its own, over a folder. A package has a file "of" + name + ".txt".
+class AreaWorld : public ::testing::Test {
+ protected:
+  AreaWorld() : peer_(ServedFrom(served_)), environment_(peer_.Environment()) {
+    launch_.serverName = "fileservice";
+    session_.emplace(
+        service_, launch_, [this](std::function<void()> call) { mainThread_.Post(std::move(call)); },
+        nullptr, [] {});
+  }
+  ~AreaWorld() override {
+    area_.reset();
+    tester_.reset();
+    session_.reset();
+  }
+
+  PackageArea& MakeArea(AreaTimes times = {}) {
+    area_.emplace(*session_, fetches_, cache_, launch_, times);
+    tester_.emplace(&*area_, QAbstractItemModelTester::FailureReportingMode::Fatal);
+    return *area_;
+  }
+  // With its packages listed.
+  PackageArea& Listed(const Names& packages, AreaTimes times = {}) {
+    for (const std::string& name : packages) {
+      AddPackage(name);
+    }
+    PackageArea& area = MakeArea(times);
+    EXPECT_TRUE(Refresh(AskedBy::Program));
+    return area;
+  }
+  bool Refresh(AskedBy by = AskedBy::Person) {
+    area_->Refresh(by);
+    return Await([this] { return !area_->Refreshing(); });
+  }
+  template <typename Condition>
+  static bool Await(Condition condition) {
+    return QTest::qWaitFor(condition, kPatienceMs);
+  }
+
+  void AddPackage(const std::string& name, const Names& files = {}) {
+    std::filesystem::create_directories(Served(name));
+    for (const bool start : {true, false}) {
+      WriteFile(Served(name + "/" + HeaderFileOf(name, start)), "header");
+    }
+    WriteFile(Served(name + "/of" + name + ".txt"), "12345");
+    for (const std::string& file : files) {
+      WriteFile(Served(name + "/" + file), "12345");
+    }
+  }
+  // A header file comes into the cache, by itself or by a fetch.
+  void PutIntoCache(const std::string& file, const std::string& from) {
+    WriteFile(cache_.PathOf(file), "[Tallbin]\nTXT_From=" + from + "\nTXT_Notes=a\xFF\xFF" + "b\n");
+  }
+  void Arrive(const std::string& package, const std::string& from) {
+    for (const bool start : {false, true}) {
+      PutIntoCache(HeaderFileOf(package, start), from);
+      area_->HeaderEnded(HeaderFileOf(package, start), true);
+    }
+  }
+  std::string Served(const std::string& path) const { return served_.File(path); }
+  Names Rows() const {
+    Names names;
+    for (int row = 0; row < area_->rowCount(area_->Root()); ++row) {
+      names.push_back(area_->NameAt(area_->index(row, 0, area_->Root())));
+    }
+    return names;
+  }
+  std::string Cell(const std::string& package, int column) const {
+    return ToUtf8(area_->IndexOf(package, column).data().toString());
+  }
+  long Requests(std::uint32_t message) const {
+    const auto requests = peer_.Requests();
+    return std::count_if(requests.begin(), requests.end(),
+                         [message](const auto& seen) { return seen.message == message; });
+  }
+
+  static peer::Options ServedFrom(const TemporaryFolder& folder) {
+    peer::Options options;
+    options.root = folder.Path();
+    return options;
+  }
+
+  TemporaryFolder served_;
+  TemporaryFolder cached_;
+  peer::StandIn peer_;
+  ScopedEnvironment environment_;
+  MainThread mainThread_;
+  FileService service_;
+  LaunchState launch_;
+  NotedFetches fetches_;
+  PackageCache cache_{cached_.Path()};
+  std::optional<Session> session_;
+  std::optional<PackageArea> area_;
+  std::optional<QAbstractItemModelTester> tester_;
+};
+
+}  // namespace updown::test

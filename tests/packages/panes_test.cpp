@@ -1,0 +1,343 @@
+// Tree, list and form over one area.
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPlainTextEdit>
+#include <QSplitter>
+
+#include "packages/package_commands.h"
+#include "packages/package_form.h"
+#include "packages/package_list.h"
+#include "packages/package_tree.h"
+#include "tests/packages/area_world.h"
+#include "tests/support/person.h"
+
+namespace updown::test {
+namespace {
+
+class NotedDownloads : public PackageDownloads {
+ public:
+  bool StreamLimitReached() const override { return limit; }
+  bool IsDuplicate(const std::string& /*path*/) const override { return duplicate; }
+  bool SaveFile(const std::string& name, const std::string& path) override {
+    saved.push_back(name + " from " + path);
+    return true;
+  }
+  bool limit = false;
+  bool duplicate = false;
+  Names saved;
+};
+
+class PanesTest : public AreaWorld {
+ protected:
+  void Show(AreaTimes times = {}) {
+    PackageArea& area = MakeArea(times);
+    window_.emplace();
+    window_->resize(1000, 700);
+    tree_ = new PackageTree(area);
+    list_ = new PackageList(area, u"the service"_qs);
+    form_ = new PackageForm(area);
+    for (QWidget* pane : {static_cast<QWidget*>(tree_), static_cast<QWidget*>(list_),
+                          static_cast<QWidget*>(form_)}) {
+      window_->addWidget(pane);
+    }
+    commands_ = new PackageCommands(area, downloads_, &*window_);
+    QObject::connect(list_, &PackageList::DeleteWanted, commands_, &PackageCommands::DeletePackage);
+    QObject::connect(&Attachments(), &AttachmentList::SaveWanted, commands_,
+                     &PackageCommands::SaveFile);
+    QObject::connect(&Attachments(), &AttachmentList::DeleteWanted, commands_,
+                     &PackageCommands::DeleteFile);
+    QObject::connect(commands_, &PackageCommands::TransfersWanted, commands_,
+                     [this] { ++transfersShown_; });
+    window_->show();
+    window_->activateWindow();
+  }
+  // With its packages listed: complete ones, from "f" + the name's last digit.
+  void ShowListed(const Names& packages) {
+    for (const std::string& name : packages) {
+      AddPackage(name);
+      PutIntoCache(HeaderFileOf(name, true), std::string("f") + name.back());
+      PutIntoCache(HeaderFileOf(name, false), "other");
+    }
+    Show();
+    ASSERT_TRUE(Refresh(AskedBy::Program));
+    ASSERT_TRUE(Settle());
+  }
+  bool Settle() {
+    return Await([this] {
+      return !session_->Busy() && area_->Files().state != PackageFiles::State::Asked;
+    });
+  }
+  ~PanesTest() override { window_.reset(); }
+
+  AttachmentList& Attachments() { return form_->Attachments(); }
+  // The list's column of senders, top row first.
+  std::string Senders() const {
+    std::string senders;
+    for (int row = 0; row < list_->RowCount(); ++row) {
+      senders += ToUtf8(list_->CellAt(row, package_column::kFrom).data().toString()) + " ";
+    }
+    return senders;
+  }
+  Names AttachmentNames() {
+    Names names;
+    for (int row = 0; row < Attachments().RowCount(); ++row) {
+      names.push_back(ToUtf8(Attachments().CellAt(row, 0).data().toString()));
+    }
+    return names;
+  }
+  std::string Header() const {
+    return ToUtf8(form_->findChild<QLabel*>(u"packageHeader"_qs)->text());
+  }
+  QModelIndex TreeItem(int package) const {
+    return tree_->model()->index(package, 0, tree_->model()->index(0, 0));
+  }
+  void ClickHeading(int column) {
+    QHeaderView* const header = list_->header();
+    QTest::mouseClick(header->viewport(), Qt::LeftButton, Qt::NoModifier,
+                      QPoint(header->sectionViewportPosition(column) + 20, header->height() / 2));
+  }
+  static void Click(QAbstractItemView* view, const QModelIndex& index, bool twice = false) {
+    const QPoint at = view->visualRect(index).center();
+    QTest::mouseClick(view->viewport(), Qt::LeftButton, Qt::NoModifier, at);
+    if (twice) {
+      QTest::mouseDClick(view->viewport(), Qt::LeftButton, Qt::NoModifier, at);
+    }
+  }
+  // Opens a row's menu and takes its second item.
+  void DeleteByMenu(RowListView* list, int row, const QString& menu) {
+    list->SelectRow(row);
+    Q_EMIT list->RowMenuRequested(row, QPoint());
+    auto* const popup = window_->findChild<QMenu*>(menu);
+    ASSERT_NE(popup, nullptr);
+    QAction* const action = popup->actions().at(1);
+    popup->close();
+    action->trigger();
+    ASSERT_TRUE(Settle());
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  }
+  void EditLabel(const QString& text) {
+    tree_->edit(tree_->currentIndex());
+    auto* const editor = tree_->findChild<QLineEdit*>();
+    ASSERT_NE(editor, nullptr);
+    editor->setText(text);
+    QTest::keyClick(editor, Qt::Key_Return);
+    QCoreApplication::processEvents();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    ASSERT_TRUE(Settle());
+  }
+
+  NotedDownloads downloads_;
+  Person person_;
+  std::optional<QSplitter> window_;
+  PackageTree* tree_ = nullptr;
+  PackageList* list_ = nullptr;
+  PackageForm* form_ = nullptr;
+  PackageCommands* commands_ = nullptr;
+  int transfersShown_ = 0;
+};
+
+TEST_F(PanesTest, AllShowOneSelection) {
+  ShowListed({kFirst, kSecond, kThird});
+  EXPECT_EQ(area_->Selected(), kThird) << "the first row shows itself";
+  EXPECT_EQ(list_->SelectedRow(), 0);
+  EXPECT_TRUE(tree_->isExpanded(tree_->model()->index(0, 0)));
+  EXPECT_EQ(tree_->currentIndex(), TreeItem(0));
+  EXPECT_THAT(AttachmentNames(), ElementsAre("of" + kThird + ".txt"));
+  EXPECT_THAT(Header(), StartsWith("From:   f3\t\t"));
+  EXPECT_EQ(form_->findChild<QPlainTextEdit*>()->toPlainText(), u"a\nb"_qs);
+
+  Click(tree_, TreeItem(1));
+  EXPECT_EQ(list_->SelectedRow(), 1);
+  EXPECT_THAT(Header(), StartsWith("From:   f2\t\t"));
+  EXPECT_THAT(AttachmentNames(), IsEmpty()) << "not those of another package";
+  ASSERT_TRUE(Settle());
+  EXPECT_THAT(AttachmentNames(), ElementsAre("of" + kSecond + ".txt"));
+
+  Click(list_, list_->CellAt(2, 1));
+  EXPECT_EQ(tree_->currentIndex(), TreeItem(2));
+  Click(tree_, tree_->model()->index(0, 0));
+  EXPECT_EQ(area_->Selected(), kFirst) << "the root is no package";
+}
+
+TEST_F(PanesTest, ARefreshKeepsSortingSelectionAndTheFilesOnShow) {
+  ShowListed({kFirst, kSecond});
+  EXPECT_EQ(Senders(), "f2 f1 ");
+  ClickHeading(package_column::kFrom);
+  EXPECT_EQ(Senders(), "f1 f2 ");
+  EXPECT_EQ(list_->SelectedRow(), 1) << "the selection stays with its package";
+  AddPackage(kThird);
+  PutIntoCache(HeaderFileOf(kThird, true), "f0");
+  QTest::keyClick(list_, Qt::Key_F5);
+  EXPECT_EQ(Senders(), "f1 f2 ") << "until the answer is there";
+  EXPECT_EQ(AttachmentNames().size(), 1U);
+  ASSERT_TRUE(Await([this] { return Senders() == "f0 f1 f2 "; }));
+  EXPECT_EQ(list_->SelectedRow(), 2);
+  ASSERT_TRUE(Settle());
+  Click(&Attachments(), Attachments().CellAt(0, attachment_column::kSave));
+  EXPECT_THAT(downloads_.saved, ElementsAre("of" + kSecond + ".txt from /" + kSecond + "/of" +
+                                            kSecond + ".txt"));
+  ClickHeading(package_column::kFrom);
+  EXPECT_EQ(Senders(), "f2 f1 f0 ");
+  Arrive(kFirst, "f9");
+  EXPECT_EQ(Senders(), "f9 f2 f0 ");
+}
+
+TEST_F(PanesTest, AHalfArrivedPackageHidesItsAttachments) {
+  AddPackage(kFirst);
+  Show();
+  EXPECT_TRUE(Attachments().isVisible()) << "before the first package";
+  ASSERT_TRUE(Refresh());
+  EXPECT_FALSE(Attachments().isVisible());
+  EXPECT_THAT(Header(), StartsWith("From:   \t\t"));
+  Arrive(kFirst, "late");
+  EXPECT_TRUE(Attachments().isVisible());
+  EXPECT_THAT(Header(), StartsWith("From:   late\t\t"));
+}
+
+TEST_F(PanesTest, TheEmptyListSaysWhatIsTrue) {
+  Show({.quiet = std::chrono::milliseconds(50)});
+  const auto hint = [this] { return ToUtf8(list_->accessibleDescription()); };
+  peer_.AddFault({.kind = Fault::Kind::Stall, .message = message::kList});
+  area_->Refresh(AskedBy::Program);
+  EXPECT_EQ(hint(), "") << "not yet";
+  ASSERT_TRUE(Await([&] { return hint() == "Connecting to the service…"; }));
+  area_->Cancel();
+  ASSERT_TRUE(Await([&] { return hint().find("F5") != std::string::npos; }));
+  ASSERT_TRUE(Refresh());
+  EXPECT_THAT(hint(), ::testing::HasSubstr("No packages have been received"));
+}
+
+struct DeletionCase {
+  const char* name;
+  int row;
+  QMessageBox::StandardButton answer;
+  const char* senders;  // afterwards
+  const char* shown;    // the sender that the form shows
+  int selected;
+};
+
+class Deletion : public PanesTest, public ::testing::WithParamInterface<DeletionCase> {};
+
+INSTANTIATE_TEST_SUITE_P(
+    Packages, Deletion,
+    ::testing::Values(DeletionCase{"Middle", 1, QMessageBox::Ok, "f3 f1 ", "f1", 1},
+                      DeletionCase{"Last", 2, QMessageBox::Ok, "f3 f2 ", "", -1},
+                      DeletionCase{"Cancelled", 0, QMessageBox::Cancel, "f3 f2 f1 ", "f3", 0}),
+    [](const auto& each) { return std::string(each.param.name); });
+
+TEST_P(Deletion, ShowsTheRowThatMovesUp) {
+  const DeletionCase& c = GetParam();
+  ShowListed({kFirst, kSecond, kThird});
+  person_.answer = c.answer;
+  DeleteByMenu(list_, c.row, u"packageMenu"_qs);
+  EXPECT_THAT(person_.seen, ElementsAre("Are you sure you want to make this deletion?"));
+  EXPECT_EQ(Senders(), c.senders);
+  EXPECT_EQ(list_->SelectedRow(), c.selected);
+  EXPECT_THAT(Header(), StartsWith(std::string("From:   ") + c.shown + "\t"));
+  EXPECT_EQ(AttachmentNames().size(), c.selected < 0 ? 0U : 1U);
+}
+
+TEST_F(PanesTest, ARenameOutOfTheAreaIsAskedFirst) {
+  ShowListed({kFirst, kSecond});
+  const struct {
+    QString text;
+    QMessageBox::StandardButton answer;
+    std::string box;  // what it begins with; empty: none
+    std::string shown;
+  } cases[] = {
+      {FromUtf8(kThird), QMessageBox::Ok, "", kThird},
+      {u"elsewhere"_qs, QMessageBox::Cancel, "“elsewhere” is not the name of a package", kThird},
+      {FromUtf8(kFirst), QMessageBox::Ok, "Unknown error[8203]", kThird},
+      {u"a/b"_qs, QMessageBox::Ok, "File or folder name contains", kThird},
+      {QString(300, u'x'), QMessageBox::Ok, "Invalid parameters", kThird},
+      {u"elsewhere"_qs, QMessageBox::Ok, "“elsewhere” is not the name of a package", kFirst},
+  };
+  for (const auto& c : cases) {
+    person_.seen.clear();
+    person_.answer = c.answer;
+    tree_->setCurrentIndex(TreeItem(0));
+    EditLabel(c.text);
+    ASSERT_TRUE(Await([&] { return c.box.empty() || person_.seen.size() == 1; }));
+    EXPECT_THAT(c.box.empty() ? std::string() : person_.seen.at(0), StartsWith(c.box));
+    ASSERT_TRUE(Await([&] {
+      return !session_->Busy() && ToUtf8(TreeItem(0).data().toString()) == c.shown;
+    })) << c.shown;
+  }
+}
+
+class Attached : public PanesTest {
+ protected:
+  void ShowFiles() {
+    AddPackage(kFirst, {"A.txt", longName_});
+    std::filesystem::remove(Served(kFirst + "/of" + kFirst + ".txt"));
+    WriteFile(Served(kFirst + "/b.txt"), "12");
+    WriteFile(Served(kFirst + "/..\\up"), "");
+    ShowListed({kFirst});
+    std::filesystem::remove(Served(kFirst + "/of" + kFirst + ".txt"));
+    ASSERT_TRUE(Refresh());
+    ASSERT_TRUE(Settle());
+    ASSERT_THAT(AttachmentNames(), ElementsAre("..\\up", "A.txt", "b.txt", longName_));
+  }
+  Names Save(int row) {
+    Click(&Attachments(), Attachments().CellAt(row, attachment_column::kSave));
+    return std::exchange(downloads_.saved, {});
+  }
+
+  const std::string longName_ = std::string(245, 'n');
+  const std::string folder_ = "/" + kFirst + "/";
+};
+
+TEST_F(Attached, FilesAreSavedFromTheLinkADoubleClickAndEnter) {
+  ShowFiles();
+  Click(&Attachments(), Attachments().CellAt(1, 0));
+  EXPECT_THAT(downloads_.saved, IsEmpty());
+  EXPECT_THAT(Save(2), ElementsAre("b.txt from " + folder_ + "b.txt"));
+  Click(&Attachments(), Attachments().CellAt(1, 0), true);
+  QTest::keyClick(&Attachments(), Qt::Key_Return);
+  EXPECT_THAT(std::exchange(downloads_.saved, {}),
+              ElementsAre("A.txt from " + folder_ + "A.txt", "A.txt from " + folder_ + "A.txt"));
+  EXPECT_THAT(Save(0), ElementsAre("up from " + folder_ + "..\\up")) << "no name leaves its place";
+  EXPECT_EQ(transfersShown_, 4);
+  downloads_.duplicate = true;
+  Save(1);
+  downloads_.limit = true;
+  Save(1);
+  Save(3);
+  EXPECT_EQ(transfersShown_, 7) << "who is refused sees the transfers too";
+  EXPECT_EQ(person_.seen.size(), 3U);
+  EXPECT_THAT(downloads_.saved, IsEmpty());
+}
+
+TEST_F(Attached, AFileIsDeletedIfItsNameIsSafeAndTheServiceAgrees) {
+  ShowFiles();
+  DeleteByMenu(&Attachments(), 0, u"attachmentMenu"_qs);
+  EXPECT_THAT(person_.seen.back(), StartsWith("File or folder name contains")) << "another folder's";
+  DeleteByMenu(&Attachments(), 1, u"attachmentMenu"_qs);
+  EXPECT_THAT(AttachmentNames(), ElementsAre("..\\up", "b.txt", longName_));
+  EXPECT_THAT(ToUtf8(Attachments().GetCellTip(1, 0)), StartsWith("Name:b.txt"));
+  EXPECT_EQ(Attachments().SelectedRow(), -1);
+  person_.answer = QMessageBox::Cancel;
+  DeleteByMenu(&Attachments(), 1, u"attachmentMenu"_qs);
+  EXPECT_EQ(AttachmentNames().size(), 3U);
+}
+
+TEST_F(PanesTest, HeadersAreReadInTheCodePageOfTheLanguage) {
+  AddPackage(kFirst);
+  const std::tuple<std::int32_t, const char*, const char*> cases[] = {
+      {1033, "Ren\xE9", "René"}, {2052, "\xD6\xD0", "中"}, {1028, "\xA4\xA4", "中"}};
+  for (const auto& [language, bytes, text] : cases) {
+    window_.reset();
+    tester_.reset();
+    launch_.languageId = language;
+    PutIntoCache(HeaderFileOf(kFirst, true), bytes);
+    Show();
+    ASSERT_TRUE(Refresh());
+    EXPECT_EQ(Senders(), std::string(text) + " ");
+    EXPECT_THAT(Header(), ::testing::HasSubstr(text));
+  }
+}
+
+}  // namespace
+}  // namespace updown::test
