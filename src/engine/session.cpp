@@ -5,12 +5,13 @@
 namespace updown {
 
 Session::Session(FileService& service, const LaunchState& launch, Post post, LoginQuestion question,
-                 Granted granted)
+                 Granted granted, SessionLimits limits)
     : post_(std::move(post)),
       question_(std::move(question)),
       granted_(std::move(granted)),
       link_(
-          service, launch, [this](const LoginRequest& request) { return AskLogin(request); },
+          service, launch, limits,
+          [this](const LoginRequest& request) { return AskLogin(request); },
           [this](const std::string& sessid) { TakeKey(sessid); }),
       thread_(Thread::Start([this] { Run(); })) {}
 
@@ -107,7 +108,9 @@ std::optional<SessionKey> Session::Renew(const SessionKey& refused, std::stop_to
   if (!renewal_) {
     renewal_ = std::make_shared<Renewal>();
     jobs_.push_front(
-        {0, [this, renewal = renewal_](SessionLink& link) { RunRenewal(link, renewal); }});
+        {0, [this, refused = refused.grant, renewal = renewal_](SessionLink& link) {
+           RunRenewal(link, refused, renewal);
+         }});
     changed_.notify_all();
   }
   const auto renewal = renewal_;
@@ -115,12 +118,14 @@ std::optional<SessionKey> Session::Renew(const SessionKey& refused, std::stop_to
   return renewal->value.value_or(std::nullopt);
 }
 
-void Session::RunRenewal(SessionLink& link, const std::shared_ptr<Renewal>& renewal) {
-  const std::uint64_t before = Key().grant;
-  link.Close();
-  link.Open(AskedBy::Program);
+void Session::RunRenewal(SessionLink& link, std::uint64_t refused,
+                         const std::shared_ptr<Renewal>& renewal) {
+  if (Key().grant == refused) {
+    link.Close();
+    link.Open(AskedBy::Program);
+  }
   const std::lock_guard lock(mutex_);
-  renewal->value.emplace(key_.grant != before ? std::optional(key_) : std::nullopt);
+  renewal->value.emplace(key_.grant != refused ? std::optional(key_) : std::nullopt);
   renewal_.reset();
   changed_.notify_all();
 }
@@ -183,8 +188,8 @@ std::optional<LoginAnswer> Session::AskLogin(const LoginRequest& request) {
   using Given = Reply<std::optional<LoginAnswer>>;
   const auto given = std::make_shared<Given>();
   post_([this, request, given, awaited = std::weak_ptr(awaited_)] {
-    if (awaited.expired()) {
-      return;  // the session is gone
+    if (awaited.expired() || Stopping()) {
+      return;
     }
     question_(request, [this, given, awaited](std::optional<LoginAnswer> answer) {
       if (!awaited.expired()) {
@@ -197,6 +202,11 @@ std::optional<LoginAnswer> Session::AskLogin(const LoginRequest& request) {
   std::unique_lock lock(mutex_);
   changed_.wait(lock, [&] { return given->value || stopping_ || link_.WasCut(); });
   return given->value.value_or(std::nullopt);
+}
+
+bool Session::Stopping() const {
+  const std::lock_guard lock(mutex_);
+  return stopping_;
 }
 
 void Session::TakeKey(const std::string& sessid) {

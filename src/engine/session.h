@@ -38,7 +38,7 @@ class Session final : public WorkerSession {
 
   // `service` and `launch` outlive the object. `question` is asked on the main thread.
   Session(FileService& service, const LaunchState& launch, Post post, LoginQuestion question,
-          Granted granted);
+          Granted granted, SessionLimits limits = {});
   ~Session() override;  // waits for the thread's end, which is at hand once it is cut
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
@@ -93,7 +93,9 @@ class Session final : public WorkerSession {
   bool TakeJob(Job& job);
   std::optional<LoginAnswer> AskLogin(const LoginRequest& request);
   void TakeKey(const std::string& sessid);
-  void RunRenewal(SessionLink& link, const std::shared_ptr<Renewal>& renewal);
+  void RunRenewal(SessionLink& link, std::uint64_t refused,
+                  const std::shared_ptr<Renewal>& renewal);
+  bool Stopping() const;
 
   const Post post_;
   const LoginQuestion question_;

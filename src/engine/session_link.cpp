@@ -22,13 +22,16 @@ std::uint32_t ReportOf(StringId text) { return static_cast<std::uint32_t>(text);
 
 // One opening: what it may still take, and what it has tried.
 struct SessionLink::Attempt {
-  AskedBy by;
-  Clock::time_point deadline = Clock::now() + kOpeningLimit;
+  Clock::time_point deadline;
 };
 
-SessionLink::SessionLink(FileService& service, const LaunchState& launch, AskAndWait ask,
-                         KeyGranted granted)
-    : service_(service), launch_(launch), ask_(std::move(ask)), granted_(std::move(granted)) {}
+SessionLink::SessionLink(FileService& service, const LaunchState& launch, SessionLimits limits,
+                         AskAndWait ask, KeyGranted granted)
+    : service_(service),
+      launch_(launch),
+      limits_(limits),
+      ask_(std::move(ask)),
+      granted_(std::move(granted)) {}
 
 SessionResult SessionLink::Open(AskedBy by) {
   stoodIdle_ = InStep();
@@ -40,7 +43,7 @@ SessionResult SessionLink::Open(AskedBy by) {
     return {SessionResult::End::NoLogin};
   }
   loginGivenUp_ = false;
-  Attempt attempt{by};
+  Attempt attempt{Clock::now() + limits_.opening};
   for (;;) {
     if (auto ended = TryOnce(attempt)) {
       if (!ended->Done()) {
@@ -116,6 +119,7 @@ bool SessionLink::InStep() const {
 bool SessionLink::Connect(const Attempt& attempt) {
   auto connection = std::make_unique<Connection>();
   connection->SetDeadline(attempt.deadline);
+  connection->SetSilenceLimit(limits_.silence);
   {
     const std::lock_guard lock(mutex_);
     if (cut_) {

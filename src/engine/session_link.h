@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -9,6 +10,7 @@
 #include "engine/launch_state.h"
 #include "engine/session_answers.h"
 #include "service/connection.h"
+#include "service/limits.h"
 #include "service/operations.h"
 
 namespace updown {
@@ -30,6 +32,12 @@ struct LoginRequest {
 using LoginAsked = std::function<void(std::optional<LoginAnswer>)>;
 using LoginQuestion = std::function<void(const LoginRequest&, LoginAsked)>;
 
+// How long the session waits for the service; tests shorten it.
+struct SessionLimits {
+  std::chrono::milliseconds opening = kOpeningLimit;
+  std::chrono::milliseconds silence = kRequestSilence;
+};
+
 // The connection of the shared session, and what opens it: connects through the relay, negotiates,
 // logs in. Belongs to the session's thread, but for Cut and End.
 class SessionLink {
@@ -38,13 +46,14 @@ class SessionLink {
   using AskAndWait = std::function<std::optional<LoginAnswer>(const LoginRequest&)>;
   using KeyGranted = std::function<void(const std::string& sessid)>;
 
-  SessionLink(FileService& service, const LaunchState& launch, AskAndWait ask, KeyGranted granted);
+  SessionLink(FileService& service, const LaunchState& launch, SessionLimits limits, AskAndWait ask,
+              KeyGranted granted);
 
   // Before each request: forgets an earlier cut. `cut`: the request was given up before it began.
   void Begin(bool cut);
 
   // Done at once if the connection stands and is in step. Else opens it, as often logging in as the
-  // person is willing to try. Takes kOpeningLimit at most, without the time in the prompt.
+  // person is willing to try. Takes `limits.opening` at most, without the time in the prompt.
   SessionResult Open(AskedBy by);
   // True if the last Open found a connection that stood idle until then.
   bool StoodIdle() const { return stoodIdle_; }
@@ -72,6 +81,7 @@ class SessionLink {
 
   FileService& service_;
   const LaunchState& launch_;
+  const SessionLimits limits_;
   const AskAndWait ask_;
   const KeyGranted granted_;
 
