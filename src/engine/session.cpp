@@ -41,11 +41,9 @@ Session::RequestId Session::Open(AskedBy by, std::function<void(const SessionRes
 
 Session::RequestId Session::ListFolder(std::string path, ListAgain again, AskedBy by,
                                        std::function<void(ListingAnswer)> answer) {
-  return Ask<ListingAnswer>(
-      [path = std::move(path), again, by](SessionLink& link) {
-        return ListOnLink(link, path, again, by);
-      },
-      std::move(answer));
+  return Ask<ListingAnswer>([path = std::move(path), again,
+                             by](SessionLink& link) { return ListOnLink(link, path, again, by); },
+                            std::move(answer));
 }
 
 Session::RequestId Session::RemoveFile(std::string path, ChangeDone answer) {
@@ -107,10 +105,9 @@ std::optional<SessionKey> Session::Renew(const SessionKey& refused, std::stop_to
   }
   if (!renewal_) {
     renewal_ = std::make_shared<Renewal>();
-    jobs_.push_front(
-        {0, [this, refused = refused.grant, renewal = renewal_](SessionLink& link) {
-           RunRenewal(link, refused, renewal);
-         }});
+    jobs_.push_front({0, [this, refused = refused.grant, renewal = renewal_](SessionLink& link) {
+                        RunRenewal(link, refused, renewal);
+                      }});
     changed_.notify_all();
   }
   const auto renewal = renewal_;
@@ -166,7 +163,8 @@ void Session::Run() {
   link_.Close();
 }
 
-// The link takes up its next request under the lock, so that a cut finds either the one or the other.
+// The link takes up its next request under the lock, so that a cut finds either the one or the
+// other.
 bool Session::TakeJob(Job& job) {
   std::unique_lock lock(mutex_);
   running_ = 0;

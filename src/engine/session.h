@@ -24,9 +24,9 @@ namespace updown {
 // The one long-lived session on whose connection all browsing runs, with a thread of its own.
 // Requests run one at a time, in the order of asking.
 //
-// Made, asked and ended on the main thread, but for what WorkerSession says. Each request is answered
-// once, by a call on the main thread, or never if it was dropped first; no answer comes from within
-// the call that asks.
+// Made, asked and ended on the main thread, but for what WorkerSession says. Each request is
+// answered once, by a call on the main thread, or never if it was dropped first; no answer comes
+// from within the call that asks.
 class Session final : public WorkerSession {
  public:
   using RequestId = std::uint64_t;  // never reused

@@ -77,8 +77,7 @@ std::optional<SessionResult> SessionLink::TryOnce(Attempt& attempt) {
   if (prompted && !AskLogin(attempt, false)) {
     return GivenUp();
   }
-  const int login =
-      Ops().Authenticate(*connection_, launch_.appid, userName_, password_, realm_);
+  const int login = Ops().Authenticate(*connection_, launch_.appid, userName_, password_, realm_);
   if (login == result::kOk) {
     granted_(sessid_);
     return SessionResult();

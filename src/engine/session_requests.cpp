@@ -31,9 +31,7 @@ ListingAnswer AskListing(SessionLink& link, const std::string& path) {
 // The steps of a removal or a renaming, each one request, on a connection that is open.
 class Change {
  public:
-  explicit Change(SessionLink& link) : link_(link) {
-    answer_.result = link.Open(AskedBy::Person);
-  }
+  explicit Change(SessionLink& link) : link_(link) { answer_.result = link.Open(AskedBy::Person); }
 
   // Sends one request unless an earlier step has ended the change; true if it was carried out.
   template <typename Request>
@@ -118,8 +116,7 @@ ChangeAnswer RemoveFileOnLink(SessionLink& link, const std::string& path) {
     return Refused(path);
   }
   Change change(link);
-  change.Step(path,
-              [&](SessionLink& open) { return open.Ops().RemoveFile(open.Wire(), path); });
+  change.Step(path, [&](SessionLink& open) { return open.Ops().RemoveFile(open.Wire(), path); });
   return std::move(change).Answer();
 }
 
@@ -140,8 +137,7 @@ ChangeAnswer RemovePackageOnLink(SessionLink& link, const std::string& path) {
       break;
     }
   }
-  change.Step(path,
-              [&](SessionLink& open) { return open.Ops().RemoveFolder(open.Wire(), path); });
+  change.Step(path, [&](SessionLink& open) { return open.Ops().RemoveFolder(open.Wire(), path); });
   return std::move(change).Answer();
 }
 

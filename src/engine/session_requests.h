@@ -9,7 +9,8 @@
 namespace updown {
 
 // What the session's requests do on its connection, each from opening to answer. On the session's
-// thread. Paths are UTF-8; one that does not fit the service's buffers is refused without a request.
+// thread. Paths are UTF-8; one that does not fit the service's buffers is refused without a
+// request.
 
 // Whether a failed listing is asked again, once, on a connection made anew.
 enum class ListAgain { No, Once };

@@ -48,7 +48,9 @@ class Calls {
     }
     return true;
   }
-  void RunWaiting() { RunUntil([] { return false; }, 1ms); }
+  void RunWaiting() {
+    RunUntil([] { return false; }, 1ms);
+  }
 
  private:
   std::mutex mutex_;
@@ -245,14 +247,22 @@ TEST_P(SessionTest, ADeadConnectionIsReplacedOnce) {
   const Case cases[] = {
       {"healthy", {.kind = Kind::DropBefore, .message = 1000}, ListAgain::No, End::Done},
       {"dies", {.kind = Kind::DropBefore, .message = list}, ListAgain::No, End::Done},
-      {"dies again", {.kind = Kind::DropBefore, .message = list, .times = 2}, ListAgain::No,
+      {"dies again",
+       {.kind = Kind::DropBefore, .message = list, .times = 2},
+       ListAgain::No,
        End::Failed},
       {"falls silent", {.kind = Kind::Stall, .message = list}, ListAgain::No, End::Done},
-      {"refused", {.kind = Kind::WrongCode, .message = list, .code = 32768 + 8}, ListAgain::Once,
+      {"refused",
+       {.kind = Kind::WrongCode, .message = list, .code = 32768 + 8},
+       ListAgain::Once,
        End::Done},
-      {"breaks off, twice", {.kind = Kind::CutListing, .message = list, .times = 2},
-       ListAgain::Once, End::Failed},
-      {"makes no sense", {.kind = Kind::BadEntry, .message = list, .times = 2}, ListAgain::Once,
+      {"breaks off, twice",
+       {.kind = Kind::CutListing, .message = list, .times = 2},
+       ListAgain::Once,
+       End::Failed},
+      {"makes no sense",
+       {.kind = Kind::BadEntry, .message = list, .times = 2},
+       ListAgain::Once,
        End::Failed},
   };
   for (const Case& c : cases) {
@@ -301,7 +311,8 @@ TEST_P(SessionTest, RemovesAndRenamesPackages) {
   EXPECT_TRUE(fs::exists(folder / (renamed + "_Start.ini")));
   EXPECT_TRUE(fs::exists(folder / "a.txt"));
 
-  peer->AddFault({.kind = Kind::WrongCode, .message = message::kRemoveFile, .skip = 1, .code = 32775});
+  peer->AddFault(
+      {.kind = Kind::WrongCode, .message = message::kRemoveFile, .skip = 1, .code = 32775});
   const auto remove = [&](auto answer) { session->RemovePackage("/" + renamed, answer); };
   const ChangeAnswer refused = Change(remove);
   EXPECT_EQ(refused.result.report, 8199U);
@@ -407,7 +418,8 @@ TEST_P(SessionTest, EndsAtOnceInEveryStall) {
     Start();
     bool answered = false;
     session->RemovePackage("/20081105093012", [&](const ChangeAnswer&) { answered = true; });
-    ASSERT_TRUE(RunUntilSeen([&] { return leavePromptOpen ? !asked.empty() : Count(stalled) > 0; }));
+    ASSERT_TRUE(
+        RunUntilSeen([&] { return leavePromptOpen ? !asked.empty() : Count(stalled) > 0; }));
     const auto began = std::chrono::steady_clock::now();
     EXPECT_TRUE(session->Stop(10s));
     EXPECT_LT(std::chrono::steady_clock::now() - began, 1s);
