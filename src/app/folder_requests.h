@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "engine/session.h"
+#include "engine/shared_session.h"
 #include "service/operations.h"
 
 namespace updown {
@@ -17,8 +17,7 @@ namespace updown {
 // no box comes up while a request is under way.
 
 struct ListAnswer {
-  std::unique_ptr<DirectoryList>
-      list;  // null after a failure; a listing that broke off has entries
+  std::unique_ptr<DirectoryList> list;  // null after a failure
   std::int64_t report = 0;
 };
 ListAnswer RequestListing(SharedSession& session, const std::u16string* path);

@@ -3,7 +3,7 @@
 #include <QWidget>
 #include <optional>
 
-#include "engine/session.h"
+#include "engine/shared_session.h"
 
 namespace updown {
 

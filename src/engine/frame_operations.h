@@ -6,7 +6,7 @@
 
 #include "engine/cache.h"
 #include "engine/launch_state.h"
-#include "engine/session.h"
+#include "engine/shared_session.h"
 #include "engine/tasks.h"
 
 namespace updown {

@@ -1,114 +1,218 @@
 #include "engine/session.h"
 
-#include <sys/socket.h>
-
-#include <utility>
-
-#include "engine/tasks.h"
-#include "platform/text.h"
-#include "resources/string_id.h"
-#include "service/messages.h"
-#include "wire/relay.h"
-#include "wire/sockets.h"
+#include <algorithm>
 
 namespace updown {
-namespace {
 
-// At most what a buffer holds beside its terminator, never half a character.
-std::string CredentialOf(std::u16string_view wide) { return WideToUtf8(wide, kPathCapacity - 1); }
-
-std::uint32_t ErrorOf(StringId text) { return static_cast<std::uint32_t>(text); }
-
-// The service speaks only when asked, so this is the rest of a reply that was given up. The next
-// request would take it for its own reply, and may wait for ever for an end that never comes.
-bool HasUnreadBytes(int socket) {
-  char first = 0;
-  return socket >= 0 && recv(socket, &first, 1, MSG_PEEK | MSG_DONTWAIT) > 0;
-}
-
-}  // namespace
-
-SharedSession::SharedSession(FileService& service, const LaunchState& launch,
-                             LoginQuestion question)
-    : SharedSession(service, launch, std::move(question),
-                    [](std::string_view serverName, std::uint16_t port) {
-                      return ServiceConnect(serverName, port);
-                    }) {}
-
-SharedSession::SharedSession(FileService& service, const LaunchState& launch,
-                             LoginQuestion question, Connector connect)
-    : service_(service),
-      launch_(launch),
+Session::Session(FileService& service, const LaunchState& launch, Post post, LoginQuestion question,
+                 Granted granted, SessionLimits limits)
+    : post_(std::move(post)),
       question_(std::move(question)),
-      connect_(std::move(connect)) {}
+      granted_(std::move(granted)),
+      link_(
+          service, launch, limits,
+          [this](const LoginRequest& request) { return AskLogin(request); },
+          [this](const std::string& sessid) { TakeKey(sessid); }),
+      thread_(Thread::Start([this] { Run(); })) {}
 
-SharedSession::~SharedSession() { Close(); }
-
-SharedSession::Opened SharedSession::OpenSharedSession() {
-  if (HasUnreadBytes(sessionSocket_)) {
-    Close();
-  }
-  if (sessionSocket_ >= 0) {
-    return {true, 0};
-  }
-  while (Connect()) {
-    const int session =
-        service_.NegotiateSession(sessionSocket_, sessid_, launch_.appid, message::kOpenSession);
-    if (session == result::kBusy) {
-      Close();
-      return {false, ErrorOf(StringId::SystemBusy)};
-    }
-    if (session != result::kAuthentication) {
-      // Any other failure shows at the first listing.
-      return {true, 0};
-    }
-    if (userName_.empty() && !LoginPrompt(false)) {
-      Close();
-      return {false, 0};
-    }
-    const int login =
-        Ops().Authenticate(sessionSocket_, launch_.appid, userName_, password_, realm_);
-    if (login == result::kOk) {
-      return {true, 0};
-    }
-    Close();
-    if (login != result::kAuthentication) {
-      return {false, result::WithoutSign(login)};
-    }
-    if (!LoginPrompt(true)) {
-      return {false, 0};
-    }
-  }
-  return {false, ErrorOf(StringId::NetworkError)};
+Session::~Session() {
+  constexpr std::chrono::hours kForEver{1};
+  Stop(kForEver);
 }
 
-void SharedSession::Close() {
-  if (sessionSocket_ >= 0) {
-    CloseSocket(sessionSocket_);
-    sessionSocket_ = -1;
+template <typename Answer, typename Work, typename Done>
+Session::RequestId Session::Ask(Work work, Done done) {
+  const RequestId id = ++lastId_;
+  awaited_->insert(id);
+  Add({id, [this, id, work = std::move(work), done = std::move(done)](SessionLink& link) {
+         post_([id, done, answer = Answer(work(link)), awaited = std::weak_ptr(awaited_)] {
+           const auto still = awaited.lock();
+           if (still && still->erase(id) != 0) {
+             done(answer);
+           }
+         });
+       }});
+  return id;
+}
+
+Session::RequestId Session::Open(AskedBy by, std::function<void(const SessionResult&)> answer) {
+  return Ask<SessionResult>([by](SessionLink& link) { return link.Open(by); }, std::move(answer));
+}
+
+Session::RequestId Session::ListFolder(std::string path, ListAgain again, AskedBy by,
+                                       std::function<void(ListingAnswer)> answer) {
+  return Ask<ListingAnswer>([path = std::move(path), again,
+                             by](SessionLink& link) { return ListOnLink(link, path, again, by); },
+                            std::move(answer));
+}
+
+Session::RequestId Session::RemoveFile(std::string path, ChangeDone answer) {
+  return Ask<ChangeAnswer>(
+      [path = std::move(path)](SessionLink& link) { return RemoveFileOnLink(link, path); },
+      std::move(answer));
+}
+
+Session::RequestId Session::RemovePackage(std::string path, ChangeDone answer) {
+  return Ask<ChangeAnswer>(
+      [path = std::move(path)](SessionLink& link) { return RemovePackageOnLink(link, path); },
+      std::move(answer));
+}
+
+Session::RequestId Session::Rename(FolderRename rename, ChangeDone answer) {
+  return Ask<ChangeAnswer>(
+      [rename = std::move(rename)](SessionLink& link) { return RenameOnLink(link, rename); },
+      std::move(answer));
+}
+
+void Session::Drop(RequestId request) {
+  awaited_->erase(request);
+  const std::lock_guard lock(mutex_);
+  std::erase_if(jobs_, [request](const Job& job) { return job.id == request; });
+}
+
+void Session::Cancel() {
+  const std::lock_guard lock(mutex_);
+  cancelledUpTo_ = lastId_;
+  if (running_ != 0) {
+    link_.Cut();
+  }
+  changed_.notify_all();
+}
+
+bool Session::Stop(std::chrono::milliseconds limit) {
+  awaited_->clear();
+  {
+    const std::lock_guard lock(mutex_);
+    stopping_ = true;
+    jobs_.clear();
+    link_.Cut();
+  }
+  changed_.notify_all();
+  return !thread_ || thread_->Ended().WaitFor(limit);
+}
+
+SessionKey Session::Key() const {
+  const std::lock_guard lock(mutex_);
+  return key_;
+}
+
+// Ahead of everything that waits: workers stand still meanwhile, and the requests behind it would
+// run into the forgotten session themselves.
+std::optional<SessionKey> Session::Renew(const SessionKey& refused, std::stop_token stop) {
+  std::unique_lock lock(mutex_);
+  if (refused.grant != key_.grant) {
+    return key_;
+  }
+  if (!renewal_) {
+    renewal_ = std::make_shared<Renewal>();
+    jobs_.push_front({0, [this, refused = refused.grant, renewal = renewal_](SessionLink& link) {
+                        RunRenewal(link, refused, renewal);
+                      }});
+    changed_.notify_all();
+  }
+  const auto renewal = renewal_;
+  changed_.wait(lock, stop, [&] { return renewal->value || stopping_; });
+  return renewal->value.value_or(std::nullopt);
+}
+
+void Session::RunRenewal(SessionLink& link, std::uint64_t refused,
+                         const std::shared_ptr<Renewal>& renewal) {
+  if (Key().grant == refused) {
+    link.Close();
+    link.Open(AskedBy::Program);
+  }
+  const std::lock_guard lock(mutex_);
+  renewal->value.emplace(key_.grant != refused ? std::optional(key_) : std::nullopt);
+  renewal_.reset();
+  changed_.notify_all();
+}
+
+ListingAnswer Session::List(const std::string& path, std::stop_token stop) {
+  const auto reply = std::make_shared<Reply<ListingAnswer>>();
+  std::unique_lock lock(mutex_);
+  jobs_.push_back({0, [this, path, reply](SessionLink& link) {
+                     if (reply.use_count() == 1) {
+                       return;  // nobody waits any more
+                     }
+                     ListingAnswer answer =
+                         ListOnLink(link, path, ListAgain::Once, AskedBy::Program);
+                     const std::lock_guard answering(mutex_);
+                     reply->value = std::move(answer);
+                     changed_.notify_all();
+                   }});
+  changed_.notify_all();
+  changed_.wait(lock, stop, [&] { return reply->value || stopping_; });
+  return reply->value ? *std::move(reply->value)
+                      : ListingAnswer{{SessionResult::End::Cancelled}, {}};
+}
+
+void Session::Add(Job job) {
+  const std::lock_guard lock(mutex_);
+  if (!stopping_) {
+    jobs_.push_back(std::move(job));
+    changed_.notify_all();
   }
 }
 
-// 0 stands for "no relay in the environment" and is no socket either.
-bool SharedSession::Connect() {
-  const int socket = connect_(launch_.serverName, static_cast<std::uint16_t>(launch_.serverPort));
-  sessionSocket_ = socket > 0 ? socket : -1;
-  return sessionSocket_ > 0;
+void Session::Run() {
+  Job job;
+  while (TakeJob(job)) {
+    job.run(link_);
+    job = {};
+  }
+  link_.Close();
 }
 
-bool SharedSession::LoginPrompt(bool refused) {
-  const auto answer = question_ ? question_(refused) : std::nullopt;
-  if (!answer) {
+// The link takes up its next request under the lock, so that a cut finds either the one or the
+// other.
+bool Session::TakeJob(Job& job) {
+  std::unique_lock lock(mutex_);
+  running_ = 0;
+  changed_.wait(lock, [this] { return stopping_ || !jobs_.empty(); });
+  if (stopping_) {
     return false;
   }
-  std::u16string_view user = answer->user;
-  if (const std::size_t at = user.rfind(u'@'); at != std::u16string_view::npos) {
-    realm_ = CredentialOf(user.substr(at + 1));
-    user = user.substr(0, at);
-  }
-  userName_ = CredentialOf(user);
-  password_ = CredentialOf(answer->password);
+  job = std::move(jobs_.front());
+  jobs_.pop_front();
+  running_ = job.id;
+  link_.Begin(job.id != 0 && job.id <= cancelledUpTo_);
   return true;
+}
+
+std::optional<LoginAnswer> Session::AskLogin(const LoginRequest& request) {
+  if (!question_) {
+    return std::nullopt;
+  }
+  using Given = Reply<std::optional<LoginAnswer>>;
+  const auto given = std::make_shared<Given>();
+  post_([this, request, given, awaited = std::weak_ptr(awaited_)] {
+    if (awaited.expired() || Stopping()) {
+      return;
+    }
+    question_(request, [this, given, awaited](std::optional<LoginAnswer> answer) {
+      if (!awaited.expired()) {
+        const std::lock_guard lock(mutex_);
+        given->value = std::move(answer);
+        changed_.notify_all();
+      }
+    });
+  });
+  std::unique_lock lock(mutex_);
+  changed_.wait(lock, [&] { return given->value || stopping_ || link_.WasCut(); });
+  return given->value.value_or(std::nullopt);
+}
+
+bool Session::Stopping() const {
+  const std::lock_guard lock(mutex_);
+  return stopping_;
+}
+
+void Session::TakeKey(const std::string& sessid) {
+  {
+    const std::lock_guard lock(mutex_);
+    key_ = {sessid, key_.grant + 1};
+  }
+  granted_();
 }
 
 }  // namespace updown

@@ -1,63 +1,120 @@
 #pragma once
 
+#include <chrono>
+#include <condition_variable>
 #include <cstdint>
+#include <deque>
 #include <functional>
+#include <memory>
+#include <mutex>
 #include <optional>
+#include <stop_token>
 #include <string>
+#include <unordered_set>
+#include <utility>
 
-#include "engine/launch_state.h"
-#include "service/operations.h"
+#include "engine/session_answers.h"
+#include "engine/session_link.h"
+#include "engine/session_requests.h"
+#include "engine/worker_session.h"
+#include "platform/thread.h"
 
 namespace updown {
 
-// What a person types into the login box; both UTF-16.
-struct LoginAnswer {
-  std::u16string user;  // "name" or "name@realm"
-  std::u16string password;
-};
-
-// Asks for user name and password; nothing when the person gives up. `refused`: the last ones were
-// refused. The main thread waits for it.
-using LoginQuestion = std::function<std::optional<LoginAnswer>(bool refused)>;
-
-// The one long-lived connection on which all browsing runs. Main thread only, one request at a
-// time. The sessid that it yields is what transfers present on connections of their own.
-class SharedSession {
+// The one long-lived session on whose connection all browsing runs, with a thread of its own.
+// Requests run one at a time, in the order of asking.
+//
+// Made, asked and ended on the main thread, but for what WorkerSession says. Each request is
+// answered once, by a call on the main thread, or never if it was dropped first; no answer comes
+// from within the call that asks.
+class Session final : public WorkerSession {
  public:
-  // `connect` stands in for ServiceConnect in tests.
-  using Connector = std::function<int(std::string_view serverName, std::uint16_t port)>;
+  using RequestId = std::uint64_t;  // never reused
 
-  SharedSession(FileService& service, const LaunchState& launch, LoginQuestion question);
-  SharedSession(FileService& service, const LaunchState& launch, LoginQuestion question,
-                Connector connect);
-  ~SharedSession();
+  // Hands a call to the main thread, in order. Called on any thread.
+  using Post = std::function<void(std::function<void()>)>;
+  // Called on the session's thread each time the service has granted a session.
+  using Granted = std::function<void()>;
 
-  struct Opened {
-    bool open = false;
-    std::uint32_t error = 0;  // for ReportResult: a string id, a positive code, 0 for nothing
-  };
-  // Returns at once if the session is open and in step. Else connects, negotiates, and logs in as
-  // often as the person is willing to try.
-  Opened OpenSharedSession();
+  // `service` and `launch` outlive the object. `question` is asked on the main thread.
+  Session(FileService& service, const LaunchState& launch, Post post, LoginQuestion question,
+          Granted granted, SessionLimits limits = {});
+  ~Session() override;  // waits for the thread's end, which is at hand once it is cut
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
 
-  void Close();
-  int Socket() const { return sessionSocket_; }  // negative: closed
-  const std::string& Sessid() const { return sessid_; }
-  const ServiceOps& Ops() const { return service_.Ops(); }
+  // Opens the session unless it is open.
+  RequestId Open(AskedBy by, std::function<void(const SessionResult&)> answer);
+  RequestId ListFolder(std::string path, ListAgain again, AskedBy by,
+                       std::function<void(ListingAnswer)> answer);
+
+  using ChangeDone = std::function<void(const ChangeAnswer&)>;
+  RequestId RemoveFile(std::string path, ChangeDone answer);
+  RequestId RemovePackage(std::string path, ChangeDone answer);
+  RequestId Rename(FolderRename rename, ChangeDone answer);
+
+  // No answer comes once this has returned. A request that has not begun is not sent either; one
+  // that is under way runs to its end.
+  void Drop(RequestId request);
+
+  // Cuts what is under way, and answers it and all that waits with Cancelled. Workers' requests go
+  // on.
+  void Cancel();
+
+  // True while an answer is to come.
+  bool Busy() const { return !awaited_->empty(); }
+
+  // Cuts and ends the thread, and lets waiting workers go; no answer comes once this has returned.
+  // False if the thread has not ended within `limit`: the process must then end without destroying
+  // the session and what it uses.
+  bool Stop(std::chrono::milliseconds limit);
+
+  SessionKey Key() const override;
+  std::optional<SessionKey> Renew(const SessionKey& refused, std::stop_token stop) override;
+  ListingAnswer List(const std::string& path, std::stop_token stop) override;
 
  private:
-  bool Connect();
-  bool LoginPrompt(bool refused);
+  using Awaited = std::unordered_set<RequestId>;  // main thread
+  struct Job {
+    RequestId id = 0;  // 0: a worker's
+    std::function<void(SessionLink&)> run;
+  };
+  // What a worker, or the session itself at the login prompt, waits for; guarded by mutex_.
+  template <typename Value>
+  struct Reply {
+    std::optional<Value> value;
+  };
+  using Renewal = Reply<std::optional<SessionKey>>;
 
-  FileService& service_;
-  const LaunchState& launch_;
-  LoginQuestion question_;
-  Connector connect_;
-  int sessionSocket_ = -1;
-  std::string sessid_;
-  std::string userName_;  // credentials: UTF-8, for this run only, stored nowhere
-  std::string password_;
-  std::string realm_;
+  template <typename Answer, typename Work, typename Done>
+  RequestId Ask(Work work, Done done);
+  void Add(Job job);
+  void Run();
+  bool TakeJob(Job& job);
+  std::optional<LoginAnswer> AskLogin(const LoginRequest& request);
+  void TakeKey(const std::string& sessid);
+  void RunRenewal(SessionLink& link, std::uint64_t refused,
+                  const std::shared_ptr<Renewal>& renewal);
+  bool Stopping() const;
+
+  const Post post_;
+  const LoginQuestion question_;
+  const Granted granted_;
+
+  const std::shared_ptr<Awaited> awaited_ = std::make_shared<Awaited>();
+  RequestId lastId_ = 0;  // main thread
+
+  mutable std::mutex mutex_;  // guards all that follows but the link and the thread
+  std::condition_variable_any changed_;
+  std::deque<Job> jobs_;
+  RequestId running_ = 0;
+  RequestId cancelledUpTo_ = 0;
+  bool stopping_ = false;
+  SessionKey key_;
+  std::shared_ptr<Renewal> renewal_;  // under way or waiting, for all who hold its refused key
+
+  SessionLink link_;
+  std::unique_ptr<Thread> thread_;
 };
 
 }  // namespace updown

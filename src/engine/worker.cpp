@@ -14,7 +14,8 @@ int Transfer(SchedulerContext& context, const TransferTask& task, TransferRecord
              TransferProgress& progress) {
   return RunTaskTransfer(*context.service, task.serverName,
                          static_cast<std::uint16_t>(task.serverPort), task.Sessid(), record,
-                         &progress, &context.connections);
+                         &progress, &context.connections)
+      .code;
 }
 
 // A child without a path has never stood for a file; a stopped one may have all of its file.

@@ -13,8 +13,8 @@ namespace {
 // how long they are.
 class Download {
  public:
-  Download(Dialect dialect, int socket, TransferRecord& record)
-      : dialect_(dialect), socket_(socket), record_(record), buffer_(kExchangeCapacity) {}
+  Download(Dialect dialect, Connection& connection, TransferRecord& record)
+      : dialect_(dialect), connection_(connection), record_(record), buffer_(kExchangeCapacity) {}
 
   int Run(TransferProgress* progress);
 
@@ -29,7 +29,7 @@ class Download {
   int WriteUnread(std::uint32_t& remaining);
 
   const Dialect dialect_;
-  const int socket_;
+  Connection& connection_;
   TransferRecord& record_;
   MessageBuffer buffer_;
   UniqueFd file_;
@@ -57,7 +57,7 @@ int Download::Run(TransferProgress* progress) {
 // Everything up to the first block.
 int Download::Prepare() {
   ServiceReply reply;
-  const int result = AskInformation(dialect_, socket_, record_, buffer_, reply);
+  const int result = AskInformation(dialect_, connection_, record_, buffer_, reply);
   if (result != result::kOk) {
     return result;
   }
@@ -117,7 +117,7 @@ int Download::RequestBlock(BlockRequest& block) {
   }
   buffer_.Reset();
   ServiceReply reply;
-  const int result = Exchange(dialect_, socket_, message::kReadBlock,
+  const int result = Exchange(dialect_, connection_, message::kReadBlock,
                               Bytes(list).first(static_cast<std::size_t>(size)), buffer_, reply);
   return result == result::kOk ? DecodeBlockReply(reply, block) : result;
 }
@@ -152,7 +152,7 @@ int Download::StoreBlock(const BlockRequest& block) {
     if (remaining == 0 || buffer_.Unread() > 0) {
       continue;
     }
-    if (const int received = ReceiveMore(socket_, buffer_); received != result::kOk) {
+    if (const int received = ReceiveMore(connection_, buffer_); received != result::kOk) {
       return received;
     }
   }
@@ -181,10 +181,13 @@ int Download::WriteUnread(std::uint32_t& remaining) {
 
 }  // namespace
 
-int DownloadFile(Dialect dialect, int socket, const std::string& sessid, TransferRecord& record,
-                 TransferProgress* progress) {
-  const int result = AttachTransfer(dialect, socket, sessid, record);
-  return result == result::kOk ? Download(dialect, socket, record).Run(progress) : result;
+TransferResult DownloadFile(Dialect dialect, Connection& connection, const std::string& sessid,
+                            TransferRecord& record, TransferProgress* progress) {
+  int result = AttachTransfer(dialect, connection, sessid, record);
+  if (result == result::kOk) {
+    result = Download(dialect, connection, record).Run(progress);
+  }
+  return ServiceResult(result, connection, record);
 }
 
 }  // namespace updown

@@ -11,7 +11,7 @@
 
 #include "engine/frame_messages.h"
 #include "engine/scheduler.h"
-#include "engine/session.h"
+#include "engine/shared_session.h"
 #include "engine/tasks.h"
 #include "peer/stand_in.h"
 #include "platform/text.h"
@@ -131,9 +131,9 @@ class EngineWorld {
       }
     } else if (message.number == frame_message::kListFolder) {
       const auto& path = *PointerFrom<const std::u16string>(message.lParam);
-      auto listing = service.Ops().ListFolder(session.Socket(), WideToUtf8(path));
-      if (!listing.chain.Empty()) {
-        return PointerParam(std::make_unique<DirectoryList>(std::move(listing.chain)).release());
+      auto listing = service.Ops().ListFolder(session.Link(), WideToUtf8(path));
+      if (!listing.entries.empty()) {
+        return PointerParam(std::make_unique<DirectoryList>(std::move(listing.entries)).release());
       }
     }
     return 0;

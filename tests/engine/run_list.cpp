@@ -6,7 +6,7 @@
 
 #include "engine/frame_messages.h"
 #include "engine/scheduler.h"
-#include "engine/session.h"
+#include "engine/shared_session.h"
 #include "localdata/tasklist.h"
 #include "tests/support/window_pump.h"
 

@@ -7,7 +7,6 @@
 
 #include "tests/service/script.h"
 #include "tests/support/temporary_folder.h"
-#include "tests/wire/scripted_peer.h"
 
 namespace updown {
 namespace {
@@ -44,11 +43,12 @@ class Transfer : public ::testing::Test, public TransferProgress {
   }
   std::string Local() const { return test::ReadFile(local_); }
 
-  using Operation = int (*)(int, const std::string&, TransferRecord&, TransferProgress*);
+  using Operation = TransferResult (*)(Connection&, const std::string&, TransferRecord&,
+                                       TransferProgress*);
   int Run(Operation operation, std::vector<Step> steps, std::size_t piece = 0) {
     blocks_ = 0;
-    testing::ScriptedPeer peer(std::move(steps), piece);
-    const int result = operation(peer.Socket(), "s1", record_, this);
+    testing::ServicePeer peer(std::move(steps), piece);
+    const int result = operation(peer.Link(), "s1", record_, this).code;
     fault_ = peer.Finish();
     return result;
   }
@@ -323,7 +323,7 @@ TEST_F(Transfer, UploadFillsTheBufferBehindItsHead) {
 TEST_F(Transfer, WithoutARelayTheRecordFailsUntouched) {
   Begin({}, 5);
   const FileService service;
-  EXPECT_EQ(RunTaskTransfer(service, "fs", 21, "s1", record_, nullptr), result::kConnection);
+  EXPECT_EQ(RunTaskTransfer(service, "fs", 21, "s1", record_, nullptr).code, result::kConnection);
   EXPECT_EQ(record_.state, TransferState::Failed);
   EXPECT_EQ(record_.doneBytes, 5U);
 }

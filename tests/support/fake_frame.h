@@ -58,24 +58,25 @@ class FakeFrame : public FrameOperations {
   }
 
  private:
-  int Connect() {
+  int Connect(Connection& link) {
     log.emplace_back("connect");
     int ends[2];
     if (grantedSessid.empty() || socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
-      return -1;
+      return result::kConnection;
     }
     service_ = UniqueFd(ends[1]);
     const std::string reply = testing::First(32768, grantedSessid);
     EXPECT_EQ(write(ends[1], reply.data(), reply.size()), static_cast<ssize_t>(reply.size()));
-    return ends[0];
+    return link.Adopt(ends[0]);
   }
 
   TemporaryFolder folder_;
   UniqueFd service_;
   FileService dialect_;
   TaskStore store_{std::make_shared<TaskQueue>(), launch};
-  SharedSession session_{dialect_, launch, nullptr,
-                         [this](std::string_view, std::uint16_t) { return Connect(); }};
+  SharedSession session_{
+      dialect_, launch, nullptr,
+      [this](Connection& link, std::string_view, std::uint16_t) { return Connect(link); }};
   PackageCache cache_{folder_.Path()};
   MessageTarget target_{[this](const WindowMessage& message) { return Receive(message); }};
 };
