@@ -11,7 +11,7 @@
 #include <memory>
 #include <string>
 
-#include "app/app.h"
+#include "app/application.h"
 #include "app/launch_identity.h"
 #include "engine/package.h"
 #include "peer/stand_in.h"
@@ -82,9 +82,9 @@ class BrowsingWorld {
   }
 
   bool Start() {
-    app_ = std::make_unique<CUpDownApp>(
+    app_ = std::make_unique<Application>(
         std::vector<std::string>{"updown", "-s", peer::Options().serviceName});
-    if (!app_->InitInstance()) {
+    if (!app_->Start()) {
       return false;
     }
     list_ = Frame().findChild<QTreeView*>(QStringLiteral("packageList"));
@@ -92,7 +92,7 @@ class BrowsingWorld {
   }
 
   peer::StandIn& Service() const { return *service_; }
-  CMainFrame& Frame() const { return *app_->Frame(); }
+  MainWindow& Frame() const { return *app_->Frame(); }
   QTreeView& List() const { return *list_; }
   int Rows() const { return list_->model()->rowCount(); }
   std::string Cell(int row, int column) const {
@@ -130,7 +130,7 @@ class BrowsingWorld {
  private:
   test::TemporaryFolder folder_;
   std::unique_ptr<peer::StandIn> service_;
-  std::unique_ptr<CUpDownApp> app_;
+  std::unique_ptr<Application> app_;
   QTreeView* list_ = nullptr;
 };
 

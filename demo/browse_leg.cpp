@@ -9,8 +9,8 @@
 
 #include "demo/legs.h"
 #include "demo/walk_package.h"
-#include "widgets/boxes.h"
 #include "widgets/link_list_ctrl.h"
+#include "widgets/message_boxes.h"
 
 namespace updown::demo {
 

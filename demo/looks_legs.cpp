@@ -5,7 +5,7 @@
 #include <QTest>
 
 #include "demo/legs.h"
-#include "widgets/boxes.h"
+#include "widgets/message_boxes.h"
 
 namespace updown::demo {
 

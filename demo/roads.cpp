@@ -5,7 +5,7 @@
 #include "demo/legs.h"
 #include "demo/walk_package.h"
 #include "resources/strings.h"
-#include "widgets/boxes.h"
+#include "widgets/message_boxes.h"
 
 namespace updown::demo {
 

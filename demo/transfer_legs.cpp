@@ -3,7 +3,7 @@
 
 #include "demo/legs.h"
 #include "demo/walk_package.h"
-#include "widgets/boxes.h"
+#include "widgets/message_boxes.h"
 
 namespace updown::demo {
 

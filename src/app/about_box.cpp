@@ -7,8 +7,8 @@
 #include <QPushButton>
 
 #include "resources/string_id.h"
-#include "widgets/boxes.h"
 #include "widgets/icons.h"
+#include "widgets/message_boxes.h"
 
 namespace updown {
 namespace {

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "engine/folder_walk.h"
-#include "engine/tasks.h"
+#include "engine/task_store.h"
 #include "platform/text.h"
 #include "resources/string_id.h"
 #include "service/result_codes.h"

@@ -9,8 +9,8 @@
 
 #include "platform/qt/text.h"
 #include "resources/string_id.h"
-#include "widgets/boxes.h"
 #include "widgets/icons.h"
+#include "widgets/message_boxes.h"
 
 namespace updown {
 namespace {

@@ -7,7 +7,7 @@
 #include "engine/cache.h"
 #include "engine/launch_state.h"
 #include "engine/session.h"
-#include "engine/tasks.h"
+#include "engine/task_store.h"
 
 namespace updown {
 

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <memory>
 
-#include "engine/tasks.h"
+#include "engine/task_store.h"
 #include "platform/event.h"
 #include "platform/thread.h"
 #include "service/operations.h"

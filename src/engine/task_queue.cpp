@@ -1,6 +1,6 @@
 #include <utility>
 
-#include "engine/tasks.h"
+#include "engine/task_store.h"
 
 namespace updown {
 

@@ -5,8 +5,8 @@
 #include "packages/my_file_list_form_view.h"
 #include "packages/service_names.h"
 #include "service/result_codes.h"
-#include "widgets/boxes.h"
 #include "widgets/busy_pointer.h"
+#include "widgets/message_boxes.h"
 
 // Deletion of packages, on the service and in the cache.
 

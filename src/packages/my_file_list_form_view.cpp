@@ -11,8 +11,8 @@
 #include "engine/package.h"
 #include "packages/service_names.h"
 #include "platform/qt/text.h"
-#include "widgets/boxes.h"
 #include "widgets/busy_pointer.h"
+#include "widgets/message_boxes.h"
 
 namespace updown {
 namespace {

@@ -6,8 +6,8 @@
 #include "engine/frame_messages.h"
 #include "packages/label_delegate.h"
 #include "platform/qt/text.h"
-#include "widgets/boxes.h"
 #include "widgets/icons.h"
+#include "widgets/message_boxes.h"
 
 namespace updown {
 namespace {

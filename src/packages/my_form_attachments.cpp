@@ -5,8 +5,8 @@
 #include "packages/my_form_view.h"
 #include "packages/service_names.h"
 #include "platform/qt/text.h"
-#include "widgets/boxes.h"
 #include "widgets/busy_pointer.h"
+#include "widgets/message_boxes.h"
 
 // The attachment list of the form, and what starts from it.
 

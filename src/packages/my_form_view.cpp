@@ -9,7 +9,7 @@
 #include "packages/header_text.h"
 #include "packages/service_names.h"
 #include "platform/qt/text.h"
-#include "widgets/boxes.h"
+#include "widgets/message_boxes.h"
 
 namespace updown {
 namespace {

@@ -1,7 +1,7 @@
 #include "packages/package_names.h"
 
 #include "engine/package.h"
-#include "engine/tasks.h"
+#include "engine/task_store.h"
 #include "packages/service_names.h"
 
 namespace updown {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <numeric>
 
-#include "widgets/boxes.h"
+#include "widgets/message_boxes.h"
 
 namespace updown {
 

@@ -3,7 +3,7 @@
 #include <array>
 #include <cstddef>
 
-#include "engine/tasks.h"
+#include "engine/task_store.h"
 
 namespace updown {
 

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "engine/tasks.h"
+#include "engine/task_store.h"
 
 namespace updown {
 

@@ -4,7 +4,7 @@
 #include "resources/strings.h"
 #include "transfers/rate_statistics.h"
 #include "transfers/transfer_texts.h"
-#include "widgets/boxes.h"
+#include "widgets/message_boxes.h"
 #include "widgets/size_texts.h"
 
 namespace updown {

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "engine/tasks.h"
+#include "engine/task_store.h"
 #include "platform/ticks.h"
 #include "transfers/transfer_model.h"
 

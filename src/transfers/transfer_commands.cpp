@@ -9,8 +9,8 @@
 #include "transfers/local_removal.h"
 #include "transfers/move_with_progress.h"
 #include "transfers/rate_statistics.h"
-#include "widgets/boxes.h"
 #include "widgets/busy_pointer.h"
+#include "widgets/message_boxes.h"
 
 namespace updown {
 namespace {

@@ -3,8 +3,8 @@
 #include <QIcon>
 #include <utility>
 
-#include "widgets/boxes.h"
 #include "widgets/icons.h"
+#include "widgets/message_boxes.h"
 
 namespace updown {
 namespace {

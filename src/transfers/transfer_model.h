@@ -8,7 +8,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "engine/tasks.h"
+#include "engine/task_store.h"
 
 namespace updown {
 

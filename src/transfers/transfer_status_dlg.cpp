@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "engine/frame_messages.h"
-#include "widgets/boxes.h"
+#include "widgets/message_boxes.h"
 
 namespace updown {
 namespace {

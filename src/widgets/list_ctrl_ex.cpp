@@ -6,8 +6,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "widgets/boxes.h"
 #include "widgets/list_layout.h"
+#include "widgets/message_boxes.h"
 
 namespace updown {
 

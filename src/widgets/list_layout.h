@@ -3,7 +3,7 @@
 #include <QRect>
 #include <cstdint>
 
-#include "engine/tasks.h"
+#include "engine/task_store.h"
 
 namespace updown {
 

@@ -4,7 +4,7 @@
 #include <QTest>
 #include <QTreeWidget>
 
-#include "app/main_frame.h"
+#include "app/main_window.h"
 #include "tests/app/served_launch.h"
 #include "widgets/row_list_view.h"
 
@@ -16,7 +16,7 @@ TEST(Keyboard, ReachesTheTreeOnlyWhereItCanBeSeen) {
   FileService service;
   auto made = InstanceEvent::CreateOrSignal("keyboard_test " + served.DataFolder());
   ASSERT_TRUE(made.event);
-  CMainFrame frame(served.Launch(), service, *made.event);
+  MainWindow frame(served.Launch(), service, *made.event);
   frame.LoadFrame();
   frame.show();
   frame.activateWindow();

@@ -12,7 +12,7 @@
 #include "engine/frame_messages.h"
 #include "engine/scheduler.h"
 #include "engine/session.h"
-#include "engine/tasks.h"
+#include "engine/task_store.h"
 #include "peer/stand_in.h"
 #include "platform/text.h"
 #include "resources/string_id.h"

@@ -4,7 +4,7 @@
 #include <QWidget>
 #include <string_view>
 
-#include "engine/tasks.h"
+#include "engine/task_store.h"
 #include "resources/string_id.h"
 
 namespace updown {

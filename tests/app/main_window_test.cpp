@@ -1,4 +1,6 @@
 // The frame against a service, in this process.
+#include "app/main_window.h"
+
 #include <gtest/gtest.h>
 
 #include <QApplication>
@@ -12,7 +14,6 @@
 #include <map>
 #include <thread>
 
-#include "app/main_frame.h"
 #include "localdata/tasklist.h"
 #include "service/messages.h"
 #include "tests/app/served_launch.h"
@@ -37,7 +38,7 @@ class FrameTest : public testing::Test {
   }
 
   void Open() {
-    frame_ = std::make_unique<CMainFrame>(served_->Launch(), service_, *event_);
+    frame_ = std::make_unique<MainWindow>(served_->Launch(), service_, *event_);
     frame_->LoadFrame();
     frame_->show();
   }
@@ -63,7 +64,7 @@ class FrameTest : public testing::Test {
   std::optional<ServedLaunch> served_;
   FileService service_;
   std::unique_ptr<InstanceEvent> event_;
-  std::unique_ptr<CMainFrame> frame_;
+  std::unique_ptr<MainWindow> frame_;
 };
 
 TEST_F(FrameTest, ListsThePackagesInItsPanes) {

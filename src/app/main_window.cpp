@@ -1,4 +1,4 @@
-#include "app/main_frame.h"
+#include "app/main_window.h"
 
 #include <QCloseEvent>
 #include <QShortcut>
@@ -12,8 +12,8 @@
 #include "localdata/tasklist.h"
 #include "platform/qt/text.h"
 #include "resources/string_id.h"
-#include "widgets/boxes.h"
 #include "widgets/icons.h"
+#include "widgets/message_boxes.h"
 
 namespace updown {
 namespace {
@@ -34,7 +34,7 @@ std::shared_ptr<SchedulerContext> MakeContext(const FileService& service) {
 
 }  // namespace
 
-CMainFrame::CMainFrame(const LaunchState& launch, FileService& service,
+MainWindow::MainWindow(const LaunchState& launch, FileService& service,
                        InstanceEvent& instanceEvent)
     : launch_(launch),
       service_(service),
@@ -50,17 +50,17 @@ CMainFrame::CMainFrame(const LaunchState& launch, FileService& service,
   target_.emplace([this](const WindowMessage& message) { return WindowProc(message); });
   const SharedSession::Opened opened = session_.OpenSharedSession();
   if (!opened.open) {
-    CMainFrame::ReportResult(opened.error);
+    MainWindow::ReportResult(opened.error);
   }
 }
 
-CMainFrame::~CMainFrame() {
+MainWindow::~MainWindow() {
   ShutDown();
   // Panes reach the frame's members up to their own end.
   outer_.reset();
 }
 
-void CMainFrame::LoadStoredTasks() {
+void MainWindow::LoadStoredTasks() {
   if (const std::optional<std::string> path = TaskListPath(launch_.identityHash)) {
     tasks_.Records() = LoadTaskList(*path);
   }
@@ -69,7 +69,7 @@ void CMainFrame::LoadStoredTasks() {
   }
 }
 
-void CMainFrame::LoadFrame() {
+void MainWindow::LoadFrame() {
   setWindowTitle(Text(StringId::FrameTitle));
   setAccessibleName(windowTitle());
   setWindowIcon(LoadIcon(kFrameIcon));
@@ -77,12 +77,12 @@ void CMainFrame::LoadFrame() {
   const auto* about = new QShortcut(QKeySequence(Qt::Key_F1), this);
   connect(about, &QShortcut::activated, this, [this] { ShowAboutBox(this); });
   const auto* tree = new QShortcut(QKeySequence(Qt::Key_F6), this);
-  connect(tree, &QShortcut::activated, this, &CMainFrame::GoToTreeOrBack);
-  OnCreateClient();
+  connect(tree, &QShortcut::activated, this, &MainWindow::GoToTreeOrBack);
+  CreatePanes();
   scheduler_ = std::make_unique<Scheduler>(context_);
 }
 
-void CMainFrame::OnCreateClient() {
+void MainWindow::CreatePanes() {
   instanceTimer_.start(kInstancePollMs, this);
   outer_ = std::make_unique<CMySplitter>(Qt::Horizontal);
   tree_ = new CMyFolderTree(*this);
@@ -110,14 +110,14 @@ void CMainFrame::OnCreateClient() {
   list_->FocusList();
 }
 
-void CMainFrame::WireWindows() {
+void MainWindow::WireWindows() {
   const WindowHandle frame = FrameWindow();
   tree_->WireWindows(list_->Handle(), form_->Handle(), frame);
   list_->WireWindows(tree_->Handle(), frame, form_->Handle());
   form_->WireWindows(frame);
 }
 
-void CMainFrame::LayOutPanes() {
+void MainWindow::LayOutPanes() {
   const PaneHeights heights = PaneHeightsOf(height());
   outer_->setStretchFactor(0, 0);
   outer_->setStretchFactor(1, 1);
@@ -128,7 +128,7 @@ void CMainFrame::LayOutPanes() {
 }
 
 // What dragging the bar does for the mouse: without it the keyboard could not rename a package.
-void CMainFrame::GoToTreeOrBack() {
+void MainWindow::GoToTreeOrBack() {
   if (tree_->hasFocus()) {
     list_->FocusList();
     return;
@@ -139,7 +139,7 @@ void CMainFrame::GoToTreeOrBack() {
   tree_->setFocus(Qt::ShortcutFocusReason);
 }
 
-void CMainFrame::showEvent(QShowEvent* event) {
+void MainWindow::showEvent(QShowEvent* event) {
   QMainWindow::showEvent(event);
   // Before it is shown a splitter knows no size of its own to divide.
   if (!laidOut_) {
@@ -148,7 +148,7 @@ void CMainFrame::showEvent(QShowEvent* event) {
   }
 }
 
-void CMainFrame::timerEvent(QTimerEvent* event) {
+void MainWindow::timerEvent(QTimerEvent* event) {
   if (event->timerId() == instanceTimer_.timerId()) {
     if (instanceEvent_.TestAndReset()) {
       RaiseFrame();
@@ -160,20 +160,20 @@ void CMainFrame::timerEvent(QTimerEvent* event) {
   }
 }
 
-void CMainFrame::RaiseFrame() {
+void MainWindow::RaiseFrame() {
   setWindowState(windowState() & ~Qt::WindowMinimized);
   show();
   raise();
   activateWindow();
 }
 
-void CMainFrame::closeEvent(QCloseEvent* event) {
+void MainWindow::closeEvent(QCloseEvent* event) {
   event->accept();
   hide();
   Q_EMIT Closed();
 }
 
-bool CMainFrame::ShutDown() {
+bool MainWindow::ShutDown() {
   if (threadsEnded_) {
     return *threadsEnded_;
   }
@@ -194,11 +194,11 @@ bool CMainFrame::ShutDown() {
   return *threadsEnded_;
 }
 
-WindowHandle CMainFrame::FrameWindow() const {
+WindowHandle MainWindow::FrameWindow() const {
   return target_ ? target_->Handle() : WindowHandle();
 }
 
-void CMainFrame::ReportResult(std::int64_t code) {
+void MainWindow::ReportResult(std::int64_t code) {
   if (code != 0) {
     // No caption: a blank, since an empty one would be replaced by the program's file name.
     ShowBox(isVisible() ? this : nullptr, ToQString(ReportText(code)), u" "_qs,

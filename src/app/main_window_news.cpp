@@ -1,5 +1,5 @@
 #include "app/folder_requests.h"
-#include "app/main_frame.h"
+#include "app/main_window.h"
 #include "engine/frame_messages.h"
 #include "engine/package.h"
 #include "widgets/busy_pointer.h"
@@ -18,7 +18,7 @@ auto AskService(Request request) {
 
 }  // namespace
 
-MessageResult CMainFrame::WindowProc(const WindowMessage& message) {
+MessageResult MainWindow::WindowProc(const WindowMessage& message) {
   switch (message.number) {
     case frame_message::kTaskResult:
       OnTaskResult(message);
@@ -54,7 +54,7 @@ MessageResult CMainFrame::WindowProc(const WindowMessage& message) {
   }
 }
 
-MessageResult CMainFrame::OnFolderMessage(const WindowMessage& message) {
+MessageResult MainWindow::OnFolderMessage(const WindowMessage& message) {
   const std::u16string* path = PathFrom(message.lParam);
   RequestAnswer answer;
   switch (message.number) {
@@ -82,7 +82,7 @@ MessageResult CMainFrame::OnFolderMessage(const WindowMessage& message) {
   return answer.result;
 }
 
-void CMainFrame::OnTaskResult(const WindowMessage& message) {
+void MainWindow::OnTaskResult(const WindowMessage& message) {
   const TaskPointer task = tasks_.Find(message.wParam);
   if (!task) {
     return;
@@ -97,7 +97,7 @@ void CMainFrame::OnTaskResult(const WindowMessage& message) {
   DropFailedHeader(*task->record);
 }
 
-void CMainFrame::OnTaskAdded(const WindowMessage& message) {
+void MainWindow::OnTaskAdded(const WindowMessage& message) {
   if (!statusWindow_ || !tasks_.Find(message.wParam)) {
     return;
   }
@@ -105,7 +105,7 @@ void CMainFrame::OnTaskAdded(const WindowMessage& message) {
   ForwardToStatus(frame_message::kTaskAdded, message);
 }
 
-void CMainFrame::ShowStatus() {
+void MainWindow::ShowStatus() {
   if (!statusWindow_) {
     return;
   }
@@ -114,7 +114,7 @@ void CMainFrame::ShowStatus() {
   statusWindow_->activateWindow();
 }
 
-void CMainFrame::ForwardToStatus(std::uint32_t number, const WindowMessage& message) {
+void MainWindow::ForwardToStatus(std::uint32_t number, const WindowMessage& message) {
   if (statusWindow_) {
     PostWindowMessage(statusWindow_->Handle(), number, message.wParam, message.lParam);
   }

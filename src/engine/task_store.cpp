@@ -1,4 +1,4 @@
-#include "engine/tasks.h"
+#include "engine/task_store.h"
 
 #include <new>
 #include <unordered_map>

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <chrono>
 
-#include "app/main_frame.h"
+#include "app/main_window.h"
 #include "app/offered_name.h"
 #include "app/task_list_path.h"
 #include "engine/frame_messages.h"
@@ -15,7 +15,7 @@
 #include "platform/qt/text.h"
 #include "platform/text.h"
 #include "service/result_codes.h"
-#include "widgets/boxes.h"
+#include "widgets/message_boxes.h"
 
 namespace updown {
 namespace {
@@ -36,7 +36,7 @@ QString AllFilesFilter() {
 
 }  // namespace
 
-std::optional<std::string> CMainFrame::AskForTarget(const std::string& displayName) {
+std::optional<std::string> MainWindow::AskForTarget(const std::string& displayName) {
   QFileDialog dialog(this, Text(StringId::Save),
                      saveFolder_.isEmpty() ? FirstSaveFolder() : saveFolder_, AllFilesFilter());
   dialog.setObjectName(u"saveDialog"_qs);
@@ -51,7 +51,7 @@ std::optional<std::string> CMainFrame::AskForTarget(const std::string& displayNa
   return ToUtf8(path);
 }
 
-bool CMainFrame::AddUserDownload(bool keep, const TaskDraft& draft) {
+bool MainWindow::AddUserDownload(bool keep, const TaskDraft& draft) {
   if (draft.displayName.empty()) {
     return false;
   }
@@ -75,7 +75,7 @@ bool CMainFrame::AddUserDownload(bool keep, const TaskDraft& draft) {
   return true;
 }
 
-void CMainFrame::AddCacheDownload(bool keep, const TaskDraft& draft) {
+void MainWindow::AddCacheDownload(bool keep, const TaskDraft& draft) {
   const std::string target = cache_.PathOf(draft.displayName);
   if (!target.empty() && tasks_.AddDownload(draft, target, keep, FrameWindow())) {
     context_->schedulerWake.Set();
@@ -84,7 +84,7 @@ void CMainFrame::AddCacheDownload(bool keep, const TaskDraft& draft) {
 
 // The next refresh repeats a failed fetch, but passes over what lies in the cache: so the piece
 // that has arrived goes, unless such a repetition writes there already.
-void CMainFrame::DropFailedHeader(const TransferRecord& record) {
+void MainWindow::DropFailedHeader(const TransferRecord& record) {
   const RecordPaths paths = record.Paths();
   if (record.keepAcrossRestart == 0 && record.state == TransferState::Failed &&
       !tasks_.IsDuplicate(Utf8ToWide(paths.remotePath), TaskStore::DuplicateScope::QueuedOnly)) {
@@ -92,18 +92,18 @@ void CMainFrame::DropFailedHeader(const TransferRecord& record) {
   }
 }
 
-void CMainFrame::RestoreTasks() {
+void MainWindow::RestoreTasks() {
   if (tasks_.RestoreTasks(session_.Sessid(), FrameWindow())) {
     context_->schedulerWake.Set();
   }
 }
 
-void CMainFrame::RemoveTask(TaskId task) {
+void MainWindow::RemoveTask(TaskId task) {
   tasks_.RemoveTask(task);
   RequestSave();
 }
 
-bool CMainFrame::IsDuplicateUserTask(const std::u16string& path) {
+bool MainWindow::IsDuplicateUserTask(const std::u16string& path) {
   if (!tasks_.IsDuplicate(path, TaskStore::DuplicateScope::EveryState)) {
     return false;
   }
@@ -113,13 +113,13 @@ bool CMainFrame::IsDuplicateUserTask(const std::u16string& path) {
   return true;
 }
 
-void CMainFrame::RequestSave() {
+void MainWindow::RequestSave() {
   if (saveThrottle_.Request()) {
     SaveAndPause();
   }
 }
 
-void CMainFrame::OnSavePause() {
+void MainWindow::OnSavePause() {
   if (saveThrottle_.PauseOver()) {
     SaveAndPause();
   } else {
@@ -129,7 +129,7 @@ void CMainFrame::OnSavePause() {
 
 // A list of many thousand tasks is saved less often, or the window would do nothing else while they
 // run.
-void CMainFrame::SaveAndPause() {
+void MainWindow::SaveAndPause() {
   QElapsedTimer saving;
   saving.start();
   SaveTasks();
@@ -137,7 +137,7 @@ void CMainFrame::SaveAndPause() {
   saveTimer_.start(static_cast<int>(std::max(kSavePause, kSavePauseFactor * taken).count()), this);
 }
 
-void CMainFrame::SaveTasks() {
+void MainWindow::SaveTasks() {
   if (const std::optional<std::string> path = TaskListPath(launch_.identityHash)) {
     SaveTaskList(tasks_.Records(), *path);
   }

@@ -24,13 +24,13 @@ namespace updown {
 // Made in two steps: the constructor reads the stored tasks and opens the session (it may ask for a
 // login, and waits for the service), LoadFrame makes panes and status window and starts the
 // scheduler.
-class CMainFrame final : public QMainWindow, public FrameOperations {
+class MainWindow final : public QMainWindow, public FrameOperations {
   Q_OBJECT
 
  public:
   // All three outlive every thread of the engine, so the process if ShutDown gives false.
-  CMainFrame(const LaunchState& launch, FileService& service, InstanceEvent& instanceEvent);
-  ~CMainFrame() override;
+  MainWindow(const LaunchState& launch, FileService& service, InstanceEvent& instanceEvent);
+  ~MainWindow() override;
 
   void LoadFrame();
 
@@ -62,7 +62,7 @@ class CMainFrame final : public QMainWindow, public FrameOperations {
 
  private:
   void LoadStoredTasks();
-  void OnCreateClient();
+  void CreatePanes();
   void WireWindows();
   void LayOutPanes();
   void GoToTreeOrBack();
