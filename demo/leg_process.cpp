@@ -35,7 +35,7 @@ void Ask(const QStringList& words) {
 }
 
 void Close(Application& app) {
-  app.Frame()->close();
+  app.Window()->close();
   app.Exec();
   if (!app.ShutDown()) {
     throw WalkFailure("the engine did not end in time");

@@ -6,9 +6,9 @@
 #include <QLabel>
 #include <QPushButton>
 
+#include "resources/qt/texts.h"
 #include "resources/string_id.h"
 #include "widgets/icons.h"
-#include "widgets/message_boxes.h"
 
 namespace updown {
 namespace {

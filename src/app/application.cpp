@@ -10,6 +10,7 @@
 #include "app/command_line.h"
 #include "app/launch_identity.h"
 #include "platform/unique_fd.h"
+#include "resources/qt/texts.h"
 #include "resources/strings.h"
 #include "widgets/icons.h"
 #include "widgets/message_boxes.h"
@@ -52,17 +53,16 @@ bool Application::Start() {
   if (!CheckCommandLine()) {
     return false;
   }
-  frame_ = std::make_unique<MainWindow>(launch_, service_, *instanceEvent_);
-  frame_->LoadFrame();
-  QObject::connect(frame_.get(), &MainWindow::Closed, frame_.get(), [this] {
+  window_ = std::make_unique<MainWindow>(launch_, service_, *instanceEvent_);
+  QObject::connect(window_.get(), &MainWindow::Closed, window_.get(), [this] {
     closed_ = true;
     QCoreApplication::exit();
   });
-  // Up to here a signal ends the process as usual: nothing is lost, and the frame's making may wait
-  // long for the service.
+  // Up to here a signal ends the process as usual: nothing is lost, and the window's making may
+  // wait long for the service.
   signals_ = std::make_unique<TerminationSignals>();
-  QObject::connect(signals_.get(), &TerminationSignals::Requested, frame_.get(), &QWidget::close);
-  frame_->show();
+  QObject::connect(signals_.get(), &TerminationSignals::Requested, window_.get(), &QWidget::close);
+  window_->show();
   return true;
 }
 
@@ -91,8 +91,8 @@ void Application::Exec() {
 }
 
 bool Application::ShutDown() {
-  const bool ended = !frame_ || frame_->ShutDown();
-  frame_.reset();
+  const bool ended = !window_ || window_->ShutDown();
+  window_.reset();
   signals_.reset();
   return ended;
 }

@@ -23,15 +23,15 @@ class Application {
   // has been brought forward, or the command line is refused and the user has been told.
   bool Start();
 
-  // Runs until the frame is closed.
+  // Runs until the window is closed.
   void Exec();
 
-  // The frame's end. False if threads of the engine still use what this object holds: then the
+  // The window's end. False if threads of the engine still use what this object holds: then the
   // process must end without destroying it.
   bool ShutDown();
 
   // Null before Start and after ShutDown.
-  MainWindow* Frame() const { return frame_.get(); }
+  MainWindow* Window() const { return window_.get(); }
 
  private:
   bool BecomeInstance();
@@ -41,13 +41,13 @@ class Application {
   LaunchState launch_;
   FileService service_;
   std::unique_ptr<InstanceEvent> instanceEvent_;
-  std::unique_ptr<MainWindow> frame_;
+  std::unique_ptr<MainWindow> window_;
   std::unique_ptr<TerminationSignals> signals_;
   bool closed_ = false;
 };
 
 // The whole program but for its main: gives the exit code, or ends the process itself when a thread
-// cannot be waited for. `prepare` is called with the frame on screen, before the message loop.
+// cannot be waited for. `prepare` is called with the window on screen, before the message loop.
 using Preparation = std::function<void(Application&)>;
 int RunUpDown(int argc, char** argv, const Preparation& prepare = {});
 

@@ -1,27 +1,21 @@
+#include "app/downloads.h"
+
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QStandardPaths>
-#include <algorithm>
-#include <chrono>
+#include <utility>
 
-#include "app/main_window.h"
 #include "app/offered_name.h"
-#include "app/task_list_path.h"
-#include "engine/frame_messages.h"
 #include "localdata/files.h"
-#include "localdata/tasklist.h"
 #include "platform/qt/text.h"
 #include "platform/text.h"
+#include "resources/qt/texts.h"
 #include "service/result_codes.h"
 #include "widgets/message_boxes.h"
 
 namespace updown {
 namespace {
-
-constexpr std::chrono::milliseconds kSavePause{200};
-constexpr int kSavePauseFactor = 9;  // saves take at most a tenth of the main thread's time
 
 QString FirstSaveFolder() {
   const QString downloads = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
@@ -36,8 +30,23 @@ QString AllFilesFilter() {
 
 }  // namespace
 
-std::optional<std::string> MainWindow::AskForTarget(const std::string& displayName) {
-  QFileDialog dialog(this, Text(StringId::Save),
+Downloads::Downloads(const LaunchState& launch, const PackageCache& cache, WindowRequests& requests,
+                     MainThread& mainThread, std::shared_ptr<SchedulerContext> context,
+                     QWidget& owner)
+    : launch_(launch),
+      cache_(cache),
+      requests_(requests),
+      mainThread_(mainThread),
+      context_(std::move(context)),
+      owner_(owner),
+      tasks_(context_->queue, launch) {}
+
+TaskDraft Downloads::DraftOf(const std::string& name, const std::string& path) const {
+  return {name, path, requests_.Sessid(), launch_.serverName, launch_.serverPort};
+}
+
+std::optional<std::string> Downloads::AskForTarget(const std::string& displayName) {
+  QFileDialog dialog(&owner_, Text(StringId::Save),
                      saveFolder_.isEmpty() ? FirstSaveFolder() : saveFolder_, AllFilesFilter());
   dialog.setObjectName(u"saveDialog"_qs);
   dialog.setAcceptMode(QFileDialog::AcceptSave);
@@ -51,40 +60,34 @@ std::optional<std::string> MainWindow::AskForTarget(const std::string& displayNa
   return ToUtf8(path);
 }
 
-bool MainWindow::AddUserDownload(bool keep, const TaskDraft& draft) {
-  if (draft.displayName.empty()) {
-    return false;
-  }
-  const std::optional<std::string> target = AskForTarget(draft.displayName);
+bool Downloads::SaveFile(const std::string& name, const std::string& path) {
+  const std::optional<std::string> target = AskForTarget(name);
   if (!target) {
     return false;
   }
-  const TaskPointer task = tasks_.AddDownload(draft, *target, keep, FrameWindow());
+  const TaskPointer task = tasks_.AddDownload(DraftOf(name, path), *target, true);
   if (!task) {
     // A path that the task list cannot hold.
-    ReportResult(result::kFileOpen);
+    requests_.ReportResult(result::kFileOpen);
     return false;
   }
   context_->schedulerWake.Set();
   // Not only when a worker ends: what the user asked for outlives a crash from here on.
-  RequestSave();
-  if (statusWindow_) {
-    statusWindow_->showNormal();
-    PostWindowMessage(statusWindow_->Handle(), frame_message::kTaskAdded, task->id, 0);
-  }
+  Q_EMIT SaveNeeded();
+  Q_EMIT TaskAdded(task->id);
   return true;
 }
 
-void MainWindow::AddCacheDownload(bool keep, const TaskDraft& draft) {
-  const std::string target = cache_.PathOf(draft.displayName);
-  if (!target.empty() && tasks_.AddDownload(draft, target, keep, FrameWindow())) {
+void Downloads::FetchHeader(const std::string& name, const std::string& path) {
+  const std::string target = cache_.PathOf(name);
+  if (!target.empty() && tasks_.AddDownload(DraftOf(name, path), target, false)) {
     context_->schedulerWake.Set();
   }
 }
 
 // The next refresh repeats a failed fetch, but passes over what lies in the cache: so the piece
 // that has arrived goes, unless such a repetition writes there already.
-void MainWindow::DropFailedHeader(const TransferRecord& record) {
+void Downloads::DropFailedHeader(const TransferRecord& record) {
   const RecordPaths paths = record.Paths();
   if (record.keepAcrossRestart == 0 && record.state == TransferState::Failed &&
       !tasks_.IsDuplicate(Utf8ToWide(paths.remotePath), TaskStore::DuplicateScope::QueuedOnly)) {
@@ -92,55 +95,35 @@ void MainWindow::DropFailedHeader(const TransferRecord& record) {
   }
 }
 
-void MainWindow::RestoreTasks() {
-  if (tasks_.RestoreTasks(session_.Sessid(), FrameWindow())) {
+void Downloads::RestoreTasks() {
+  if (tasks_.RestoreTasks(requests_.Sessid(), [this](TaskId task) { Q_EMIT TaskRestored(task); })) {
     context_->schedulerWake.Set();
   }
 }
 
-void MainWindow::RemoveTask(TaskId task) {
+void Downloads::RemoveTask(TaskId task) {
   tasks_.RemoveTask(task);
-  RequestSave();
+  Q_EMIT SaveNeeded();
 }
 
-bool MainWindow::IsDuplicateUserTask(const std::u16string& path) {
+bool Downloads::IsQueued(const std::u16string& path) {
+  return tasks_.IsDuplicate(path, TaskStore::DuplicateScope::QueuedOnly);
+}
+
+bool Downloads::IsDuplicate(const std::u16string& path) {
   if (!tasks_.IsDuplicate(path, TaskStore::DuplicateScope::EveryState)) {
     return false;
   }
-  if (!path.empty()) {
-    ShowNotice(this, StringId::DuplicateTask, u"Duplicate task. Please try again.");
-  }
+  ShowNotice(&owner_, StringId::DuplicateTask, u"Duplicate task. Please try again.");
   return true;
 }
 
-void MainWindow::RequestSave() {
-  if (saveThrottle_.Request()) {
-    SaveAndPause();
-  }
+std::optional<std::string> Downloads::RenewSession() {
+  return requests_.ReopenSession() ? std::optional(requests_.Sessid()) : std::nullopt;
 }
 
-void MainWindow::OnSavePause() {
-  if (saveThrottle_.PauseOver()) {
-    SaveAndPause();
-  } else {
-    saveTimer_.stop();
-  }
-}
-
-// A list of many thousand tasks is saved less often, or the window would do nothing else while they
-// run.
-void MainWindow::SaveAndPause() {
-  QElapsedTimer saving;
-  saving.start();
-  SaveTasks();
-  const std::chrono::milliseconds taken(saving.elapsed());
-  saveTimer_.start(static_cast<int>(std::max(kSavePause, kSavePauseFactor * taken).count()), this);
-}
-
-void MainWindow::SaveTasks() {
-  if (const std::optional<std::string> path = TaskListPath(launch_.identityHash)) {
-    SaveTaskList(tasks_.Records(), *path);
-  }
+void Downloads::WakeScheduler() {
+  mainThread_.Post([context = context_] { context->schedulerWake.Set(); });
 }
 
 }  // namespace updown

@@ -1,6 +1,5 @@
 #include "app/folder_requests.h"
 
-#include <optional>
 #include <utility>
 
 #include "engine/folder_walk.h"
@@ -12,32 +11,24 @@
 namespace updown {
 namespace {
 
-constexpr int kNullPath = -1;
-
 struct ServicePath {
   int refusal = 0;  // result code, or 0 if the path is good
   std::string utf8;
 };
 
-ServicePath Convert(const std::u16string* path) {
-  if (path == nullptr) {
-    return {kNullPath, {}};
-  }
-  std::string utf8 = WideToUtf8(*path);
+ServicePath Convert(const std::u16string& path) {
+  std::string utf8 = WideToUtf8(path);
   if (utf8.size() >= kPathCapacity) {
     return {result::kNotEncodable, {}};
   }
   return {0, std::move(utf8)};
 }
 
-// A null path is a caller's mistake and no news for the user.
-std::int64_t Reported(int code) { return code == kNullPath ? 0 : code; }
-
-RequestAnswer Answer(int code) { return {code, Reported(code)}; }
+RequestAnswer Answer(int code) { return {code, code}; }
 
 RequestAnswer RemovalAnswer(int code) {
   const bool refused = code == result::kAccessRefused;
-  return {static_cast<int>(result::WithoutSign(code)), refused ? 0 : Reported(code)};
+  return {static_cast<int>(result::WithoutSign(code)), refused ? 0 : code};
 }
 
 // 0, or the first result of another kind.
@@ -56,7 +47,7 @@ int RemoveFiles(SharedSession& session, const DirectoryList& list, const std::st
 
 }  // namespace
 
-ListAnswer RequestListing(SharedSession& session, const std::u16string* path) {
+ListAnswer RequestListing(SharedSession& session, const std::u16string& path) {
   const ServicePath folder = Convert(path);
   FolderListing listing;
   listing.error = folder.refusal;
@@ -64,13 +55,13 @@ ListAnswer RequestListing(SharedSession& session, const std::u16string* path) {
     listing = session.Ops().ListFolder(session.Socket(), folder.utf8);
   }
   if (!listing.chain.Empty()) {
-    return {std::make_unique<DirectoryList>(std::move(listing.chain)), 0};
+    return {std::move(listing.chain), 0};
   }
   constexpr auto kNothingRead = static_cast<std::int64_t>(StringId::FolderReadFailed);
-  return {nullptr, listing.error == 0 ? kNothingRead : Reported(listing.error)};
+  return {std::nullopt, listing.error == 0 ? kNothingRead : listing.error};
 }
 
-RequestAnswer RequestRemoveFile(SharedSession& session, const std::u16string* path) {
+RequestAnswer RequestRemoveFile(SharedSession& session, const std::u16string& path) {
   const ServicePath file = Convert(path);
   if (file.refusal != 0) {
     return Answer(file.refusal);
@@ -78,8 +69,8 @@ RequestAnswer RequestRemoveFile(SharedSession& session, const std::u16string* pa
   return Answer(session.Ops().RemoveFile(session.Socket(), file.utf8));
 }
 
-RequestAnswer RequestRename(SharedSession& session, const std::u16string* newPath,
-                            const std::u16string* oldPath) {
+RequestAnswer RequestRename(SharedSession& session, const std::u16string& newPath,
+                            const std::u16string& oldPath) {
   const ServicePath to = Convert(newPath);
   const ServicePath from = Convert(oldPath);
   if (to.refusal != 0 || from.refusal != 0) {
@@ -88,7 +79,7 @@ RequestAnswer RequestRename(SharedSession& session, const std::u16string* newPat
   return Answer(session.Ops().RenameEntry(session.Socket(), to.utf8, from.utf8));
 }
 
-RequestAnswer RequestRemovePackage(SharedSession& session, const std::u16string* path) {
+RequestAnswer RequestRemovePackage(SharedSession& session, const std::u16string& path) {
   const ServicePath folder = Convert(path);
   if (folder.refusal != 0) {
     return RemovalAnswer(folder.refusal);

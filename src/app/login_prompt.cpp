@@ -7,10 +7,11 @@
 #include <QLineEdit>
 #include <QPushButton>
 
+#include "engine/task_store.h"
 #include "platform/qt/text.h"
+#include "resources/qt/texts.h"
 #include "resources/string_id.h"
 #include "widgets/icons.h"
-#include "widgets/message_boxes.h"
 
 namespace updown {
 namespace {

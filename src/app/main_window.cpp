@@ -6,19 +6,21 @@
 
 #include "app/about_box.h"
 #include "app/login_prompt.h"
+#include "app/main_thread_lister.h"
 #include "app/pane_layout.h"
-#include "app/report_result.h"
 #include "app/task_list_path.h"
+#include "engine/posted_events.h"
 #include "localdata/tasklist.h"
-#include "platform/qt/text.h"
+#include "packages/pane_links.h"
+#include "platform/text.h"
+#include "resources/qt/texts.h"
 #include "resources/string_id.h"
 #include "widgets/icons.h"
-#include "widgets/message_boxes.h"
 
 namespace updown {
 namespace {
 
-constexpr int kFrameIcon = 128;
+constexpr int kWindowIcon = 128;
 constexpr int kInstancePollMs = 50;
 constexpr QSize kFirstSize{960, 720};
 constexpr int kTreeWidth = 200;  // when the keyboard opens it
@@ -37,58 +39,66 @@ std::shared_ptr<SchedulerContext> MakeContext(const FileService& service) {
 MainWindow::MainWindow(const LaunchState& launch, FileService& service,
                        InstanceEvent& instanceEvent)
     : launch_(launch),
-      service_(service),
       instanceEvent_(instanceEvent),
       context_(MakeContext(service)),
-      tasks_(context_->queue, launch),
       cache_(PackageCache::InitPackageCache(launch.identityHash)),
-      session_(service, launch, [this](bool refused) {
-        return AskForLogin(isVisible() ? this : nullptr, refused);
-      }) {
-  setObjectName(u"mainFrame"_qs);
+      session_(service, launch,
+               [this](bool refused) { return AskForLogin(isVisible() ? this : nullptr, refused); }),
+      requests_(session_, *this),
+      downloads_(launch, cache_, requests_, mainThread_, context_, *this),
+      saving_(downloads_.Tasks(), launch) {
+  setObjectName(u"mainWindow"_qs);
   LoadStoredTasks();
-  target_.emplace([this](const WindowMessage& message) { return WindowProc(message); });
-  const SharedSession::Opened opened = session_.OpenSharedSession();
-  if (!opened.open) {
-    MainWindow::ReportResult(opened.error);
-  }
+  ConnectEngine();
+  requests_.OpenSession();
+  setWindowTitle(Text(StringId::FrameTitle));
+  setAccessibleName(windowTitle());
+  setWindowIcon(LoadIcon(kWindowIcon));
+  resize(kFirstSize);
+  MakeShortcuts();
+  CreatePanes();
+  scheduler_ = std::make_unique<Scheduler>(context_);
 }
 
 MainWindow::~MainWindow() {
   ShutDown();
-  // Panes reach the frame's members up to their own end.
+  // Panes reach the window's members up to their own end.
   outer_.reset();
 }
 
 void MainWindow::LoadStoredTasks() {
   if (const std::optional<std::string> path = TaskListPath(launch_.identityHash)) {
-    tasks_.Records() = LoadTaskList(*path);
-  }
-  for (TransferRecord& record : tasks_.Records()) {
-    record.keepAcrossRestart = 1;
+    for (const auto& record : LoadTaskList(*path)) {
+      Tasks().AddStoredRecord(record);
+    }
   }
 }
 
-void MainWindow::LoadFrame() {
-  setWindowTitle(Text(StringId::FrameTitle));
-  setAccessibleName(windowTitle());
-  setWindowIcon(LoadIcon(kFrameIcon));
-  resize(kFirstSize);
+void MainWindow::ConnectEngine() {
+  context_->events =
+      std::make_shared<PostedEvents>(mainThread_.Calls(), static_cast<EngineEvents&>(*this));
+  context_->lister = std::make_shared<MainThreadLister>(
+      mainThread_.Calls(),
+      [this](const std::string& path) { return requests_.ListFolder(Utf8ToWide(path)); });
+  connect(&downloads_, &Downloads::SaveNeeded, &saving_, &TaskListSaving::Request);
+  connect(&downloads_, &Downloads::TaskAdded, this, &MainWindow::ShowAddedTask);
+  connect(&downloads_, &Downloads::TaskRestored, this, &MainWindow::ShowRestoredTask);
+}
+
+void MainWindow::MakeShortcuts() {
   const auto* about = new QShortcut(QKeySequence(Qt::Key_F1), this);
   connect(about, &QShortcut::activated, this, [this] { ShowAboutBox(this); });
   const auto* tree = new QShortcut(QKeySequence(Qt::Key_F6), this);
   connect(tree, &QShortcut::activated, this, &MainWindow::GoToTreeOrBack);
-  CreatePanes();
-  scheduler_ = std::make_unique<Scheduler>(context_);
 }
 
 void MainWindow::CreatePanes() {
   instanceTimer_.start(kInstancePollMs, this);
   outer_ = std::make_unique<CMySplitter>(Qt::Horizontal);
-  tree_ = new CMyFolderTree(*this);
+  tree_ = new CMyFolderTree(requests_, downloads_, cache_);
   inner_ = new CMySplitter(Qt::Vertical);
-  list_ = new CMyFileListFormView(*this);
-  form_ = new CMyFormView(*this);
+  list_ = new CMyFileListFormView(requests_, cache_, launch_);
+  form_ = new CMyFormView(requests_, downloads_, cache_, launch_);
   outer_->setObjectName(u"outerSplitter"_qs);
   outer_->setAccessibleName(windowTitle());
   inner_->setObjectName(u"innerSplitter"_qs);
@@ -99,22 +109,18 @@ void MainWindow::CreatePanes() {
   outer_->addWidget(inner_);
   setCentralWidget(outer_.get());
   LayOutPanes();
-
-  form_->InitForm();
-  WireWindows();
-  tree_->InitTree();
-  statusWindow_ = std::make_unique<CTransferStatusDlg>(*this, SystemTicks());
-  statusWindow_->InitDialog();
-  statusWindow_->SetFrameWindow(FrameWindow());
-  list_->InitList();
+  ConnectPanes();
+  downloads_.RestoreTasks();
+  statusWindow_ = std::make_unique<CTransferStatusDlg>(downloads_, SystemTicks());
   list_->FocusList();
 }
 
-void MainWindow::WireWindows() {
-  const WindowHandle frame = FrameWindow();
-  tree_->WireWindows(list_->Handle(), form_->Handle(), frame);
-  list_->WireWindows(tree_->Handle(), frame, form_->Handle());
-  form_->WireWindows(frame);
+void MainWindow::ConnectPanes() {
+  LinkPanes(*tree_, *list_, *form_);
+  connect(tree_, &CMyFolderTree::FolderListed, this, [this] { inner_->refresh(); });
+  connect(tree_, &CMyFolderTree::PackagesShown, this,
+          [this] { mainThread_.Post([this] { list_->SelectTopRow(); }); });
+  connect(form_, &CMyFormView::TransfersWanted, this, &MainWindow::ShowStatus);
 }
 
 void MainWindow::LayOutPanes() {
@@ -151,16 +157,14 @@ void MainWindow::showEvent(QShowEvent* event) {
 void MainWindow::timerEvent(QTimerEvent* event) {
   if (event->timerId() == instanceTimer_.timerId()) {
     if (instanceEvent_.TestAndReset()) {
-      RaiseFrame();
+      Raise();
     }
-  } else if (event->timerId() == saveTimer_.timerId()) {
-    OnSavePause();
   } else {
     QMainWindow::timerEvent(event);
   }
 }
 
-void MainWindow::RaiseFrame() {
+void MainWindow::Raise() {
   setWindowState(windowState() & ~Qt::WindowMinimized);
   show();
   raise();
@@ -178,31 +182,25 @@ bool MainWindow::ShutDown() {
     return *threadsEnded_;
   }
   instanceTimer_.stop();
-  saveTimer_.stop();
   hide();
   if (statusWindow_) {
     statusWindow_->hide();
   }
-  tasks_.DropUnkeptRecords();
-  SaveTasks();
+  Tasks().DropUnkeptRecords();
+  saving_.SaveAtEnd();
   // A worker that waits for a listing gets none, and goes on to its end.
-  target_.reset();
+  mainThread_.Close();
   threadsEnded_ = !scheduler_ || scheduler_->Stop(kStopLimit);
-  tasks_.Queue().Clear();
-  tasks_.Records().Clear();
+  Tasks().Clear();
   statusWindow_.reset();
   return *threadsEnded_;
 }
 
-WindowHandle MainWindow::FrameWindow() const {
-  return target_ ? target_->Handle() : WindowHandle();
-}
-
-void MainWindow::ReportResult(std::int64_t code) {
-  if (code != 0) {
-    // No caption: a blank, since an empty one would be replaced by the program's file name.
-    ShowBox(isVisible() ? this : nullptr, ToQString(ReportText(code)), u" "_qs,
-            BoxIcon::Exclamation);
+void MainWindow::ShowStatus() {
+  if (statusWindow_) {
+    statusWindow_->showNormal();
+    statusWindow_->raise();
+    statusWindow_->activateWindow();
   }
 }
 

@@ -5,52 +5,42 @@
 #include <memory>
 #include <optional>
 
-#include "app/save_throttle.h"
-#include "engine/frame_operations.h"
+#include "app/downloads.h"
+#include "app/task_list_saving.h"
+#include "app/window_requests.h"
+#include "engine/engine_events.h"
 #include "engine/scheduler.h"
 #include "packages/my_file_list_form_view.h"
 #include "packages/my_folder_tree.h"
 #include "packages/my_form_view.h"
 #include "platform/instance_event.h"
-#include "platform/qt/message_target.h"
+#include "platform/qt/main_thread.h"
 #include "transfers/transfer_status_dlg.h"
 #include "widgets/splitters.h"
 
 namespace updown {
 
-// The main window, owner of tasks and records, and switchboard of the numbered messages. It is the
-// only place where folder operations meet the shared session.
-//
-// Made in two steps: the constructor reads the stored tasks and opens the session (it may ask for a
-// login, and waits for the service), LoadFrame makes panes and status window and starts the
-// scheduler.
-class MainWindow final : public QMainWindow, public FrameOperations {
+// The main window: the three panes and what stands behind them. It owns session, tasks and engine,
+// ties the panes together, and passes on what the engine tells.
+class MainWindow final : public QMainWindow, private EngineEvents {
   Q_OBJECT
 
  public:
-  // All three outlive every thread of the engine, so the process if ShutDown gives false.
+  // Reads the stored tasks, opens the session (it may ask for a login, and waits for the service),
+  // makes panes and status window and starts the scheduler. All three outlive every thread of the
+  // engine, so the process if ShutDown gives false.
   MainWindow(const LaunchState& launch, FileService& service, InstanceEvent& instanceEvent);
   ~MainWindow() override;
 
-  void LoadFrame();
-
-  // The frame's end, once: hides its windows, stores what is unfinished, and stops the engine.
+  // The window's end, once: hides its windows, stores what is unfinished, and stops the engine.
   // False if a thread of the engine could not be brought to an end in time; the process must then
   // end without destroying what the constructor was given.
   bool ShutDown();
 
-  CTransferStatusDlg* StatusWindow() const { return statusWindow_.get(); }
-
-  WindowHandle FrameWindow() const override;
-  void ReportResult(std::int64_t code) override;
-  bool AddUserDownload(bool keep, const TaskDraft& draft) override;
-  void AddCacheDownload(bool keep, const TaskDraft& draft) override;
-  void RestoreTasks() override;
-  void RemoveTask(TaskId task) override;
-  TaskStore& Tasks() override { return tasks_; }
-  SharedSession& Session() override { return session_; }
-  const LaunchState& Launch() const override { return launch_; }
-  const PackageCache& Cache() const override { return cache_; }
+  Downloads& AllDownloads() { return downloads_; }
+  TaskStore& Tasks() { return downloads_.Tasks(); }
+  SharedSession& Session() { return session_; }
+  const PackageCache& Cache() const { return cache_; }
 
  Q_SIGNALS:
   void Closed();  // the window has gone; what remains is ShutDown
@@ -62,36 +52,34 @@ class MainWindow final : public QMainWindow, public FrameOperations {
 
  private:
   void LoadStoredTasks();
+  void ConnectEngine();
+  void MakeShortcuts();
   void CreatePanes();
-  void WireWindows();
+  void ConnectPanes();
   void LayOutPanes();
   void GoToTreeOrBack();
-  void RaiseFrame();
-
-  MessageResult WindowProc(const WindowMessage& message);
-  MessageResult OnFolderMessage(const WindowMessage& message);
-  void OnTaskResult(const WindowMessage& message);
-  void OnTaskAdded(const WindowMessage& message);
-  void DropFailedHeader(const TransferRecord& record);
+  void Raise();
   void ShowStatus();
-  void ForwardToStatus(std::uint32_t number, const WindowMessage& message);
-  bool IsDuplicateUserTask(const std::u16string& path);
 
-  std::optional<std::string> AskForTarget(const std::string& displayName);
-  void SaveTasks();
-  void SaveAndPause();
-  void RequestSave();
-  void OnSavePause();
+  void TaskStarted(TaskId task) noexcept override;
+  void BlockDone(TaskId task) noexcept override;
+  void TaskEnded(TaskId task, const TransferResult& result) noexcept override;
+  void SaveNeeded() noexcept override;
+  void ShowAddedTask(TaskId task);
+  void ShowRestoredTask(TaskId task);
+  template <typename News>
+  void TellStatus(News news);
 
   const LaunchState& launch_;
-  FileService& service_;
   InstanceEvent& instanceEvent_;
+  MainThread mainThread_;
 
   std::shared_ptr<SchedulerContext> context_;
-  TaskStore tasks_;
   PackageCache cache_;
   SharedSession session_;
-  std::optional<MessageTarget> target_;
+  WindowRequests requests_;
+  Downloads downloads_;
+  TaskListSaving saving_;
   std::unique_ptr<Scheduler> scheduler_;
 
   std::unique_ptr<CMySplitter> outer_;  // tree, and beside it the inner one
@@ -102,9 +90,6 @@ class MainWindow final : public QMainWindow, public FrameOperations {
   std::unique_ptr<CTransferStatusDlg> statusWindow_;
 
   QBasicTimer instanceTimer_;
-  QBasicTimer saveTimer_;
-  SaveThrottle saveThrottle_;
-  QString saveFolder_;  // where the last target was chosen
   bool laidOut_ = false;
   std::optional<bool> threadsEnded_;  // set by ShutDown
 };

@@ -1,123 +1,61 @@
-#include "app/folder_requests.h"
 #include "app/main_window.h"
-#include "engine/frame_messages.h"
 #include "engine/package.h"
-#include "widgets/busy_pointer.h"
+
+// What the engine tells, on the main thread.
 
 namespace updown {
-namespace {
 
-const std::u16string* PathFrom(LongParam param) { return PointerFrom<const std::u16string>(param); }
-
-// The pointer is back to normal when the answer is there, before any box comes up.
-template <typename Request>
-auto AskService(Request request) {
-  const BusyPointer busy;
-  return request();
+// Queued once more: a task's row is made by a call that may still wait, and news find it only then.
+template <typename News>
+void MainWindow::TellStatus(News news) {
+  mainThread_.Post([this, news] {
+    if (statusWindow_) {
+      news(*statusWindow_);
+    }
+  });
 }
 
-}  // namespace
-
-MessageResult MainWindow::WindowProc(const WindowMessage& message) {
-  switch (message.number) {
-    case frame_message::kTaskResult:
-      OnTaskResult(message);
-      return 0;
-    case frame_message::kTaskAdded:
-      OnTaskAdded(message);
-      return 0;
-    case frame_message::kBlockDone:
-      ForwardToStatus(frame_message::kBlockDone, message);
-      return 0;
-    case frame_message::kWakeScheduler:
-      context_->schedulerWake.Set();
-      return 0;
-    case frame_message::kSaveTaskList:
-      RequestSave();
-      return 0;
-    case frame_message::kLayOutPanes:
-      inner_->refresh();
-      return 0;
-    case frame_message::kShowStatus:
-      ShowStatus();
-      return 0;
-    case frame_message::kIsQueued: {
-      const std::u16string* path = PathFrom(message.lParam);
-      return path != nullptr && tasks_.IsDuplicate(*path, TaskStore::DuplicateScope::QueuedOnly);
-    }
-    case frame_message::kIsDuplicate: {
-      const std::u16string* path = PathFrom(message.lParam);
-      return path != nullptr && IsDuplicateUserTask(*path);
-    }
-    default:
-      return OnFolderMessage(message);
+void MainWindow::TaskStarted(TaskId task) noexcept {
+  if (downloads_.Find(task)) {
+    TellStatus([task](CTransferStatusDlg& status) { status.ShowStarted(task); });
   }
 }
 
-MessageResult MainWindow::OnFolderMessage(const WindowMessage& message) {
-  const std::u16string* path = PathFrom(message.lParam);
-  RequestAnswer answer;
-  switch (message.number) {
-    case frame_message::kListFolder: {
-      ListAnswer listing = AskService([&] { return RequestListing(session_, path); });
-      ReportResult(listing.report);
-      return PointerParam(listing.list.release());
-    }
-    case frame_message::kRemoveFile:
-      answer = AskService([&] { return RequestRemoveFile(session_, path); });
-      break;
-    case frame_message::kRename:
-      answer = AskService([&] {
-        const auto* newPath = PointerFrom<const std::u16string>(message.wParam);
-        return RequestRename(session_, newPath, path);
-      });
-      break;
-    case frame_message::kRemovePackage:
-      answer = AskService([&] { return RequestRemovePackage(session_, path); });
-      break;
-    default:
-      return 0;
-  }
-  ReportResult(answer.report);
-  return answer.result;
+void MainWindow::BlockDone(TaskId task) noexcept {
+  TellStatus([task](CTransferStatusDlg& status) { status.ShowBlock(task); });
 }
 
-void MainWindow::OnTaskResult(const WindowMessage& message) {
-  const TaskPointer task = tasks_.Find(message.wParam);
-  if (!task) {
+void MainWindow::TaskEnded(TaskId task, const TransferResult& result) noexcept {
+  const TaskPointer ended = downloads_.Find(task);
+  if (!ended) {
     return;
   }
-  ForwardToStatus(frame_message::kTaskState, message);
-  if (!task->record) {
+  TellStatus([task, result](CTransferStatusDlg& status) { status.ShowEnded(task, result); });
+  if (!ended->record) {
     return;
   }
-  if (message.lParam == 0 && EndsInIni(task->record->LocalPath())) {
+  if (result.code == 0 && EndsInIni(ended->record->LocalPath())) {
     list_->RefreshHeaderlessRows();
   }
-  DropFailedHeader(*task->record);
+  downloads_.DropFailedHeader(*ended->record);
 }
 
-void MainWindow::OnTaskAdded(const WindowMessage& message) {
-  if (!statusWindow_ || !tasks_.Find(message.wParam)) {
-    return;
-  }
-  statusWindow_->showMinimized();
-  ForwardToStatus(frame_message::kTaskAdded, message);
-}
+void MainWindow::SaveNeeded() noexcept { saving_.Request(); }
 
-void MainWindow::ShowStatus() {
-  if (!statusWindow_) {
-    return;
-  }
-  statusWindow_->showNormal();
-  statusWindow_->raise();
-  statusWindow_->activateWindow();
-}
-
-void MainWindow::ForwardToStatus(std::uint32_t number, const WindowMessage& message) {
+void MainWindow::ShowAddedTask(TaskId task) {
   if (statusWindow_) {
-    PostWindowMessage(statusWindow_->Handle(), number, message.wParam, message.lParam);
+    statusWindow_->showNormal();
+    TellStatus([task](CTransferStatusDlg& status) { status.AddRow(task); });
   }
+}
+
+void MainWindow::ShowRestoredTask(TaskId task) {
+  mainThread_.Post([this, task] {
+    if (statusWindow_ && downloads_.Find(task)) {
+      statusWindow_->showMinimized();
+      TellStatus([task](CTransferStatusDlg& status) { status.AddRow(task); });
+    }
+  });
 }
 
 }  // namespace updown

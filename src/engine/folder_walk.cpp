@@ -1,13 +1,11 @@
 #include "engine/folder_walk.h"
 
 #include <climits>
-#include <memory>
 
-#include "engine/frame_messages.h"
+#include "engine/task_store.h"
 #include "engine/worker.h"
 #include "localdata/files.h"
 #include "platform/folders.h"
-#include "platform/text.h"
 
 namespace updown {
 namespace {
@@ -22,13 +20,6 @@ struct WalkPlace {
            local.size() + name.size() < kPathCapacity;
   }
 };
-
-std::unique_ptr<DirectoryList> ListThroughFrame(WindowHandle owner, const std::string& path) {
-  const std::u16string wide = Utf8ToWide(path);
-  const MessageResult answer =
-      SendWindowMessage(owner, frame_message::kListFolder, 0, PointerParam(&wide));
-  return std::unique_ptr<DirectoryList>(PointerFrom<DirectoryList>(LongParam{answer}));
-}
 
 // Somebody may stop the task while the child is made ready: the task is stopped before its child,
 // so looking at the task behind the child's change misses nothing.
@@ -66,12 +57,12 @@ int FolderWalk(SchedulerContext& context, TransferTask& task, TransferProgress& 
   if (!place.Fits("")) {
     return result::kNotEncodable;
   }
-  const auto list = ListThroughFrame(task.ownerWindow, place.remote);
-  if (!list) {
-    return kListingFailed;
+  const FolderLister::Answer listing = context.lister->List(place.remote);
+  if (listing.outcome != FolderLister::Outcome::Listed) {
+    return listing.outcome == FolderLister::Outcome::Gone ? kListerGone : kListingFailed;
   }
   int outcome = result::kOk;
-  for (const DirectoryEntry& entry : *list) {
+  for (const DirectoryEntry& entry : listing.entries) {
     if (outcome != result::kOk || task.record->state == TransferState::Stopped) {
       break;
     }

@@ -1,12 +1,9 @@
 #include "engine/task_store.h"
 
-#include <new>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
-#include <vector>
 
-#include "engine/frame_messages.h"
 #include "platform/text.h"
 
 namespace updown {
@@ -19,14 +16,9 @@ bool FitsBuffer(std::string_view path) { return path.size() < kPathCapacity; }
 TaskStore::TaskStore(std::shared_ptr<TaskQueue> queue, const LaunchState& launch)
     : queue_(std::move(queue)), launch_(launch) {}
 
-RecordChain& TaskStore::Records() {
-  indexStale_ = true;
-  return recordChain_;
-}
-
 RecordIndex& TaskStore::Index() const {
   if (indexStale_) {
-    index_.Rebuild(recordChain_);
+    index_.Rebuild(records_);
     indexStale_ = false;
   }
   return index_;
@@ -42,47 +34,31 @@ std::shared_ptr<TransferRecord> TaskStore::MakeRecord() const {
 
 void TaskStore::AppendRecord(const std::shared_ptr<TransferRecord>& record) {
   Index().Add(*record);
-  recordChain_.Append(record);
+  records_.push_back(record);
 }
 
-std::shared_ptr<TransferRecord> TaskStore::CreateRecord() {
-  auto record = MakeRecord();
+void TaskStore::AddStoredRecord(const std::shared_ptr<TransferRecord>& record) {
+  record->keepAcrossRestart = 1;
   AppendRecord(record);
-  return record;
 }
 
-TaskPointer TaskStore::CreateTask() {
-  auto task = std::make_shared<TransferTask>();
-  task->record = CreateRecord();
-  queue_->Append(task);
-  return task;
-}
-
-TaskPointer TaskStore::AddDownload(const TaskDraft& draft, const std::string& localPath, bool keep,
-                                   WindowHandle owner) {
+TaskPointer TaskStore::AddDownload(const TaskDraft& draft, const std::string& localPath,
+                                   bool keep) {
   if (draft.displayName.empty() || !FitsBuffer(draft.remotePath) || !FitsBuffer(localPath)) {
     return nullptr;
   }
-  std::shared_ptr<TransferRecord> record;
-  try {
-    record = MakeRecord();
-    record->SetPaths({draft.remotePath, localPath});
-    record->keepAcrossRestart = keep ? 1 : 0;
-    AppendRecord(record);
-    auto task = std::make_shared<TransferTask>();
-    task->ownerWindow = owner;
-    task->serverName = draft.serverName;
-    task->serverPort = draft.serverPort;
-    task->SetSessid(draft.sessid);
-    task->record = record;
-    // Last of all: from here on the scheduler may run it.
-    queue_->Append(task);
-    return task;
-  } catch (const std::bad_alloc&) {
-    recordChain_.Remove(record.get());
-    indexStale_ = true;
-    return nullptr;
-  }
+  const auto record = MakeRecord();
+  record->SetPaths({draft.remotePath, localPath});
+  record->keepAcrossRestart = keep ? 1 : 0;
+  AppendRecord(record);
+  auto task = std::make_shared<TransferTask>();
+  task->serverName = draft.serverName;
+  task->serverPort = draft.serverPort;
+  task->SetSessid(draft.sessid);
+  task->record = record;
+  // Last of all: from here on the scheduler may run it.
+  queue_->Append(task);
+  return task;
 }
 
 bool TaskStore::IsDuplicate(std::u16string_view wantedPath, DuplicateScope scope) const {
@@ -101,62 +77,63 @@ bool TaskStore::StreamLimitReached() const {
   return unfinished >= kStreamLimit;
 }
 
-bool TaskStore::RestoreTasks(const std::string& sessid, WindowHandle owner) {
-  if (!queue_->Empty() || recordChain_.Empty()) {
+bool TaskStore::RestoreTasks(const std::string& sessid,
+                             const std::function<void(TaskId)>& announce) {
+  if (!queue_->Empty() || records_.empty()) {
     return false;
   }
   RenumberRecords();
-  std::vector<std::shared_ptr<TransferRecord>> topRecords;
+  RecordList topRecords;
   std::unordered_map<std::uint32_t, std::shared_ptr<TransferRecord>> firstChildOf;
-  for (auto link = recordChain_.Head(); link; link = link->next) {
-    if (link->parentRecordId == 0) {
-      topRecords.push_back(link);
+  for (const auto& record : records_) {
+    if (record->parentRecordId == 0) {
+      topRecords.push_back(record);
     } else {
-      firstChildOf.try_emplace(link->parentRecordId, link);
+      firstChildOf.try_emplace(record->parentRecordId, record);
     }
   }
   for (const auto& record : topRecords) {
-    const auto child = firstChildOf.find(record->recordId);
-    RestoreTask(record, child == firstChildOf.end() ? nullptr : child->second, sessid, owner);
+    TaskPointer task = MakeTask(record);
+    task->SetSessid(sessid);
+    if (task->isFolder) {
+      const auto child = firstChildOf.find(record->recordId);
+      task->childRecord = child == firstChildOf.end() ? MakeChild(*record) : child->second;
+    }
+    // Announced first, so that no news of its worker comes before.
+    announce(task->id);
+    queue_->Append(std::move(task));
   }
   return !topRecords.empty();
 }
 
-void TaskStore::RestoreTask(const std::shared_ptr<TransferRecord>& record,
-                            const std::shared_ptr<TransferRecord>& child, const std::string& sessid,
-                            WindowHandle owner) {
+TaskPointer TaskStore::MakeTask(const std::shared_ptr<TransferRecord>& record) {
   auto task = std::make_shared<TransferTask>();
   task->id = NewTaskId();
   task->record = record;
-  task->ownerWindow = owner;
   task->serverName = launch_.serverName;
   task->serverPort = launch_.serverPort;
-  task->SetSessid(sessid);
   task->isFolder = record->isFolder != 0;
-  if (task->isFolder) {
-    task->childRecord = child;
-    if (!child) {
-      task->childRecord = MakeRecord();
-      task->childRecord->parentRecordId = record->recordId;
-      task->childRecord->direction = record->direction;
-      task->childRecord->state = record->state.load();
-      AppendRecord(task->childRecord);
-    }
-  }
-  // Announced first, so that no message of its worker comes before.
-  PostWindowMessage(owner, frame_message::kTaskAdded, task->id, 0);
-  queue_->Append(std::move(task));
+  return task;
 }
 
-// Only a damaged list brings a number twice or 0. Two tasks would then share one row's messages,
-// or two workers one child.
+std::shared_ptr<TransferRecord> TaskStore::MakeChild(const TransferRecord& folder) {
+  auto child = MakeRecord();
+  child->parentRecordId = folder.recordId;
+  child->direction = folder.direction;
+  child->state = folder.state.load();
+  AppendRecord(child);
+  return child;
+}
+
+// Only a damaged list brings a number twice or 0. Two tasks would then share one folder's child,
+// and two records one number in the list.
 void TaskStore::RenumberRecords() {
   std::unordered_set<std::uint32_t> seen;
-  for (TransferRecord& record : recordChain_) {
-    if (record.recordId == 0 || !seen.insert(record.recordId).second) {
-      record.recordId = NextRecordId();
-      seen.insert(record.recordId);
-      index_.Add(record);
+  for (const auto& record : records_) {
+    if (record->recordId == 0 || !seen.insert(record->recordId).second) {
+      record->recordId = NextRecordId();
+      seen.insert(record->recordId);
+      index_.Add(*record);
     }
   }
 }
@@ -170,21 +147,20 @@ void TaskStore::RemoveTask(TaskId id) {
     if (record) {
       // A worker that still runs ends at its next block; nobody else can tell it any more.
       record->ChangeState(TransferState::Queued, TransferState::Stopped);
-      recordChain_.Remove(record.get());
+      std::erase(records_, record);
     }
   }
   indexStale_ = true;
 }
 
 void TaskStore::DropUnkeptRecords() {
-  RecordChain kept;
-  while (!recordChain_.Empty()) {
-    auto record = recordChain_.Remove(recordChain_.First());
-    if (record->keepAcrossRestart != 0) {
-      kept.Append(std::move(record));
-    }
-  }
-  recordChain_ = std::move(kept);
+  std::erase_if(records_, [](const auto& record) { return record->keepAcrossRestart == 0; });
+  indexStale_ = true;
+}
+
+void TaskStore::Clear() {
+  queue_->Clear();
+  records_.clear();
   indexStale_ = true;
 }
 

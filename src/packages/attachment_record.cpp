@@ -36,15 +36,11 @@ int CompareKeys(std::uint32_t a, std::uint32_t b, int direction) {
 
 }  // namespace
 
-AttachmentRecord::AttachmentRecord(const DirectoryEntry& entry, LongParam item)
+AttachmentRecord::AttachmentRecord(const DirectoryEntry& entry)
     : name(entry.name),
-      field17(entry.field17),
-      field18(entry.field18),
       modificationTime(entry.modificationTime),
       size(entry.size),
-      field21(entry.field21),
-      type(entry.type),
-      treeItem(item) {}
+      type(entry.type) {}
 
 std::u16string TimeText(std::uint32_t seconds) {
   const std::time_t time = seconds;

@@ -4,7 +4,6 @@
 #include <string>
 #include <string_view>
 
-#include "platform/window.h"
 #include "service/operations.h"
 
 namespace updown {
@@ -18,18 +17,14 @@ inline constexpr int kSave = 4;
 inline constexpr int kCount = 5;
 }  // namespace attachment_column
 
-// One file of a package: a copy of its entry.
+// One file of a package: what of its entry is shown.
 struct AttachmentRecord {
-  AttachmentRecord(const DirectoryEntry& entry, LongParam item);
+  explicit AttachmentRecord(const DirectoryEntry& entry);
 
-  std::string name;  // UTF-8
-  std::uint32_t field17;
-  std::uint32_t field18;
+  std::string name;                // UTF-8
   std::uint32_t modificationTime;  // seconds
   std::uint32_t size;              // bytes
-  std::uint16_t field21;
-  std::uint16_t type;
-  LongParam treeItem;  // 0 for a file that the tree sends
+  std::uint16_t type;              // kEntryFolder, kEntryFile
 };
 
 // "2008-01-15 09:30" in local time.

@@ -1,6 +1,5 @@
 #include <QScopeGuard>
 
-#include "engine/frame_messages.h"
 #include "engine/package.h"
 #include "packages/my_file_list_form_view.h"
 #include "packages/service_names.h"
@@ -13,16 +12,15 @@
 namespace updown {
 
 void CMyFileListFormView::DeleteSelectedPackages() {
-  if (!HaveFrame() || list_->SelectedRow() < 0 ||
-      !Confirm(window(), StringId::ConfirmDelete,
-               u"Are you sure you want to make this deletion?")) {
+  if (list_->SelectedRow() < 0 || !Confirm(window(), StringId::ConfirmDelete,
+                                           u"Are you sure you want to make this deletion?")) {
     return;
   }
   const int row = list_->SelectedRow();
   if (row < 0) {  // gone while the question stood
     return;
   }
-  ClearForm();
+  Q_EMIT SelectionCleared();
   {
     const BusyPointer busy;
     QWidget* frameWidget = window();
@@ -49,21 +47,18 @@ bool CMyFileListFormView::DeletePackage(int row) {
   if (!model_->HasRow(row)) {
     return false;
   }
-  const LongParam treeItem = model_->Row(row).treeItem;
+  const TreeItem item = model_->Row(row).treeItem;
   const std::u16string name = Utf8ToWideName(model_->Row(row).name);
   const std::u16string path = u"/" + name;
-  const MessageResult code =
-      SendWindowMessage(frameWindow_, frame_message::kRemovePackage, 0, PointerParam(&path));
+  const int code = area_.RemovePackage(path);
   if (code != result::kOk && code != -result::kAccessRefused) {
     return false;
   }
-  if (IsWindow(treeWindow_)) {
-    SendWindowMessage(treeWindow_, frame_message::kDeleteItem, 0, treeItem);
-  }
-  frame_.Cache().Delete(WideToUtf8Name(IniNameOf(name)));
-  frame_.Cache().Delete(WideToUtf8Name(StartIniNameOf(name)));
+  Q_EMIT PackageDeleted(item);
+  cache_.Delete(WideToUtf8Name(IniNameOf(name)));
+  cache_.Delete(WideToUtf8Name(StartIniNameOf(name)));
   // A box about one of its files may have stood meanwhile: only this package's row may go.
-  return model_->HasRow(row) && model_->Row(row).treeItem == treeItem;
+  return model_->HasRow(row) && model_->Row(row).treeItem == item;
 }
 
 }  // namespace updown

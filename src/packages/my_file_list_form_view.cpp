@@ -7,12 +7,11 @@
 #include <QVBoxLayout>
 #include <array>
 
-#include "engine/frame_messages.h"
 #include "engine/package.h"
 #include "packages/service_names.h"
 #include "platform/qt/text.h"
+#include "resources/qt/texts.h"
 #include "widgets/busy_pointer.h"
-#include "widgets/message_boxes.h"
 
 namespace updown {
 namespace {
@@ -23,13 +22,15 @@ constexpr int kReadPauseFactor = 9;  // headers take at most a tenth of the main
 
 }  // namespace
 
-CMyFileListFormView::CMyFileListFormView(FrameOperations& frame, QWidget* parent)
+CMyFileListFormView::CMyFileListFormView(AreaRequests& area, const PackageCache& cache,
+                                         const LaunchState& launch, QWidget* parent)
     : QWidget(parent),
-      frame_(frame),
+      area_(area),
+      cache_(cache),
+      launch_(launch),
       list_(new CListCtrlEx(this)),
       header_(new CSortHeaderCtrl(list_)),
-      model_(new PackageListModel(this)),
-      target_([this](const WindowMessage& message) { return WindowProc(message); }) {
+      model_(new PackageListModel(this)) {
   setObjectName(QStringLiteral("packageView"));
   setAccessibleName(Text(StringId::PackageListName));
   setMinimumSize(1, 1);  // the pane can be made as small as its splitter lets it
@@ -40,15 +41,10 @@ CMyFileListFormView::CMyFileListFormView(FrameOperations& frame, QWidget* parent
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
   layout->addWidget(list_);
+  InitList();
 }
 
 CMyFileListFormView::~CMyFileListFormView() = default;
-
-void CMyFileListFormView::WireWindows(WindowHandle tree, WindowHandle frame, WindowHandle form) {
-  treeWindow_ = tree;
-  frameWindow_ = frame;
-  formWindow_ = form;
-}
 
 void CMyFileListFormView::InitList() {
   list_->setHeader(header_);
@@ -70,25 +66,6 @@ void CMyFileListFormView::InitList() {
 
 void CMyFileListFormView::FocusList() { list_->setFocus(Qt::OtherFocusReason); }
 
-MessageResult CMyFileListFormView::WindowProc(const WindowMessage& message) {
-  switch (message.number) {
-    case frame_message::kAddEntry:
-      if (const auto* entry = PointerFrom<const DirectoryEntry>(message.lParam); entry != nullptr) {
-        AddPackageRow(static_cast<LongParam>(message.wParam), *entry);
-      }
-      break;
-    case frame_message::kClearRows:
-      ClearRows();
-      break;
-    case frame_message::kSelectRow:
-      list_->SelectRow(static_cast<int>(message.wParam));
-      break;
-    default:
-      break;
-  }
-  return 0;
-}
-
 bool CMyFileListFormView::eventFilter(QObject* watched, QEvent* event) {
   if (watched == list_ && event->type() == QEvent::KeyPress &&
       static_cast<QKeyEvent*>(event)->key() == Qt::Key_F5) {
@@ -98,19 +75,19 @@ bool CMyFileListFormView::eventFilter(QObject* watched, QEvent* event) {
   return QWidget::eventFilter(watched, event);
 }
 
-void CMyFileListFormView::AddPackageRow(LongParam treeItem, const DirectoryEntry& entry) {
-  model_->AddOnTop(PackageRow(entry, treeItem));
+void CMyFileListFormView::AddPackageRow(TreeItem item, const DirectoryEntry& entry) {
+  model_->AddOnTop(PackageRow(entry, item));
   LoadPackageRow(0);
 }
 
-void CMyFileListFormView::ClearRows() { model_->Clear(); }
+void CMyFileListFormView::SelectTopRow() { list_->SelectRow(0); }
 
 void CMyFileListFormView::LoadPackageRow(int row) {
   const PackageRow& package = model_->Row(row);
   PackageCells cells = package.cells;
-  const PackageFiles files = FindPackageFiles(frame_.Cache(), Utf8ToWideName(package.name));
+  const PackageFiles files = FindPackageFiles(cache_, Utf8ToWideName(package.name));
   if (!files.readPath.empty()) {
-    const PackageHeader header = ReadPackageHeader(files.readPath, frame_.Launch().CodePage());
+    const PackageHeader header = ReadPackageHeader(files.readPath, launch_.CodePage());
     const auto cellText = [](const std::u16string& value) {
       return ToQString(std::u16string_view(value).substr(0, kMostCellCharacters));
     };
@@ -165,7 +142,7 @@ void CMyFileListFormView::SortBy(int column) {
 
 void CMyFileListFormView::OnSelectionChanged(const QItemSelection& selected) {
   if (!selected.isEmpty()) {
-    ClearForm();
+    Q_EMIT SelectionCleared();
     SelectPackage(selected.first().top());
   }
 }
@@ -174,25 +151,12 @@ void CMyFileListFormView::SelectPackage(int row) {
   if (!model_->HasRow(row)) {
     return;
   }
-  const LongParam treeItem = model_->Row(row).treeItem;
+  const TreeItem item = model_->Row(row).treeItem;
   const std::u16string name = Utf8ToWideName(model_->Row(row).name);
-  if (IsWindow(formWindow_)) {
-    SendWindowMessage(formWindow_, frame_message::kShowPackage, 0, PointerParam(&name));
-  }
-  if (treeItem != 0 && IsWindow(treeWindow_)) {
-    SendWindowMessage(treeWindow_, frame_message::kSelectItem, 0, treeItem);
-  }
+  Q_EMIT PackageSelected(name, item);
   // A failed listing shows a box, and other rows may have come by the time it closes.
-  if (model_->HasRow(row) && model_->Row(row).treeItem == treeItem) {
+  if (model_->HasRow(row) && model_->Row(row).treeItem == item) {
     LoadPackageRow(row);
-  }
-}
-
-void CMyFileListFormView::ClearForm() {
-  if (IsWindow(formWindow_)) {
-    const std::u16string none;
-    SendWindowMessage(formWindow_, frame_message::kShowPackage, 0, PointerParam(&none));
-    SendWindowMessage(formWindow_, frame_message::kClearRows, 0, 0);
   }
 }
 
@@ -201,9 +165,8 @@ void CMyFileListFormView::RefreshList() {
   {
     list_->setUpdatesEnabled(false);
     const auto paintAgain = qScopeGuard([this] { list_->setUpdatesEnabled(true); });
-    ClearRows();
-    const std::u16string root = u"/";
-    SendWindowMessage(treeWindow_, frame_message::kRefreshRoot, 0, PointerParam(&root));
+    model_->Clear();
+    Q_EMIT RefreshWanted();
   }
   FocusList();
 }
@@ -218,13 +181,6 @@ void CMyFileListFormView::ShowRowMenu(const QPoint& globalPosition) {
   const QAction* remove = menu->addAction(Text(StringId::MenuPackageDelete, u"&Delete"));
   connect(remove, &QAction::triggered, this, &CMyFileListFormView::DeleteSelectedPackages);
   menu->popup(globalPosition);
-}
-
-bool CMyFileListFormView::HaveFrame() {
-  if (!IsWindow(frameWindow_)) {
-    frameWindow_ = frame_.FrameWindow();
-  }
-  return IsWindow(frameWindow_);
 }
 
 }  // namespace updown

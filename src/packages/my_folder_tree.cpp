@@ -3,11 +3,10 @@
 #include <QScopedValueRollback>
 #include <QTimerEvent>
 
-#include "engine/frame_messages.h"
 #include "packages/label_delegate.h"
 #include "platform/qt/text.h"
+#include "resources/qt/texts.h"
 #include "widgets/icons.h"
-#include "widgets/message_boxes.h"
 
 namespace updown {
 namespace {
@@ -19,11 +18,13 @@ constexpr int kOpenFolderIcon = 132;
 
 }  // namespace
 
-CMyFolderTree::CMyFolderTree(FrameOperations& frame, QWidget* parent)
+CMyFolderTree::CMyFolderTree(AreaRequests& area, PackageDownloads& downloads,
+                             const PackageCache& cache, QWidget* parent)
     : QTreeWidget(parent),
-      frame_(frame),
-      image_(LoadIcon(kFolderIcon)),
-      target_([this](const WindowMessage& message) { return WindowProc(message); }) {
+      area_(area),
+      downloads_(downloads),
+      cache_(cache),
+      image_(LoadIcon(kFolderIcon)) {
   setObjectName(QStringLiteral("packageTree"));
   setAccessibleName(Text(StringId::FolderTreeName));
   setHeaderLabel(accessibleName());  // a screen reader names the column though it is not shown
@@ -41,21 +42,11 @@ CMyFolderTree::CMyFolderTree(FrameOperations& frame, QWidget* parent)
         return EndLabelEdit(itemFromIndex(index), ToWide(text));
       },
       this));
+  rootId_ = AddItem(invisibleRootItem(), u"/");
+  firstListing_.start(kFirstListingDelay, this);
 }
 
 CMyFolderTree::~CMyFolderTree() = default;
-
-void CMyFolderTree::WireWindows(WindowHandle list, WindowHandle form, WindowHandle frame) {
-  listWindow_ = list;
-  formWindow_ = form;
-  frameWindow_ = frame;
-}
-
-void CMyFolderTree::InitTree() {
-  rootId_ = AddItem(invisibleRootItem(), u"/");
-  rootPending_ = true;
-  firstListing_.start(kFirstListingDelay, this);
-}
 
 void CMyFolderTree::timerEvent(QTimerEvent* event) {
   if (event->timerId() != firstListing_.timerId()) {
@@ -69,30 +60,18 @@ void CMyFolderTree::timerEvent(QTimerEvent* event) {
   }
 }
 
-MessageResult CMyFolderTree::WindowProc(const WindowMessage& message) {
-  switch (message.number) {
-    case frame_message::kSelectItem:
-      SelectFromList(message.lParam);
-      break;
-    case frame_message::kDeleteItem:
-      DeleteItem(message.lParam);
-      break;
-    case frame_message::kRefreshRoot:
-      RefreshRoot();
-      Select(rootId_);
-      break;
-    default:
-      break;
-  }
-  return 0;
+void CMyFolderTree::Refresh() {
+  RefreshRoot();
+  Select(rootId_);
 }
 
-CMyFolderTree::ItemId CMyFolderTree::AddItem(QTreeWidgetItem* parent, const std::u16string& label) {
-  const ItemId id = ++lastId_;
+TreeItem CMyFolderTree::AddItem(QTreeWidgetItem* parent, const std::u16string& label) {
+  const auto id = static_cast<TreeItem>(static_cast<quint64>(lastId_) + 1);
+  lastId_ = id;
   auto* item = new QTreeWidgetItem;
   item->setText(0, ToQString(label));
   item->setIcon(0, image_);
-  item->setData(0, kItemIdRole, QVariant::fromValue(static_cast<qlonglong>(id)));
+  item->setData(0, kItemIdRole, QVariant::fromValue(static_cast<qulonglong>(id)));
   item->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsEditable);
   item->setChildIndicatorPolicy(QTreeWidgetItem::ShowIndicator);
   parent->addChild(item);
@@ -100,7 +79,7 @@ CMyFolderTree::ItemId CMyFolderTree::AddItem(QTreeWidgetItem* parent, const std:
   return id;
 }
 
-void CMyFolderTree::DeleteItem(ItemId id) {
+void CMyFolderTree::DeleteItem(TreeItem id) {
   const std::unique_ptr<QTreeWidgetItem> item(Find(id));
   if (item == nullptr) {
     return;
@@ -120,13 +99,14 @@ void CMyFolderTree::DeletePackages(QTreeWidgetItem* root) {
   }
 }
 
-QTreeWidgetItem* CMyFolderTree::Find(ItemId id) const {
+QTreeWidgetItem* CMyFolderTree::Find(TreeItem id) const {
   const auto found = items_.find(id);
   return found == items_.end() ? nullptr : found->second;
 }
 
-CMyFolderTree::ItemId CMyFolderTree::IdOf(const QTreeWidgetItem* item) {
-  return item == nullptr ? 0 : static_cast<ItemId>(item->data(0, kItemIdRole).toLongLong());
+TreeItem CMyFolderTree::IdOf(const QTreeWidgetItem* item) {
+  return item == nullptr ? TreeItem::None
+                         : static_cast<TreeItem>(item->data(0, kItemIdRole).toULongLong());
 }
 
 std::u16string CMyFolderTree::ItemPath(const QTreeWidgetItem* item) {
@@ -140,7 +120,7 @@ std::u16string CMyFolderTree::ItemPath(const QTreeWidgetItem* item) {
   return path.empty() ? u"/" : path;
 }
 
-bool CMyFolderTree::Select(ItemId id) {
+bool CMyFolderTree::Select(TreeItem id) {
   QTreeWidgetItem* item = Find(id);
   if (item != nullptr) {
     setCurrentItem(item);
@@ -149,13 +129,13 @@ bool CMyFolderTree::Select(ItemId id) {
 }
 
 // An expander stands for the flag, and for children that can be hidden and shown.
-void CMyFolderTree::ClearChildrenFlag(ItemId id) {
+void CMyFolderTree::ClearChildrenFlag(TreeItem id) {
   if (QTreeWidgetItem* item = Find(id); item != nullptr) {
     item->setChildIndicatorPolicy(QTreeWidgetItem::DontShowIndicatorWhenChildless);
   }
 }
 
-void CMyFolderTree::SelectFromList(ItemId id) {
+void CMyFolderTree::SelectFromList(TreeItem id) {
   bool selected = false;
   {
     const QScopedValueRollback<bool> suppressed(suppressFill_, true);

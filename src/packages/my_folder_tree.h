@@ -8,29 +8,40 @@
 #include <unordered_map>
 #include <vector>
 
-#include "engine/frame_operations.h"
-#include "platform/qt/message_target.h"
+#include "engine/cache.h"
+#include "packages/area_requests.h"
+#include "packages/package_downloads.h"
+#include "packages/tree_item.h"
 #include "service/operations.h"
 
 namespace updown {
 
 // The left pane: the root "/" and one item for each package. It reads the service's folders for
 // all views: packages become items and rows of the list, a package's files rows of the form, and
-// headers that the cache lacks become hidden downloads.
-//
-// Messages name an item by a number of its own, so that a number whose item is gone finds nothing.
+// headers that the cache lacks become hidden downloads. Its signals come in the middle of its work
+// and are meant to be taken at once.
 class CMyFolderTree : public QTreeWidget {
   Q_OBJECT
 
  public:
-  explicit CMyFolderTree(FrameOperations& frame, QWidget* parent = nullptr);
+  // Makes the root; the first listing starts 100 ms later. What it is given outlives it.
+  CMyFolderTree(AreaRequests& area, PackageDownloads& downloads, const PackageCache& cache,
+                QWidget* parent = nullptr);
   ~CMyFolderTree() override;
 
-  WindowHandle Handle() const { return target_.Handle(); }
-  void WireWindows(WindowHandle list, WindowHandle form, WindowHandle frame);
+  void SelectFromList(TreeItem item);
+  void DeleteItem(TreeItem item);
+  // Reads the packages of the root anew.
+  void Refresh();
 
-  // Once the handles are wired: makes the root and starts the first listing 100 ms later.
-  void InitTree();
+ Q_SIGNALS:
+  // The folder whose files follow, or whose packages have been read.
+  void FolderListed(const std::u16string& path);
+  void PackageFound(TreeItem item, const DirectoryEntry& entry);
+  void PackagesShown();      // by the first listing; the list's first row may be selected later
+  void PackagesRefreshed();  // by Refresh; the list's first row is to be selected at once
+  void FilesCleared();
+  void FileFound(const DirectoryEntry& entry);
 
  protected:
   void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
@@ -45,51 +56,40 @@ class CMyFolderTree : public QTreeWidget {
   void dropEvent(QDropEvent* event) override;
 
  private:
-  using ItemId = LongParam;
   enum class Expansion { Expand, Collapse, Toggle };
 
-  MessageResult WindowProc(const WindowMessage& message);
-
-  ItemId AddItem(QTreeWidgetItem* parent, const std::u16string& label);
-  void DeleteItem(ItemId id);
+  TreeItem AddItem(QTreeWidgetItem* parent, const std::u16string& label);
   void DeletePackages(QTreeWidgetItem* root);
-  QTreeWidgetItem* Find(ItemId id) const;  // null: gone
-  static ItemId IdOf(const QTreeWidgetItem* item);
+  QTreeWidgetItem* Find(TreeItem id) const;  // null: gone
+  static TreeItem IdOf(const QTreeWidgetItem* item);
   static std::u16string ItemPath(const QTreeWidgetItem* item);
-  bool Select(ItemId id);
-  void ClearChildrenFlag(ItemId id);
+  bool Select(TreeItem id);
+  void ClearChildrenFlag(TreeItem id);
 
-  void OnSelectionChanged(ItemId id);
-  void OnExpanding(ItemId id, Expansion expansion);
+  void OnSelectionChanged(TreeItem id);
+  void OnExpanding(TreeItem id, Expansion expansion);
   bool IsOnExpander(const QTreeWidgetItem* item, const QPoint& position) const;
-  void SelectFromList(ItemId id);
   bool EndLabelEdit(const QTreeWidgetItem* item, const std::u16string& text);
 
-  void FillFolder(ItemId id);
+  void FillFolder(TreeItem id);
   void RefreshRoot();
-  bool OpenSession();
-  std::unique_ptr<DirectoryList> ListFolder(const std::u16string& path);
-  void AnnounceFolder(const std::u16string& path);
-  std::size_t AddPackages(ItemId parent, const DirectoryList& entries);
-  void SendAttachments(const std::u16string& path, const DirectoryList& entries);
+  std::size_t AddPackages(TreeItem parent, const DirectoryList& entries);
+  void PassFiles(const std::u16string& path, const DirectoryList& entries);
   void FetchMissing(const std::u16string& package);
   void FetchPackageIni(const std::u16string& name, const std::u16string& folder);
-  bool HaveFrame();
 
-  FrameOperations& frame_;
-  WindowHandle listWindow_;
-  WindowHandle frameWindow_;
-  WindowHandle formWindow_;
+  AreaRequests& area_;
+  PackageDownloads& downloads_;
+  const PackageCache& cache_;
 
   QIcon image_;
-  ItemId rootId_ = 0;
-  ItemId lastId_ = 0;
-  std::unordered_map<ItemId, QTreeWidgetItem*> items_;
+  TreeItem rootId_ = TreeItem::None;
+  TreeItem lastId_ = TreeItem::None;
+  std::unordered_map<TreeItem, QTreeWidgetItem*> items_;
   QBasicTimer firstListing_;
   bool fillAttempted_ = false;
   bool suppressFill_ = false;
-  bool rootPending_ = false;  // the next listing of the root also builds items and rows
-  MessageTarget target_;
+  bool rootPending_ = true;  // the next listing of the root also builds items and rows
 };
 
 }  // namespace updown

@@ -2,11 +2,11 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 
-#include "engine/frame_messages.h"
 #include "packages/my_folder_tree.h"
 #include "packages/service_names.h"
 #include "platform/text.h"
 #include "resources/string_id.h"
+#include "service/result_codes.h"
 #include "widgets/busy_pointer.h"
 
 // Selection, expansion, label editing and drops: what a person does to the tree.
@@ -37,7 +37,7 @@ void CMyFolderTree::currentChanged(const QModelIndex& current, const QModelIndex
   }
 }
 
-void CMyFolderTree::OnSelectionChanged(ItemId id) {
+void CMyFolderTree::OnSelectionChanged(TreeItem id) {
   const QTreeWidgetItem* item = Find(id);
   if (item == nullptr) {
     return;
@@ -50,7 +50,7 @@ void CMyFolderTree::OnSelectionChanged(ItemId id) {
 }
 
 // The handler's work comes first; an item that has no child after it does not expand.
-void CMyFolderTree::OnExpanding(ItemId id, Expansion expansion) {
+void CMyFolderTree::OnExpanding(TreeItem id, Expansion expansion) {
   FillFolder(id);
   QTreeWidgetItem* item = Find(id);
   if (item != nullptr && item->childCount() > 0) {
@@ -88,7 +88,7 @@ void CMyFolderTree::mouseMoveEvent(QMouseEvent* event) {
 
 void CMyFolderTree::mouseDoubleClickEvent(QMouseEvent* event) {
   const QTreeWidgetItem* item = itemAt(event->position().toPoint());
-  const ItemId id = IdOf(item);
+  const TreeItem id = IdOf(item);
   if (event->button() != Qt::LeftButton || item == nullptr || !HasExpander(*item)) {
     QTreeWidget::mouseDoubleClickEvent(event);
     return;
@@ -145,13 +145,11 @@ bool CMyFolderTree::EndLabelEdit(const QTreeWidgetItem* item, const std::u16stri
   }
   newPath.replace(slash + 1, std::u16string::npos, text);
   if (!FitsPath(newPath)) {
-    frame_.ReportResult(static_cast<std::int64_t>(StringId::InvalidParameters));
+    area_.ReportResult(static_cast<std::int64_t>(StringId::InvalidParameters));
     return false;
   }
   const BusyPointer busy;
-  return HaveFrame() && SendWindowMessage(frameWindow_, frame_message::kRename,
-                                          static_cast<WideParam>(PointerParam(&newPath)),
-                                          PointerParam(&oldPath)) == 0;
+  return area_.RenameEntry(newPath, oldPath) == result::kOk;
 }
 
 void CMyFolderTree::dragEnterEvent(QDragEnterEvent* event) { TakeDrop(*event); }

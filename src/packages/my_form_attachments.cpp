@@ -1,10 +1,11 @@
 #include <QMenu>
 #include <array>
 
-#include "engine/frame_messages.h"
 #include "packages/my_form_view.h"
 #include "packages/service_names.h"
 #include "platform/qt/text.h"
+#include "resources/qt/texts.h"
+#include "service/result_codes.h"
 #include "widgets/busy_pointer.h"
 #include "widgets/message_boxes.h"
 
@@ -36,8 +37,8 @@ void CMyFormView::InitAttachmentList() {
   connect(headerCtrl_, &QHeaderView::sectionClicked, this, &CMyFormView::OnColumnClicked);
 }
 
-void CMyFormView::AddAttachmentRow(LongParam treeItem, const DirectoryEntry& entry) {
-  const int row = attachmentModel_->Append(AttachmentRecord(entry, treeItem));
+void CMyFormView::AddAttachmentRow(const DirectoryEntry& entry) {
+  const int row = attachmentModel_->Append(AttachmentRecord(entry));
   attachmentList_->SetCellTip(row, attachment_column::kName,
                               ToQString(AttachmentTip(attachmentModel_->Record(row))));
   attachmentList_->AddLink(row, attachment_column::kSave);
@@ -65,29 +66,21 @@ void CMyFormView::OnCellClicked(int row, int column) {
 }
 
 void CMyFormView::ActivateAttachment() {
-  const auto showStatus = [this] {
-    if (HaveFrame()) {
-      SendWindowMessage(frameWindow_, frame_message::kShowStatus, 0, 0);
-    }
-  };
-  const int row = attachmentList_->SelectedRow();
-  if (!attachmentModel_->HasRow(row)) {
-    showStatus();
-    return;
-  }
-  if (attachmentModel_->Record(row).treeItem == 0 && SaveSelectedAttachment()) {
-    showStatus();
+  if (!attachmentModel_->HasRow(attachmentList_->SelectedRow()) || SaveSelectedAttachment()) {
+    Q_EMIT TransfersWanted();
   }
 }
 
 // True if the user has been answered: by a box, or by a task that was made.
 bool CMyFormView::SaveSelectedAttachment() {
   const int row = attachmentList_->SelectedRow();
-  if (!attachmentModel_->HasRow(row) || !HaveFrame()) {
+  if (!attachmentModel_->HasRow(row)) {
     return false;
   }
   const std::u16string name = Utf8ToWideName(attachmentModel_->Record(row).name);
-  if (CheckStreamLimit(frame_.Tasks(), window())) {
+  if (downloads_.StreamLimitReached()) {
+    ShowNotice(window(), StringId::StreamLimit,
+               u"The maximum number of data streams has been reached. Operation aborted.");
     return true;
   }
   if (name.empty()) {
@@ -96,15 +89,12 @@ bool CMyFormView::SaveSelectedAttachment() {
   const std::u16string path = PathOf(name);
   const std::u16string_view localName = LastComponent(name);
   if (localName.empty() || !FitsPath(path)) {
-    frame_.ReportResult(static_cast<std::int64_t>(localName.empty() ? StringId::BadCharacters
-                                                                    : StringId::InvalidParameters));
+    area_.ReportResult(static_cast<std::int64_t>(localName.empty() ? StringId::BadCharacters
+                                                                   : StringId::InvalidParameters));
     return true;
   }
-  if (SendWindowMessage(frameWindow_, frame_message::kIsDuplicate, 0, PointerParam(&path)) == 1) {
-    return true;
-  }
-  return frame_.AddUserDownload(true,
-                                DraftOf(frame_, WideToUtf8Name(localName), WideToUtf8Name(path)));
+  return downloads_.IsDuplicate(path) ||
+         downloads_.SaveFile(WideToUtf8Name(localName), WideToUtf8Name(path));
 }
 
 std::u16string CMyFormView::PathOf(const std::u16string& name) const {
@@ -114,7 +104,7 @@ std::u16string CMyFormView::PathOf(const std::u16string& name) const {
 // A name that could lead out of its folder is not deleted by it.
 void CMyFormView::DeleteSelectedAttachments() {
   const int row = attachmentList_->SelectedRow();
-  if (!attachmentModel_->HasRow(row) || !HaveFrame()) {
+  if (!attachmentModel_->HasRow(row)) {
     return;
   }
   const std::u16string name = Utf8ToWideName(attachmentModel_->Record(row).name);
@@ -123,12 +113,12 @@ void CMyFormView::DeleteSelectedAttachments() {
   }
   const std::u16string path = PathOf(name);
   if (LastComponent(name) != name || !FitsPath(path)) {
-    frame_.ReportResult(static_cast<std::int64_t>(FitsPath(path) ? StringId::BadCharacters
-                                                                 : StringId::InvalidParameters));
+    area_.ReportResult(static_cast<std::int64_t>(FitsPath(path) ? StringId::BadCharacters
+                                                                : StringId::InvalidParameters));
     return;
   }
   const BusyPointer busy;
-  if (SendWindowMessage(frameWindow_, frame_message::kRemoveFile, 0, PointerParam(&path)) == 0) {
+  if (area_.RemoveFile(path) == result::kOk) {
     attachmentList_->SelectRow(-1);  // else the view would select the next row
     attachmentList_->DeleteItem(row);
     ResetTips();

@@ -3,13 +3,12 @@
 #include <QEvent>
 #include <algorithm>
 
-#include "engine/frame_messages.h"
 #include "packages/form_layout.h"
 #include "packages/group_frame.h"
 #include "packages/header_text.h"
 #include "packages/service_names.h"
 #include "platform/qt/text.h"
-#include "widgets/message_boxes.h"
+#include "resources/qt/texts.h"
 
 namespace updown {
 namespace {
@@ -21,17 +20,20 @@ void Place(QWidget& widget, const Box& box) {
 
 }  // namespace
 
-CMyFormView::CMyFormView(FrameOperations& frame, QWidget* parent)
+CMyFormView::CMyFormView(AreaRequests& area, PackageDownloads& downloads, const PackageCache& cache,
+                         const LaunchState& launch, QWidget* parent)
     : QWidget(parent),
-      frame_(frame),
+      area_(area),
+      downloads_(downloads),
+      cache_(cache),
+      launch_(launch),
       headerText_(new HeaderLabel(this)),
       noteGroup_(new GroupFrame(this)),
       notesEdit_(new CEditNoMenu(this)),
       attachmentGroup_(new GroupFrame(this)),
       attachmentList_(new CLinkListCtrl(this)),
       attachmentModel_(new AttachmentModel(this)),
-      headerCtrl_(new CSortHeaderCtrl(attachmentList_)),
-      target_([this](const WindowMessage& message) { return WindowProc(message); }) {
+      headerCtrl_(new CSortHeaderCtrl(attachmentList_)) {
   setObjectName(QStringLiteral("packageForm"));
   setAccessibleName(Text(StringId::PackageFormName));
   setMinimumSize(1, 1);  // the pane can be made as small as its splitter lets it
@@ -46,63 +48,37 @@ CMyFormView::CMyFormView(FrameOperations& frame, QWidget* parent)
   attachmentGroup_->setTitle(Text(StringId::GroupAttachments));
   attachmentList_->setObjectName(QStringLiteral("attachmentList"));
   attachmentList_->setAccessibleName(Text(StringId::GroupAttachments));
-}
-
-CMyFormView::~CMyFormView() = default;
-
-void CMyFormView::WireWindows(WindowHandle frame) { frameWindow_ = frame; }
-
-void CMyFormView::InitForm() {
   SetHeader({});
   InitAttachmentList();
   LayoutForm();
 }
 
-MessageResult CMyFormView::WindowProc(const WindowMessage& message) {
-  switch (message.number) {
-    case frame_message::kAddEntry:
-      if (const auto* entry = PointerFrom<const DirectoryEntry>(message.lParam); entry != nullptr) {
-        AddAttachmentRow(static_cast<LongParam>(message.wParam), *entry);
-      }
-      break;
-    case frame_message::kClearRows:
-      ClearAttachments();
-      break;
-    case frame_message::kCurrentFolder:
-      SetCurrentFolder(PointerFrom<const std::u16string>(message.lParam));
-      break;
-    case frame_message::kShowPackage:
-      if (const auto* name = PointerFrom<const std::u16string>(message.lParam); name != nullptr) {
-        ApplyPackage(*name);
-      }
-      break;
-    default:
-      break;
-  }
-  return 0;
+CMyFormView::~CMyFormView() = default;
+
+void CMyFormView::SetCurrentFolder(const std::u16string& path) {
+  currentFolder_ = WideToUtf8Name(path);
 }
 
-void CMyFormView::SetCurrentFolder(const std::u16string* path) {
-  currentFolder_ = path == nullptr ? "/" : WideToUtf8Name(*path);
+void CMyFormView::ShowPackage(const std::u16string& name) {
+  const PackageFiles files = FindPackageFiles(cache_, name);
+  packageStatus_ = files.status;
+  SetTexts(files.readPath.empty() ? PackageHeader()
+                                  : ReadPackageHeader(files.readPath, launch_.CodePage()));
 }
 
-// The empty name clears the form and leaves its layout as it is.
-void CMyFormView::ApplyPackage(const std::u16string& name) {
-  PackageHeader header;
-  if (!name.empty()) {
-    const PackageFiles files = FindPackageFiles(frame_.Cache(), name);
-    packageStatus_ = files.status;
-    if (!files.readPath.empty()) {
-      header = ReadPackageHeader(files.readPath, frame_.Launch().CodePage());
-    }
-  }
+void CMyFormView::Clear() {
+  SetTexts({});
+  ClearAttachments();
+}
+
+void CMyFormView::SetTexts(const PackageHeader& header) {
   SetHeader(header);
   notesEdit_->setPlainText(ToQString(BreakLongLines(header.notes)));
   LayoutForm();
 }
 
 void CMyFormView::SetHeader(const PackageHeader& header) {
-  QString text = ToQString(HeaderText(header, frame_.Launch().languageId));
+  QString text = ToQString(HeaderText(header, launch_.languageId));
   headerText_->setText(text.replace(QStringLiteral("\r\n"), QStringLiteral("\n")));
 }
 
@@ -135,13 +111,6 @@ void CMyFormView::changeEvent(QEvent* event) {
     lineHeight_ = 0;
     LayoutForm();
   }
-}
-
-bool CMyFormView::HaveFrame() {
-  if (!IsWindow(frameWindow_)) {
-    frameWindow_ = frame_.FrameWindow();
-  }
-  return IsWindow(frameWindow_);
 }
 
 }  // namespace updown

@@ -4,12 +4,14 @@
 #include <QWidget>
 #include <string>
 
-#include "engine/frame_operations.h"
+#include "engine/cache.h"
+#include "engine/launch_state.h"
 #include "engine/package.h"
+#include "packages/area_requests.h"
 #include "packages/attachment_model.h"
 #include "packages/edit_no_menu.h"
 #include "packages/header_label.h"
-#include "platform/qt/message_target.h"
+#include "packages/package_downloads.h"
 #include "service/operations.h"
 #include "widgets/link_list_ctrl.h"
 #include "widgets/sort_header_ctrl.h"
@@ -22,30 +24,32 @@ class CMyFormView : public QWidget {
   Q_OBJECT
 
  public:
-  explicit CMyFormView(FrameOperations& frame, QWidget* parent = nullptr);
+  // What it is given outlives it.
+  CMyFormView(AreaRequests& area, PackageDownloads& downloads, const PackageCache& cache,
+              const LaunchState& launch, QWidget* parent = nullptr);
   ~CMyFormView() override;
 
-  WindowHandle Handle() const { return target_.Handle(); }
-  void WireWindows(WindowHandle frame);
+  void ShowPackage(const std::u16string& name);
+  void Clear();  // header, notes and attachments; the layout stays
 
-  void InitForm();
+  // The folder in which the attachments lie, and the attachments.
+  void SetCurrentFolder(const std::u16string& path);
+  void ClearAttachments();
+  void AddAttachmentRow(const DirectoryEntry& entry);
+
+ Q_SIGNALS:
+  void TransfersWanted();  // the status window is to come forward
 
  protected:
   void resizeEvent(QResizeEvent* event) override;
   void changeEvent(QEvent* event) override;
 
  private:
-  MessageResult WindowProc(const WindowMessage& message);
-
-  void ApplyPackage(const std::u16string& name);
+  void SetTexts(const PackageHeader& header);
   void SetHeader(const PackageHeader& header);
-  void SetCurrentFolder(const std::u16string* path);
   void LayoutForm();
-  bool HaveFrame();
 
   void InitAttachmentList();
-  void AddAttachmentRow(LongParam treeItem, const DirectoryEntry& entry);
-  void ClearAttachments();
   void OnCellClicked(int row, int column);
   void ActivateAttachment();
   bool SaveSelectedAttachment();
@@ -55,8 +59,10 @@ class CMyFormView : public QWidget {
   void ResetTips();
   std::u16string PathOf(const std::u16string& name) const;
 
-  FrameOperations& frame_;
-  WindowHandle frameWindow_;
+  AreaRequests& area_;
+  PackageDownloads& downloads_;
+  const PackageCache& cache_;
+  const LaunchState& launch_;
   HeaderLabel* headerText_;
   QGroupBox* noteGroup_;
   CEditNoMenu* notesEdit_;
@@ -71,7 +77,6 @@ class CMyFormView : public QWidget {
   bool sortAscending_ = true;
   int attachmentSortDirection_ = 1;
   int attachmentSortColumn_ = 0;
-  MessageTarget target_;
 };
 
 }  // namespace updown

@@ -19,12 +19,8 @@ constexpr std::array<ColumnHeading, package_column::kCount> kHeadings{{
 
 }  // namespace
 
-PackageRow::PackageRow(const DirectoryEntry& entry, LongParam item)
-    : name(entry.name),
-      modificationTime(entry.modificationTime),
-      size(entry.size),
-      type(entry.type),
-      treeItem(item) {}
+PackageRow::PackageRow(const DirectoryEntry& entry, TreeItem item)
+    : name(entry.name), treeItem(item) {}
 
 PackageListModel::PackageListModel(QObject* parent)
     : ReportModel(kHeadings, parent), image_(LoadIcon(kPackageIcon)) {}

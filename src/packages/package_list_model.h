@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "packages/report_model.h"
-#include "platform/window.h"
+#include "packages/tree_item.h"
 #include "service/operations.h"
 
 namespace updown {
@@ -24,15 +24,12 @@ inline constexpr int kCount = 5;
 
 using PackageCells = std::array<QString, package_column::kCount>;
 
-// One package of the list: a copy of its entry, the tree's name for its item, and its texts.
+// One package of the list: its name, the tree's name for its item, and its texts.
 struct PackageRow {
-  PackageRow(const DirectoryEntry& entry, LongParam item);
+  PackageRow(const DirectoryEntry& entry, TreeItem item);
 
   std::string name;  // UTF-8
-  std::uint32_t modificationTime;
-  std::uint32_t size;
-  std::uint16_t type;
-  LongParam treeItem;
+  TreeItem treeItem;
   PackageCells cells;
 };
 

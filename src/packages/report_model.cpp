@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <numeric>
 
-#include "widgets/message_boxes.h"
+#include "resources/qt/texts.h"
 
 namespace updown {
 

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "engine/task_store.h"
+#include "engine/transfer_task.h"
 
 namespace updown {
 

@@ -6,8 +6,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "resources/qt/texts.h"
 #include "widgets/list_layout.h"
-#include "widgets/message_boxes.h"
 
 namespace updown {
 

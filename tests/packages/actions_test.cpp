@@ -7,7 +7,7 @@ struct DeletionCase {
   const char* name;
   int row;
   QMessageBox::StandardButton answer;
-  MessageResult removal;
+  int removal;
   const char* senders;  // afterwards
   const char* shown;    // the sender that the form shows
   int selected;
@@ -30,7 +30,7 @@ TEST_P(Deletion, TakesRowItemAndCacheAndShowsTheRowThatMovesUp) {
   const bool goes = c.senders != std::string("f3 f2 f1 ");
   Start({kFirst, kSecond, kThird});
   person_.answer = c.answer;
-  frame_.removal = c.removal;
+  area_.removal = c.removal;
   DeleteByMenu(Table(), c.row, u"packageMenu"_qs);
   EXPECT_THAT(person_.seen, ElementsAre("Are you sure you want to make this deletion?"));
   const Log asked = TakeLog();
@@ -38,8 +38,8 @@ TEST_P(Deletion, TakesRowItemAndCacheAndShowsTheRowThatMovesUp) {
   EXPECT_TRUE(asked.empty() || asked.front() == "remove /" + deleted);
   EXPECT_EQ(Senders(), c.senders);
   EXPECT_EQ(Root()->childCount(), goes ? 2 : 3);
-  EXPECT_EQ(frame_.Cache().IsPackageIniCached(deleted + ".ini"), !goes);
-  EXPECT_EQ(frame_.Cache().IsPackageIniCached(deleted + "_Start.ini"), !goes);
+  EXPECT_EQ(cache_.IsPackageIniCached(deleted + ".ini"), !goes);
+  EXPECT_EQ(cache_.IsPackageIniCached(deleted + "_Start.ini"), !goes);
   EXPECT_EQ(Table()->SelectedRow(), c.selected);
   EXPECT_THAT(Header(), StartsWith(std::string("From:   ") + c.shown + "\t"));
   EXPECT_EQ(AttachmentNames().size(), c.selected < 0 ? 0U : 1U);
@@ -50,11 +50,11 @@ class Saving : public ViewsWorld {
  protected:
   Saving() {
     AddPackage(kFirst);
-    frame_.folders["/" + kFirst] = {{"b.txt", kEntryFile, 2, 200},
-                                    {"A.txt", kEntryFile, 3, 100},
-                                    {"../up", kEntryFile, 1, 300},
-                                    {longName_, kEntryFile},
-                                    {"folder", kEntryFolder}};
+    area_.folders["/" + kFirst] = {{"b.txt", kEntryFile, 2, 200},
+                                   {"A.txt", kEntryFile, 3, 100},
+                                   {"../up", kEntryFile, 1, 300},
+                                   {longName_, kEntryFile},
+                                   {"folder", kEntryFolder}};
     Start();
   }
   void Click(int row, int column, bool twice = false) {
@@ -67,7 +67,7 @@ class Saving : public ViewsWorld {
       QTest::mouseDClick(list.viewport(), Qt::LeftButton, Qt::NoModifier, point);
     }
   }
-  // What a click on a Save link asks the frame for.
+  // What a click on a Save link asks for.
   Log Save(int row) {
     Click(row, 4);
     return TakeLog();
@@ -90,13 +90,10 @@ TEST_F(Saving, StartsFromTheLinkADoubleClickAndEnter) {
 }
 
 TEST_F(Saving, IsRefusedForDuplicatesAndBeyondTheLimit) {
-  frame_.duplicate = true;
+  area_.duplicate = true;
   EXPECT_THAT(Save(0), ElementsAre("status window"));
-  frame_.duplicate = false;
-  for (const char* const number : {"1", "2", "3", "4", "5"}) {
-    frame_.Tasks().AddDownload(DraftOf(frame_, "x", std::string("/") + number), "/nowhere/x", true,
-                               frame_.FrameWindow());
-  }
+  area_.duplicate = false;
+  area_.limitReached = true;
   EXPECT_THAT(Save(0), ElementsAre("status window"));
   EXPECT_EQ(person_.seen.size(), 1U);
 }
@@ -110,13 +107,13 @@ TEST_F(Saving, UsesNoNameToLeaveItsPlaceAndAsksUnderTheFolderListedLast) {
 }
 
 TEST_F(Saving, DeletesAFileOnlyIfTheServiceDoes) {
-  frame_.removal = -8199;
+  area_.removal = -8199;
   Delete(0);
   EXPECT_THAT(TakeLog(), ElementsAre("remove " + folder_ + "b.txt"));
   EXPECT_EQ(AttachmentNames().size(), 4U);
   Delete(2);
   EXPECT_THAT(TakeLog(), ElementsAre("report 61237")) << "it could lie in another folder";
-  frame_.removal = 0;
+  area_.removal = 0;
   Delete(0);
   EXPECT_EQ(AttachmentNames().front(), "A.txt");
   EXPECT_EQ(Attachments()->SelectedRow(), -1);

@@ -38,8 +38,8 @@ class Browsing : public ViewsWorld {
 TEST_F(Browsing, TheFirstListingComesByItselfAndShowsTheLastPackage) {
   AddPackage(kFirst);
   AddPackage(kSecond);
-  frame_.folders["/"].push_back({"other", kEntryFolder});
-  frame_.folders["/"].push_back({kThird, kEntryFile});
+  area_.folders["/"].push_back({"other", kEntryFolder});
+  area_.folders["/"].push_back({kThird, kEntryFile});
   ASSERT_TRUE(QTest::qWaitFor([this] { return Table()->SelectedRow() == 0; }, 5000));
   EXPECT_THAT(TakeLog(), ElementsAre("connect", "list /", "list /" + kSecond));
   EXPECT_EQ(Root()->childCount(), 2);
@@ -83,7 +83,7 @@ TEST_F(Browsing, TheExpanderAsksByMouseAndByKey) {
 
 TEST_F(Browsing, MissingHeadersAreFetchedOnceForEachFile) {
   AddPackage(kFirst, false);
-  frame_.folders["/"].push_back({kSecond, kEntryFolder});
+  area_.folders["/"].push_back({kSecond, kEntryFolder});
   const auto fetch = [](const std::string& package, const std::string& file) {
     return "fetch " + file + " from /" + package + "/" + file;
   };
@@ -115,8 +115,7 @@ TEST_F(Browsing, AHalfArrivedPackageHidesItsAttachmentsUntilACompleteOneIsShown)
   Start();
   EXPECT_FALSE(Attachments()->isVisible());
   EXPECT_THAT(AttachmentNames(), ElementsAre("of" + kSecond + ".txt"));
-  const std::u16string none;
-  SendWindowMessage(form_->Handle(), frame_message::kShowPackage, 0, PointerParam(&none));
+  form_->Clear();
   EXPECT_FALSE(Attachments()->isVisible());
   EXPECT_THAT(Header(), StartsWith("From:   \t\t"));
   Table()->SelectRow(1);
@@ -144,22 +143,22 @@ TEST_F(Browsing, HeadingsSortAndARefreshBuildsAllAnew) {
 
 TEST_F(Browsing, ASessionThatDiesInARefreshLeavesAnEmptyListThatTheNextOneFills) {
   Start({kFirst});
-  const auto world = std::exchange(frame_.folders, {});
-  frame_.grantedSessid = "";
+  const auto world = std::exchange(area_.folders, {});
+  area_.session.sessid = "";
   EXPECT_THAT(Refresh(), ElementsAre("list /", "connect", "connect", "report 61205"));
   EXPECT_EQ(Senders(), "");
   EXPECT_EQ(Root()->childCount(), 0);
   EXPECT_EQ(QApplication::overrideCursor(), nullptr);
 
-  frame_.folders = world;
-  frame_.grantedSessid = "another";
+  area_.folders = world;
+  area_.session.sessid = "another";
   Refresh();
   EXPECT_EQ(Senders(), "f1 ");
 }
 
 TEST_F(Browsing, AnEmptyOrFailedFirstListingIsTriedAgain) {
   EXPECT_THAT(Start(), ElementsAre("connect", "list /", "connect"));
-  frame_.folders["/"] = {};
+  area_.folders["/"] = {};
   Select(nullptr);
   Start();
   EXPECT_FALSE(HasExpander(Root()));
@@ -175,7 +174,7 @@ TEST_F(Browsing, ARenameStaysOnlyIfTheServiceAgrees) {
   const struct {
     QTreeWidgetItem* item;
     QString text;
-    MessageResult answer;
+    int answer;
     Log asked;
     QString shown;
   } cases[] = {
@@ -186,7 +185,7 @@ TEST_F(Browsing, ARenameStaysOnlyIfTheServiceAgrees) {
       {Root(), u"abc"_qs, 0, {}, u"/"_qs},
   };
   for (const auto& c : cases) {
-    frame_.rename = c.answer;
+    area_.rename = c.answer;
     EditLabel(c.item, c.text);
     EXPECT_EQ(TakeLog(), c.asked) << c.text.toStdString();
     EXPECT_EQ(c.item->text(0), c.shown);
@@ -195,24 +194,24 @@ TEST_F(Browsing, ARenameStaysOnlyIfTheServiceAgrees) {
 
 TEST_F(Browsing, NamesOfItemsThatAreGoneFindNothing) {
   Start({kFirst});
-  const LongParam item = Package(0)->data(0, Qt::UserRole).toLongLong();
-  SendWindowMessage(tree_->Handle(), frame_message::kDeleteItem, 0, item);
+  const auto item = static_cast<TreeItem>(Package(0)->data(0, Qt::UserRole).toULongLong());
+  tree_->DeleteItem(item);
   TakeLog();
-  for (const LongParam name : {item, LongParam{0}, LongParam{-1}}) {
-    SendWindowMessage(tree_->Handle(), frame_message::kDeleteItem, 0, name);
-    SendWindowMessage(tree_->Handle(), frame_message::kSelectItem, 0, name);
+  for (const TreeItem name : {item, TreeItem::None, TreeItem{999}}) {
+    tree_->DeleteItem(name);
+    tree_->SelectFromList(name);
   }
   EXPECT_EQ(Root()->childCount(), 0);
   EXPECT_THAT(TakeLog(), IsEmpty());
 }
 
 TEST_F(Browsing, HeadersAreReadInTheCodePageOfTheLanguage) {
-  frame_.folders["/"] = {{kFirst, kEntryFolder}};
-  frame_.folders["/" + kFirst] = {};
+  area_.folders["/"] = {{kFirst, kEntryFolder}};
+  area_.folders["/" + kFirst] = {};
   const std::tuple<std::int32_t, const char*, const char*> cases[] = {
       {1033, "Ren\xE9", "René"}, {2052, "\xD6\xD0", "中"}, {1028, "\xA4\xA4", "中"}};
   for (const auto& [language, bytes, text] : cases) {
-    frame_.launch.languageId = language;
+    launch_.languageId = language;
     Arrive(kFirst + "_Start.ini", bytes);
     Refresh();
     EXPECT_EQ(Cell(0, 1), text);

@@ -14,12 +14,12 @@
 #include <string>
 #include <vector>
 
-#include "packages/my_file_list_form_view.h"
-#include "packages/my_folder_tree.h"
-#include "packages/my_form_view.h"
+#include "packages/pane_links.h"
+#include "platform/text.h"
 #include "resources/strings.h"
-#include "tests/support/fake_frame.h"
+#include "tests/support/granted_session.h"
 #include "tests/support/person.h"
+#include "tests/support/temporary_folder.h"
 
 namespace updown::test {
 
@@ -38,57 +38,74 @@ struct ListedEntry {
   std::uint32_t time = 0;
 };
 
-inline std::unique_ptr<DirectoryList> MakeListing(const std::vector<ListedEntry>& entries) {
-  auto list = std::make_unique<DirectoryList>();
+inline DirectoryList MakeListing(const std::vector<ListedEntry>& entries) {
+  DirectoryList list;
   for (const ListedEntry& listed : entries) {
     auto entry = std::make_unique<DirectoryEntry>();
     entry->name = listed.name;
     entry->type = listed.type;
     entry->size = listed.size;
     entry->modificationTime = listed.time;
-    list->Append(std::move(entry));
+    list.Append(std::move(entry));
   }
   return list;
 }
 
-// Folders are listed from a script; one that is not in it fails.
-class ScriptedFrame : public FakeFrame {
+// Service and downloads as the panes know them, and a log of what is asked. Folders are listed from
+// a script; one that is not in it fails.
+class ScriptedArea : public AreaRequests, public PackageDownloads {
  public:
-  std::map<std::string, std::vector<ListedEntry>> folders;
-  MessageResult removal = 0;  // of a package or a file
-  MessageResult rename = 0;
-  bool duplicate = false;
-
- private:
-  MessageResult Receive(const WindowMessage& message) override {
-    const auto* const text = PointerFrom<const std::u16string>(message.lParam);
-    const std::string path = text == nullptr ? "" : WideToUtf8(*text);
-    switch (message.number) {
-      case frame_message::kListFolder: {
-        log.push_back("list " + path);
-        const auto folder = folders.find(path);
-        return folder == folders.end() ? 0 : PointerParam(MakeListing(folder->second).release());
-      }
-      case frame_message::kRename:
-        log.push_back("rename " + path + " to " +
-                      WideToUtf8(*PointerFrom<const std::u16string>(message.wParam)));
-        return rename;
-      case frame_message::kRemoveFile:
-      case frame_message::kRemovePackage:
-        log.push_back("remove " + path);
-        return removal;
-      case frame_message::kIsDuplicate:
-        return duplicate ? 1 : 0;
-      case frame_message::kShowStatus:
-        log.emplace_back("status window");
-        return 0;
-      default:
-        return 0;
+  bool OpenSession() override {
+    const auto opened = session.Session().OpenSharedSession();
+    ReportResult(opened.error);
+    return opened.open;
+  }
+  bool ReopenSession() override {
+    session.Session().Close();
+    return session.Session().OpenSharedSession().open;
+  }
+  std::optional<DirectoryList> ListFolder(const std::u16string& path) override {
+    log.push_back("list " + WideToUtf8(path));
+    const auto folder = folders.find(WideToUtf8(path));
+    return folder == folders.end() ? std::nullopt : std::optional(MakeListing(folder->second));
+  }
+  int RenameEntry(const std::u16string& newPath, const std::u16string& oldPath) override {
+    log.push_back("rename " + WideToUtf8(oldPath) + " to " + WideToUtf8(newPath));
+    return rename;
+  }
+  int RemoveFile(const std::u16string& path) override {
+    log.push_back("remove " + WideToUtf8(path));
+    return removal;
+  }
+  int RemovePackage(const std::u16string& path) override { return RemoveFile(path); }
+  void ReportResult(std::int64_t code) override {
+    if (code != 0) {
+      log.push_back("report " + std::to_string(code));
     }
   }
+
+  void RestoreTasks() override {}
+  bool IsQueued(const std::u16string&) override { return false; }
+  void FetchHeader(const std::string& name, const std::string& path) override {
+    log.push_back("fetch " + name + " from " + path);
+  }
+  bool StreamLimitReached() const override { return limitReached; }
+  bool IsDuplicate(const std::u16string&) override { return duplicate; }
+  bool SaveFile(const std::string& name, const std::string& path) override {
+    log.push_back("save " + name + " from " + path);
+    return true;
+  }
+
+  Log log;
+  GrantedSession session{log};
+  std::map<std::string, std::vector<ListedEntry>> folders;
+  int removal = 0;  // of a package or a file
+  int rename = 0;
+  bool duplicate = false;
+  bool limitReached = false;
 };
 
-// Tree, list and form side by side, wired as the program does it.
+// Tree, list and form side by side, tied together as in the program.
 class ViewsWorld : public ::testing::Test {
  protected:
   ViewsWorld() {
@@ -97,30 +114,28 @@ class ViewsWorld : public ::testing::Test {
                           static_cast<QWidget*>(form_)}) {
       window_.addWidget(pane);
     }
-    form_->InitForm();
-    tree_->WireWindows(list_->Handle(), form_->Handle(), frame_.FrameWindow());
-    list_->WireWindows(tree_->Handle(), frame_.FrameWindow(), form_->Handle());
-    form_->WireWindows(frame_.FrameWindow());
-    tree_->InitTree();
-    list_->InitList();
+    LinkPanes(*tree_, *list_, *form_);
+    QObject::connect(tree_, &CMyFolderTree::PackagesShown, list_,
+                     &CMyFileListFormView::SelectTopRow, Qt::QueuedConnection);
+    QObject::connect(form_, &CMyFormView::TransfersWanted, form_,
+                     [this] { area_.log.emplace_back("status window"); });
     window_.show();
     window_.activateWindow();
   }
 
   // A package with one file, and its header in the cache: sender "f" + the name's last digit.
   void AddPackage(const std::string& name, bool complete = true) {
-    frame_.folders["/"].push_back({name, kEntryFolder});
-    frame_.folders["/" + name] = {{name + ".ini"}, {name + "_Start.ini"}, {"of" + name + ".txt"}};
+    area_.folders["/"].push_back({name, kEntryFolder});
+    area_.folders["/" + name] = {{name + ".ini"}, {name + "_Start.ini"}, {"of" + name + ".txt"}};
     Arrive(name + "_Start.ini", std::string("f") + name.back());
     if (complete) {
       Arrive(name + ".ini", "other");
     }
   }
   void Arrive(const std::string& file, const std::string& from) {
-    WriteFile(frame_.CacheFile(file),
-              "[Tallbin]\nTXT_From=" + from + "\nTXT_Notes=a\xFF\xFF" + "b\n");
+    WriteFile(folder_.File(file), "[Tallbin]\nTXT_From=" + from + "\nTXT_Notes=a\xFF\xFF" + "b\n");
   }
-  // What timer and posted messages do at the start; gives what the frame was asked for.
+  // What timer and posted messages do at the start; gives what the program was asked for.
   Log Start(const std::vector<std::string>& packages = {}) {
     for (const std::string& name : packages) {
       AddPackage(name);
@@ -129,7 +144,7 @@ class ViewsWorld : public ::testing::Test {
     QCoreApplication::processEvents();
     return TakeLog();
   }
-  Log TakeLog() { return frame_.TakeLog(); }
+  Log TakeLog() { return std::exchange(area_.log, {}); }
 
   QTreeWidgetItem* Root() const { return tree_->topLevelItem(0); }
   QTreeWidgetItem* Package(int index) const { return Root()->child(index); }
@@ -172,12 +187,15 @@ class ViewsWorld : public ::testing::Test {
     QCoreApplication::processEvents();
   }
 
-  ScriptedFrame frame_;
+  TemporaryFolder folder_;
+  PackageCache cache_{folder_.Path()};
+  LaunchState launch_;
+  ScriptedArea area_;
   Person person_;
   QSplitter window_;
-  CMyFolderTree* tree_ = new CMyFolderTree(frame_);
-  CMyFileListFormView* list_ = new CMyFileListFormView(frame_);
-  CMyFormView* form_ = new CMyFormView(frame_);
+  CMyFolderTree* tree_ = new CMyFolderTree(area_, area_, cache_);
+  CMyFileListFormView* list_ = new CMyFileListFormView(area_, cache_, launch_);
+  CMyFormView* form_ = new CMyFormView(area_, area_, cache_, launch_);
 };
 
 }  // namespace updown::test
