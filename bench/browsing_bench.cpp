@@ -58,7 +58,7 @@ Filled MeasureCached(int rows, int runs) {
   Times listing;
   Times fill;
   Times sort;
-  SharedSession& session = world.Frame().Session();
+  SharedSession& session = world.Window().Session();
   for (int run = 0; run < runs; ++run) {
     listing.Take([&] { session.Ops().ListFolder(session.Link(), "/"); });
     fill.Take([&] { world.Refresh(); });

@@ -11,7 +11,7 @@
 #include <memory>
 #include <string>
 
-#include "app/app.h"
+#include "app/application.h"
 #include "app/launch_identity.h"
 #include "engine/package.h"
 #include "peer/stand_in.h"
@@ -72,7 +72,7 @@ class BrowsingWorld {
   // Header files that have arrived: each is compared with the service's.
   int HeadersInCache() const {
     int headers = 0;
-    for (const auto& file : std::filesystem::directory_iterator(Frame().Cache().Root())) {
+    for (const auto& file : std::filesystem::directory_iterator(Window().Cache().Root())) {
       std::string package = file.path().stem();
       package = package.substr(0, package.find('_'));
       const auto original = Area() + "/" + package + "/" + file.path().filename().string();
@@ -82,17 +82,17 @@ class BrowsingWorld {
   }
 
   bool Start() {
-    app_ = std::make_unique<CUpDownApp>(
+    app_ = std::make_unique<Application>(
         std::vector<std::string>{"updown", "-s", peer::Options().serviceName});
-    if (!app_->InitInstance()) {
+    if (!app_->Start()) {
       return false;
     }
-    list_ = Frame().findChild<QTreeView*>(QStringLiteral("packageList"));
+    list_ = Window().findChild<QTreeView*>(QStringLiteral("packageList"));
     return list_ != nullptr;
   }
 
   peer::StandIn& Service() const { return *service_; }
-  CMainFrame& Frame() const { return *app_->Frame(); }
+  MainWindow& Window() const { return *app_->Window(); }
   QTreeView& List() const { return *list_; }
   int Rows() const { return list_->model()->rowCount(); }
   std::string Cell(int row, int column) const {
@@ -114,7 +114,7 @@ class BrowsingWorld {
 
   int Tasks(bool queuedOnly) const {
     int count = 0;
-    Frame().Tasks().Queue().ForEach([&](const TransferTask& task) {
+    Window().Tasks().Queue().ForEach([&](const TransferTask& task) {
       count += !queuedOnly || task.record->state == TransferState::Queued ? 1 : 0;
     });
     return count;
@@ -122,7 +122,7 @@ class BrowsingWorld {
 
   int Workers() const {
     int count = 0;
-    Frame().Tasks().Queue().ForEach(
+    Window().Tasks().Queue().ForEach(
         [&](const TransferTask& task) { count += task.WorkerActive() ? 1 : 0; });
     return count;
   }
@@ -130,7 +130,7 @@ class BrowsingWorld {
  private:
   test::TemporaryFolder folder_;
   std::unique_ptr<peer::StandIn> service_;
-  std::unique_ptr<CUpDownApp> app_;
+  std::unique_ptr<Application> app_;
   QTreeView* list_ = nullptr;
 };
 

@@ -9,7 +9,7 @@
 
 #include "demo/legs.h"
 #include "demo/walk_package.h"
-#include "widgets/boxes.h"
+#include "resources/qt/texts.h"
 #include "widgets/link_list_ctrl.h"
 
 namespace updown::demo {
@@ -184,7 +184,7 @@ void DeleteAttachment(LegContext& context) {
 
 void OpenTree(Walker& walker, QWidget* frame) {
   auto* tree = walker.Find(QStringLiteral("packageTree"));
-  // The bar stands at the frame's left edge until somebody drags it.
+  // The bar stands at the window's left edge until somebody drags it.
   QWidget* bar = frame->childAt(2, frame->height() / 2);
   QTest::mousePress(bar, Qt::LeftButton, {}, QPoint(1, 50));
   QTest::mouseMove(bar, QPoint(120, 50));
@@ -219,7 +219,7 @@ void BrowseLeg(LegContext& context) {
   ShowHalfArrived(walker);
   SortBothWays(walker);
 
-  QWidget* frame = walker.Find(QStringLiteral("mainFrame"));
+  QWidget* frame = walker.Find(QStringLiteral("mainWindow"));
   OpenTree(walker, frame);
   RefuseRename(walker);
   DeletePackage(context);

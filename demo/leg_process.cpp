@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "app/app.h"
+#include "app/application.h"
 #include "demo/legs.h"
 
 namespace updown::demo {
@@ -34,10 +34,10 @@ void Ask(const QStringList& words) {
   }
 }
 
-void Close(CUpDownApp& app) {
-  app.Frame()->close();
+void Close(Application& app) {
+  app.Window()->close();
   app.Exec();
-  if (!app.ExitInstance()) {
+  if (!app.ShutDown()) {
     throw WalkFailure("the engine did not end in time");
   }
 }
@@ -52,11 +52,11 @@ int RunLegProcess(int argc, char** argv) {
   const QApplication application(ownName, argv);
   // Blinking cursors and the like would make the pictures differ from run to run.
   QApplication::setCursorFlashTime(0);
-  CUpDownApp app(arguments);
+  Application app(arguments);
   Walker walker(Value(arguments, "--pictures"), Value(arguments, "--prefix"));
   LegContext context{walker, Value(arguments, "--received"),
                      [&] {
-                       if (!app.InitInstance()) {
+                       if (!app.Start()) {
                          throw WalkFailure("the client did not start");
                        }
                      },

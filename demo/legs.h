@@ -14,7 +14,7 @@ struct LegContext {
   Walker& walker;
   QString received;             // folder for saved attachments
   std::function<void()> start;  // as the client's main does; the windows are there afterwards
-  std::function<void()> close;  // closes the frame in the regular way
+  std::function<void()> close;  // closes the window in the regular way
   // Asks the service's side for something and waits until it is done.
   std::function<void(const QStringList& words)> ask;
 };

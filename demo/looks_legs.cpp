@@ -5,7 +5,7 @@
 #include <QTest>
 
 #include "demo/legs.h"
-#include "widgets/boxes.h"
+#include "resources/qt/texts.h"
 
 namespace updown::demo {
 

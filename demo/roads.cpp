@@ -4,8 +4,8 @@
 
 #include "demo/legs.h"
 #include "demo/walk_package.h"
+#include "resources/qt/texts.h"
 #include "resources/strings.h"
-#include "widgets/boxes.h"
 
 namespace updown::demo {
 

@@ -3,7 +3,7 @@
 
 #include "demo/legs.h"
 #include "demo/walk_package.h"
-#include "widgets/boxes.h"
+#include "resources/qt/texts.h"
 
 namespace updown::demo {
 

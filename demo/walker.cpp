@@ -243,9 +243,9 @@ void Walker::Picture(const QString& name) {
   if (shown.isEmpty()) {
     return;
   }
-  // The frame lies lowest; owned windows (boxes, menus, tips) stand over their owners.
+  // The main window lies lowest; owned windows (boxes, menus, tips) stand over their owners.
   const auto height = [](const QWidget* window) {
-    return window->parentWidget() != nullptr ? 2 : window->objectName() == u"mainFrame" ? 0 : 1;
+    return window->parentWidget() != nullptr ? 2 : window->objectName() == u"mainWindow" ? 0 : 1;
   };
   std::stable_sort(shown.begin(), shown.end(),
                    [&](const QWidget* a, const QWidget* b) { return height(a) < height(b); });

@@ -26,23 +26,23 @@ bool SameRecord(const updown::TransferRecord& a, const updown::TransferRecord& b
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const std::string path = "/dev/shm/updown-tasklist-fuzz-" + std::to_string(getpid());
   const updown::fuzz::MemoryFile input({data, size});
-  const updown::RecordChain loaded = updown::LoadTaskList(input.Path());
+  const updown::RecordList loaded = updown::LoadTaskList(input.Path());
   updown::SaveTaskList(loaded, path);
-  const updown::RecordChain back = updown::LoadTaskList(path);
+  const updown::RecordList back = updown::LoadTaskList(path);
   unlink(path.c_str());
-  const updown::TransferRecord* record = back.First();
-  for (const updown::TransferRecord& original : loaded) {
-    const updown::RecordPaths paths = original.Paths();
+  auto record = back.begin();
+  for (const auto& original : loaded) {
+    const updown::RecordPaths paths = original->Paths();
     const bool fits = paths.remotePath.size() + paths.localPath.size() <= 961;
-    if (original.state == updown::TransferState::Finished || !fits) {
+    if (original->state == updown::TransferState::Finished || !fits) {
       continue;
     }
-    if (record == nullptr || !SameRecord(original, *record)) {
+    if (record == back.end() || !SameRecord(*original, **record)) {
       std::abort();
     }
-    record = record->next.get();
+    ++record;
   }
-  if (record != nullptr) {
+  if (record != back.end()) {
     std::abort();
   }
   return 0;

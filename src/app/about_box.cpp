@@ -6,8 +6,8 @@
 #include <QLabel>
 #include <QPushButton>
 
+#include "resources/qt/texts.h"
 #include "resources/string_id.h"
-#include "widgets/boxes.h"
 #include "widgets/icons.h"
 
 namespace updown {

@@ -7,9 +7,10 @@
 #include <QLineEdit>
 #include <QPushButton>
 
+#include "engine/task_store.h"
 #include "platform/qt/text.h"
+#include "resources/qt/texts.h"
 #include "resources/string_id.h"
-#include "widgets/boxes.h"
 #include "widgets/icons.h"
 
 namespace updown {

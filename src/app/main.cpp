@@ -1,3 +1,3 @@
-#include "app/app.h"
+#include "app/application.h"
 
 int main(int argc, char** argv) { return updown::RunUpDown(argc, argv); }

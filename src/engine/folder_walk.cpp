@@ -1,13 +1,11 @@
 #include "engine/folder_walk.h"
 
 #include <climits>
-#include <memory>
 
-#include "engine/frame_messages.h"
+#include "engine/task_store.h"
 #include "engine/worker.h"
 #include "localdata/files.h"
 #include "platform/folders.h"
-#include "platform/text.h"
 
 namespace updown {
 namespace {
@@ -22,13 +20,6 @@ struct WalkPlace {
            local.size() + name.size() < kPathCapacity;
   }
 };
-
-std::unique_ptr<DirectoryList> ListThroughFrame(WindowHandle owner, const std::string& path) {
-  const std::u16string wide = Utf8ToWide(path);
-  const MessageResult answer =
-      SendWindowMessage(owner, frame_message::kListFolder, 0, PointerParam(&wide));
-  return std::unique_ptr<DirectoryList>(PointerFrom<DirectoryList>(LongParam{answer}));
-}
 
 // Somebody may stop the task while the child is made ready: the task is stopped before its child,
 // so looking at the task behind the child's change misses nothing.
@@ -51,6 +42,11 @@ int FetchFile(SchedulerContext& context, TransferTask& task, TransferProgress& p
   return TransferChild(context, task, progress);
 }
 
+int OutcomeOf(const SessionResult& failed) {
+  return failed.end == SessionResult::End::Cancelled ? kListerGone
+                                                     : -static_cast<int>(failed.report);
+}
+
 }  // namespace
 
 bool IsSafeName(std::string_view name) {
@@ -66,12 +62,12 @@ int FolderWalk(SchedulerContext& context, TransferTask& task, TransferProgress& 
   if (!place.Fits("")) {
     return result::kNotEncodable;
   }
-  const auto list = ListThroughFrame(task.ownerWindow, place.remote);
-  if (!list) {
-    return kListingFailed;
+  const ListingAnswer listing = context.session->List(place.remote, {});
+  if (!listing.result.Done()) {
+    return OutcomeOf(listing.result);
   }
   int outcome = result::kOk;
-  for (const DirectoryEntry& entry : *list) {
+  for (const DirectoryEntry& entry : listing.entries) {
     if (outcome != result::kOk || task.record->state == TransferState::Stopped) {
       break;
     }

@@ -18,13 +18,13 @@ std::string KeyOf(std::string_view path) {
 
 }  // namespace
 
-void RecordIndex::Rebuild(const RecordChain& chain) {
+void RecordIndex::Rebuild(const RecordList& records) {
   usedIds_.clear();
   byPath_.clear();
   unnamed_.clear();
   lowestFree_ = 1;
-  for (const TransferRecord& record : chain) {
-    Add(record);
+  for (const auto& record : records) {
+    Add(*record);
   }
 }
 

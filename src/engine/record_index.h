@@ -11,12 +11,12 @@
 
 namespace updown {
 
-// What the record chain is asked for again and again, without a walk: the lowest free number, and
+// What the records are asked for again and again, without a walk: the lowest free number, and
 // the records that a service path meets. A refresh makes thousands of records in a row. Refers to
-// the chain's records and owns none; to be rebuilt when one has left the chain. Main thread only.
+// the store's records and owns none; to be rebuilt when one has left it. Main thread only.
 class RecordIndex {
  public:
-  void Rebuild(const RecordChain& chain);
+  void Rebuild(const RecordList& records);
   void Add(const TransferRecord& record);
 
   std::uint32_t LowestFreeId() const;  // from 1

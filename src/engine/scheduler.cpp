@@ -1,15 +1,12 @@
 #include "engine/scheduler.h"
 
 #include <algorithm>
-#include <exception>
 #include <latch>
 #include <optional>
 #include <utility>
 #include <vector>
 
-#include "engine/frame_messages.h"
 #include "engine/worker.h"
-#include "resources/string_id.h"
 
 namespace updown {
 namespace {
@@ -56,24 +53,18 @@ bool WaitForWork(SchedulerContext& context) {
   return true;
 }
 
-// The worker waits for the start notice to be posted, so that its end cannot be told before it.
-WorkerSlot StartWorker(const std::shared_ptr<SchedulerContext>& context, const TaskPointer& task,
-                       std::uint32_t run) {
-  try {
-    const auto announced = std::make_shared<std::latch>(1);
-    WorkerSlot worker = context->startThread([context, task, run, announced] {
-      announced->wait();
-      RunTransferWorker(*context, task, run);
-    });
-    if (worker) {
-      PostToFrame(task->ownerWindow, frame_message::kTaskResult, task->id,
-                  static_cast<LongParam>(StringId::Processing));
-    }
-    announced->count_down();
-    return worker;
-  } catch (const std::exception&) {
-    return nullptr;
+// The worker waits until its start has been told, so that its end cannot be told before it.
+WorkerSlot StartWorker(const std::shared_ptr<SchedulerContext>& context, const TaskPointer& task) {
+  const auto announced = std::make_shared<std::latch>(1);
+  WorkerSlot worker = context->startThread([context, task, announced] {
+    announced->wait();
+    RunTransferWorker(*context, task);
+  });
+  if (worker) {
+    context->events->TaskStarted(task->id);
   }
+  announced->count_down();
+  return worker;
 }
 
 // Puts runnable tasks into free slots. A thread that the system refuses ends the pass: the task
@@ -84,10 +75,10 @@ void StartRunnableTasks(const std::shared_ptr<SchedulerContext>& context) {
     if (!task) {
       return;
     }
-    const std::uint32_t run = task->BeginRun();
-    context->workerThreads[slot] = StartWorker(context, task, run);
+    task->BeginRun();
+    context->workerThreads[slot] = StartWorker(context, task);
     if (!context->workerThreads[slot]) {
-      task->EndRun(run);
+      task->EndRun();
       return;
     }
   }

@@ -5,7 +5,9 @@
 #include <cstdint>
 #include <memory>
 
-#include "engine/tasks.h"
+#include "engine/engine_events.h"
+#include "engine/task_queue.h"
+#include "engine/worker_session.h"
 #include "platform/event.h"
 #include "platform/thread.h"
 #include "service/operations.h"
@@ -18,16 +20,18 @@ inline constexpr std::chrono::milliseconds kIdleWait{10000};  // while no worker
 inline constexpr std::chrono::milliseconds kPace{1000};       // after each block, on its worker
 inline constexpr std::chrono::milliseconds kExitWait{60000};  // for workers, at the end
 
-// What frame, scheduler and workers share. Held by shared_ptr, because a worker that is stuck in
-// the system outlives the frame until the process ends.
+// What window, scheduler and workers share. Held by shared_ptr, because a worker that is stuck in
+// the system outlives the window until the process ends.
 struct SchedulerContext {
   std::shared_ptr<TaskQueue> queue;
+  std::shared_ptr<EngineEvents> events;
   Event schedulerExit;
   Event schedulerWake;  // "look again", no more
   Event workersStop;    // at the exit, once running tasks are Stopped: cuts the pace short
   std::array<std::unique_ptr<Thread>, kWorkerSlots> workerThreads;  // the scheduler's alone
 
   const FileService* service = nullptr;  // outlives all threads
+  WorkerSession* session = nullptr;      // so does it; stopped before the scheduler
   SocketGroup connections;               // of all workers; cut at exit
   ThreadStarter startThread = &Thread::Start;
   std::chrono::milliseconds pace = kPace;
@@ -38,7 +42,7 @@ struct SchedulerContext {
 // kExitWait.
 void SchedulerThread(const std::shared_ptr<SchedulerContext>& context);
 
-// The scheduler's thread as the frame holds it.
+// The scheduler's thread as the window holds it.
 class Scheduler {
  public:
   explicit Scheduler(std::shared_ptr<SchedulerContext> context);
@@ -47,7 +51,7 @@ class Scheduler {
   Scheduler& operator=(const Scheduler&) = delete;
 
   // Tells it to end and waits, at most `limit`. True if it and all workers have ended; if not, the
-  // process must end without destroying what they use. The frame's window is gone by then, or a
+  // process must end without destroying what they use. Nobody lists folders any more by then, or a
   // worker that waits for its listing holds this up to the limit.
   bool Stop(std::chrono::milliseconds limit);
 
@@ -56,9 +60,9 @@ class Scheduler {
   std::unique_ptr<Thread> thread_;
 };
 
-// One task from start to end on the calling worker thread; returns its result code. Posts
-// kTaskResult and kSaveTaskList to the task's owner at the end and closes `run`. Throws nothing:
-// when memory or another resource runs out, the task ends Failed with result::kFileWrite.
-int RunTransferWorker(SchedulerContext& context, const TaskPointer& task, std::uint32_t run);
+// One task from BeginRun to EndRun on the calling worker thread; returns its result code. At the
+// end it tells TaskEnded and SaveNeeded. When memory or another resource runs out, the task ends
+// Failed with result::kFileWrite.
+int RunTransferWorker(SchedulerContext& context, const TaskPointer& task);
 
 }  // namespace updown

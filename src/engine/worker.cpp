@@ -3,7 +3,6 @@
 #include <exception>
 
 #include "engine/folder_walk.h"
-#include "engine/frame_messages.h"
 #include "platform/folders.h"
 #include "service/transfer.h"
 
@@ -47,8 +46,8 @@ int RunFolderTask(SchedulerContext& context, TransferTask& task, TransferProgres
   }
   MakeFolder(task.record->LocalPath());
   outcome = FolderWalk(context, task, progress, "", "");
-  // A frame that has gone could not list: the task is not Failed for that and runs at next start.
-  if (outcome != kListingFailed || IsWindow(task.ownerWindow)) {
+  // Without a listing at the program's end the task is not Failed and runs at next start.
+  if (outcome != kListerGone) {
     SetFolderOutcome(task, outcome);
   }
   return outcome;
@@ -58,7 +57,7 @@ int RunFolderTask(SchedulerContext& context, TransferTask& task, TransferProgres
 // written, and the program goes on.
 int RunGuarded(SchedulerContext& context, TransferTask& task) {
   try {
-    WorkerProgress progress(context, task.ownerWindow);
+    WorkerProgress progress(context, task.id);
     return task.isFolder && task.childRecord ? RunFolderTask(context, task, progress)
                                              : Transfer(context, task, *task.record, progress);
   } catch (const std::exception&) {
@@ -69,20 +68,9 @@ int RunGuarded(SchedulerContext& context, TransferTask& task) {
 
 }  // namespace
 
-void PostToFrame(WindowHandle frame, std::uint32_t number, WideParam wParam,
-                 LongParam lParam) noexcept {
-  try {
-    PostWindowMessage(frame, number, wParam, lParam);
-  } catch (const std::exception&) {
-    return;
-  }
-}
-
-void WorkerProgress::BlockDone(TransferRecord& record) {
+void WorkerProgress::BlockDone(TransferRecord& /*record*/) {
   context_.workersStop.WaitFor(context_.pace);
-  const std::uint32_t topRecord =
-      record.parentRecordId != 0 ? record.parentRecordId : record.recordId;
-  PostToFrame(owner_, frame_message::kBlockDone, topRecord, 0);
+  context_.events->BlockDone(task_);
 }
 
 int TransferChild(SchedulerContext& context, TransferTask& task, TransferProgress& progress) {
@@ -93,14 +81,14 @@ int TransferChild(SchedulerContext& context, TransferTask& task, TransferProgres
   return outcome;
 }
 
-int RunTransferWorker(SchedulerContext& context, const TaskPointer& task, std::uint32_t run) {
+int RunTransferWorker(SchedulerContext& context, const TaskPointer& task) {
   if (!task || !task->record) {
     return 1;
   }
   const int outcome = RunGuarded(context, *task);
-  PostToFrame(task->ownerWindow, frame_message::kTaskResult, task->id, outcome);
-  PostToFrame(task->ownerWindow, frame_message::kSaveTaskList, 0, 0);
-  task->EndRun(run);
+  context.events->TaskEnded(task->id, {outcome, 0, {}});
+  context.events->SaveNeeded();
+  task->EndRun();
   return outcome;
 }
 

@@ -5,24 +5,19 @@
 
 namespace updown {
 
-// Result of a folder task whose listing failed; the frame has shown why.
-inline constexpr int kListingFailed = -1;
+// Result of a folder task for which nobody lists any more, at the program's end.
+inline constexpr int kListerGone = -2;
 
-// Posts to the frame. A message for which there is no memory is dropped.
-void PostToFrame(WindowHandle frame, std::uint32_t number, WideParam wParam,
-                 LongParam lParam) noexcept;
-
-// Told after each block: keeps the pace (one block a second, cut short by the exit), then posts
-// kBlockDone with the top record's id. Lives on its worker's thread.
+// Told after each block: keeps the pace (one block a second, cut short by the exit), then tells the
+// task's BlockDone. Lives on its worker's thread.
 class WorkerProgress : public TransferProgress {
  public:
-  WorkerProgress(const SchedulerContext& context, WindowHandle owner)
-      : context_(context), owner_(owner) {}
+  WorkerProgress(const SchedulerContext& context, TaskId task) : context_(context), task_(task) {}
   void BlockDone(TransferRecord& record) override;
 
  private:
   const SchedulerContext& context_;
-  WindowHandle owner_;
+  TaskId task_;
 };
 
 // Fetches the file that a folder task's child stands for, and takes its counts up into the folder

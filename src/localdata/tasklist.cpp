@@ -128,15 +128,14 @@ std::size_t DecodeWholeList(AttributeTable& table, Bytes source) {
   return DecodeAttributes(shorter, source.first(length - 1)) == result - 1 ? length : 0;
 }
 
-// Moves all whole records of the buffer to the chain. False when no more are to be read.
-bool TakeRecords(MessageBuffer& buffer, RecordChain& chain, std::size_t& count) {
+// Moves all whole records of the buffer to `records`. False when no more are to be read.
+bool TakeRecords(MessageBuffer& buffer, RecordList& records) {
   AttributeTable table;
   while (const std::size_t length = DecodeWholeList(table, buffer.UnreadBytes())) {
-    if (count == kMostRecords) {
+    if (records.size() == kMostRecords) {
       return false;
     }
-    chain.Append(std::make_shared<TransferRecord>(RecordOf(table)));
-    ++count;
+    records.push_back(std::make_shared<TransferRecord>(RecordOf(table)));
     buffer.AdvanceRead(static_cast<std::uint32_t>(length));
   }
   buffer.CompactUnread();
@@ -145,7 +144,7 @@ bool TakeRecords(MessageBuffer& buffer, RecordChain& chain, std::size_t& count) 
 
 }  // namespace
 
-void SaveTaskList(const RecordChain& chain, const std::string& path) {
+void SaveTaskList(const RecordList& records, const std::string& path) {
   DeleteLocalFile(path);
   const UniqueFd file = OpenLocalFile(path, OpenMode::ReadWrite, FileDisposition::OpenAlways);
   // A file that could not be deleted must not show its old records behind the new ones.
@@ -153,8 +152,8 @@ void SaveTaskList(const RecordChain& chain, const std::string& path) {
     return;
   }
   MessageBuffer buffer(kTaskListCapacity);
-  for (const TransferRecord& record : chain) {
-    const StoredRecord stored = record.Store();
+  for (const auto& record : records) {
+    const StoredRecord stored = record->Store();
     if (stored.state == TransferState::Finished || !EncodeRecord(stored, buffer)) {
       continue;
     }
@@ -165,25 +164,24 @@ void SaveTaskList(const RecordChain& chain, const std::string& path) {
   }
 }
 
-RecordChain LoadTaskList(const std::string& path) {
-  RecordChain chain;
+RecordList LoadTaskList(const std::string& path) {
+  RecordList records;
   const UniqueFd file = OpenLocalFile(path, OpenMode::Read, FileDisposition::OpenAlways);
   if (!file) {
-    return chain;
+    return records;
   }
   MessageBuffer buffer(kTaskListCapacity);
-  std::size_t count = 0;
   while (buffer.Free() > 0) {
     const int bytes = ReadLocalFile(file, buffer.FreeBytes());
     if (bytes < 1) {
       break;
     }
     buffer.AdvanceWrite(static_cast<std::uint32_t>(bytes));
-    if (!TakeRecords(buffer, chain, count)) {
+    if (!TakeRecords(buffer, records)) {
       break;
     }
   }
-  return chain;
+  return records;
 }
 
 }  // namespace updown

@@ -14,12 +14,12 @@ namespace updown {
 //
 // Lengths are big-endian as everywhere in the coding, numbers are 4 bytes little-endian.
 
-// Replaces the file by the chain's records, the Finished ones left out. A record whose paths make
+// Replaces the file by these records, the Finished ones left out. A record whose paths make
 // it longer than 1024 bytes is left out too. Failures are not reported: the file is a convenience.
-void SaveTaskList(const RecordChain& chain, const std::string& path);
+void SaveTaskList(const RecordList& records, const std::string& path);
 
 // The records in file order, keepAcrossRestart 0. A missing file is made, empty. Reading ends at
 // the first thing that is no whole record, or after 100,000 records, with all records before it.
-RecordChain LoadTaskList(const std::string& path);
+RecordList LoadTaskList(const std::string& path);
 
 }  // namespace updown

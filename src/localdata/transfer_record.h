@@ -6,8 +6,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
-
-#include "platform/chain.h"
+#include <vector>
 
 namespace updown {
 
@@ -60,7 +59,7 @@ class TransferRecord {
   TransferRecord() = default;
   explicit TransferRecord(const StoredRecord& stored);
 
-  std::uint32_t recordId = 0;        // unique in the chain, never 0
+  std::uint32_t recordId = 0;        // unique in the list, never 0
   std::uint32_t parentRecordId = 0;  // 0 on a top record, else the folder record's id
   std::uint32_t isFolder = 0;        // non-zero: stands for a folder tree and has a child record
   std::uint32_t direction = 0;       // 0 download; 1 swaps the two paths on show, nothing more
@@ -72,8 +71,6 @@ class TransferRecord {
 
   std::uint32_t keepAcrossRestart = 0;  // main thread only; 0: dropped at exit
   TransferStatistics statistics;        // main thread only
-
-  std::shared_ptr<TransferRecord> next;  // main thread only
 
   RecordPaths Paths() const;
   std::string LocalPath() const;
@@ -96,6 +93,7 @@ class TransferRecord {
   RecordPaths paths_;
 };
 
-using RecordChain = Chain<TransferRecord, std::shared_ptr<TransferRecord>>;
+// In the order of their making, which the task list file keeps.
+using RecordList = std::vector<std::shared_ptr<TransferRecord>>;
 
 }  // namespace updown

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "engine/tasks.h"
+#include "engine/task_store.h"
 #include "platform/text.h"
 
 namespace updown {

@@ -3,7 +3,7 @@
 #include <array>
 #include <cstddef>
 
-#include "engine/tasks.h"
+#include "engine/transfer_task.h"
 
 namespace updown {
 

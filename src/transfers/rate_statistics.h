@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "engine/tasks.h"
+#include "engine/transfer_task.h"
 
 namespace updown {
 

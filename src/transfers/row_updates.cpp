@@ -1,10 +1,11 @@
 #include "transfers/row_updates.h"
 
 #include "platform/qt/text.h"
+#include "resources/qt/texts.h"
 #include "resources/strings.h"
+#include "service/result_codes.h"
 #include "transfers/rate_statistics.h"
 #include "transfers/transfer_texts.h"
-#include "widgets/boxes.h"
 #include "widgets/size_texts.h"
 
 namespace updown {
@@ -35,8 +36,8 @@ void RowUpdates::AddRow(const TaskPointer& task) {
   model_.Append(task, std::move(texts), ImageOfState(record.state, record.direction, first));
 }
 
-void RowUpdates::UpdateRowProgress(std::uint32_t recordId) {
-  const int row = model_.RowOfRecord(recordId);
+void RowUpdates::ShowBlock(TaskId id) {
+  const int row = model_.RowOfTask(id);
   const TaskPointer task = model_.TaskAt(row);
   if (!task) {
     return;
@@ -48,16 +49,31 @@ void RowUpdates::UpdateRowProgress(std::uint32_t recordId) {
   model_.Touch(row);
 }
 
-void RowUpdates::UpdateRowState(TaskId id, std::int64_t code) {
+// The state may have gone on since: a start that is told late finds it as it is.
+void RowUpdates::ShowStarted(TaskId id) {
   const int row = model_.RowOfTask(id);
   const TaskPointer task = model_.TaskAt(row);
   if (!task) {
     return;
   }
   const TransferState state = task->record->state;
-  model_.SetText(row, StatusColumn::Transferred, FromUtf8(FormatSize(task->Bytes())));
-  if (ShowState(row, *task, state) && code != 0) {
-    ShowCode(row, *task, state, code);
+  if (ShowState(row, *task, state)) {
+    ShowOutcome(row, state, Text(StringId::Processing));
+  }
+  model_.Touch(row);
+}
+
+void RowUpdates::ShowEnded(TaskId id, const TransferResult& result) {
+  const int row = model_.RowOfTask(id);
+  const TaskPointer task = model_.TaskAt(row);
+  if (!task) {
+    return;
+  }
+  const TransferState state = task->record->state;
+  if (ShowState(row, *task, state) && result.code != result::kOk) {
+    const std::uint32_t code = result::WithoutSign(result.code);
+    task->lastResult = static_cast<std::int32_t>(code);
+    ShowOutcome(row, state, TextOfNumber(TextOfCode(code)));
   }
   model_.Touch(row);
 }
@@ -70,6 +86,7 @@ void RowUpdates::ClearProgress(int row) {
 
 // False if the update ends here: no time has passed since the last one.
 bool RowUpdates::ShowState(int row, TransferTask& task, TransferState state) {
+  model_.SetText(row, StatusColumn::Transferred, FromUtf8(FormatSize(task.Bytes())));
   switch (state) {
     case TransferState::Queued:
       break;
@@ -132,13 +149,9 @@ bool RowUpdates::ShowFinalRate(int row, TransferTask& task) {
   return true;
 }
 
-void RowUpdates::ShowCode(int row, TransferTask& task, TransferState state, std::int64_t code) {
-  const auto value = static_cast<std::uint32_t>(code < 0 ? -code : code);
-  if (value != static_cast<std::uint32_t>(StringId::Processing)) {
-    task.lastResult = static_cast<std::int32_t>(value);
-  }
+void RowUpdates::ShowOutcome(int row, TransferState state, const QString& text) {
   if (state != TransferState::Stopped && state != TransferState::Finished) {
-    model_.SetText(row, StatusColumn::Transferred, TextOfNumber(TextOfCode(value)));
+    model_.SetText(row, StatusColumn::Transferred, text);
   }
 }
 

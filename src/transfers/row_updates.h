@@ -2,7 +2,8 @@
 
 #include <cstdint>
 
-#include "engine/tasks.h"
+#include "engine/engine_events.h"
+#include "engine/transfer_task.h"
 #include "platform/ticks.h"
 #include "transfers/transfer_model.h"
 
@@ -18,12 +19,11 @@ class RowUpdates {
   // Begins the task's statistics and appends its row.
   void AddRow(const TaskPointer& task);
 
-  // The task was started (`code` is then a string id), or has ended with that result code, of
-  // either sign. The code is kept in the task's lastResult.
-  void UpdateRowState(TaskId id, std::int64_t code);
-
-  // A block has arrived.
-  void UpdateRowProgress(std::uint32_t recordId);
+  // A run of the task has begun, a block has arrived, the run has ended. The code of the end is
+  // kept in the task's lastResult, without its sign.
+  void ShowStarted(TaskId id);
+  void ShowBlock(TaskId id);
+  void ShowEnded(TaskId id, const TransferResult& result);
 
   // Empties the cells that tell of a transfer's course.
   void ClearProgress(int row);
@@ -32,7 +32,7 @@ class RowUpdates {
   bool ShowState(int row, TransferTask& task, TransferState state);
   bool ShowSample(int row, TransferTask& task);
   bool ShowFinalRate(int row, TransferTask& task);
-  void ShowCode(int row, TransferTask& task, TransferState state, std::int64_t code);
+  void ShowOutcome(int row, TransferState state, const QString& text);
   void ShowImage(int row, const TransferTask& task, TransferState state);
 
   TransferModel& model_;

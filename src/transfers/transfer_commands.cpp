@@ -3,14 +3,14 @@
 #include <QPointer>
 #include <utility>
 
-#include "engine/frame_messages.h"
 #include "platform/qt/text.h"
+#include "resources/qt/texts.h"
 #include "service/result_codes.h"
 #include "transfers/local_removal.h"
 #include "transfers/move_with_progress.h"
 #include "transfers/rate_statistics.h"
-#include "widgets/boxes.h"
 #include "widgets/busy_pointer.h"
+#include "widgets/message_boxes.h"
 
 namespace updown {
 namespace {
@@ -34,10 +34,10 @@ void StopRecords(const TransferTask& task) {
 
 }  // namespace
 
-TransferCommands::TransferCommands(FrameOperations& frame, const TickCounter& ticks,
+TransferCommands::TransferCommands(TransferTasks& tasks, const TickCounter& ticks,
                                    TransferModel& model, RowUpdates& rows, Desktop desktop,
                                    QWidget* owner)
-    : frame_(frame),
+    : tasks_(tasks),
       ticks_(ticks),
       model_(model),
       rows_(rows),
@@ -85,7 +85,7 @@ void TransferCommands::ResumeTask(TransferTask& task) {
   task.record->state = TransferState::Queued;
   task.ClearRunning();
   model_.Touch(model_.RowOfTask(task.id));
-  WakeScheduler();
+  tasks_.WakeScheduler();
 }
 
 void TransferCommands::RedoTask(const TaskPointer& task) {
@@ -93,11 +93,10 @@ void TransferCommands::RedoTask(const TaskPointer& task) {
       !Asked(StringId::ConfirmRedo, u"Are you sure you want to redo the task?")) {
     return;
   }
-  if (task->record->state == TransferState::Finished) {
-    const QPointer<QWidget> alive(owner_);
-    if (CheckStreamLimit(frame_.Tasks(), owner_) || !alive) {
-      return;
-    }
+  if (task->record->state == TransferState::Finished && tasks_.StreamLimitReached()) {
+    ShowNotice(owner_, StringId::StreamLimit,
+               u"The maximum number of data streams has been reached. Operation aborted.");
+    return;
   }
   const int row = model_.RowOfTask(task->id);
   if (row < 0) {
@@ -106,7 +105,7 @@ void TransferCommands::RedoTask(const TaskPointer& task) {
   StartAgain(*task);
   rows_.ClearProgress(row);
   model_.Touch(row);
-  WakeScheduler();
+  tasks_.WakeScheduler();
 }
 
 // The old file goes and the counts are 0 before the task is runnable again: any other task's end
@@ -145,7 +144,7 @@ void TransferCommands::DeleteRow(int row) {
     DeleteTarget(*task->record);
   }
   model_.Remove(model_.RowOfTask(task->id));
-  frame_.RemoveTask(task->id);
+  tasks_.RemoveTask(task->id);
 }
 
 void TransferCommands::OpenTaskFile(const TransferTask& task) {
@@ -185,12 +184,11 @@ bool TransferCommands::ReopenIfRefused(TransferTask& task) {
     return true;
   }
   const QPointer<QWidget> alive(owner_);
-  SharedSession& session = frame_.Session();
-  session.Close();
-  if (!session.OpenSharedSession().open || !alive) {
+  const std::optional<std::string> sessid = tasks_.RenewSession();
+  if (!sessid || !alive) {
     return false;
   }
-  task.SetSessid(session.Sessid());
+  task.SetSessid(*sessid);
   return true;
 }
 
@@ -198,12 +196,6 @@ bool TransferCommands::ReopenIfRefused(TransferTask& task) {
 bool TransferCommands::Asked(StringId question, std::u16string_view fallback) {
   const QPointer<QWidget> alive(owner_);
   return Confirm(owner_, question, fallback) && alive;
-}
-
-void TransferCommands::WakeScheduler() {
-  if (IsWindow(frameWindow_)) {
-    PostWindowMessage(frameWindow_, frame_message::kWakeScheduler, 0, 0);
-  }
 }
 
 }  // namespace updown

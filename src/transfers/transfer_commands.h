@@ -3,13 +3,13 @@
 #include <QWidget>
 #include <string_view>
 
-#include "engine/frame_operations.h"
 #include "platform/ticks.h"
 #include "resources/string_id.h"
 #include "transfers/desktop.h"
 #include "transfers/menu_rules.h"
 #include "transfers/row_updates.h"
 #include "transfers/transfer_model.h"
+#include "transfers/transfer_tasks.h"
 
 namespace updown {
 
@@ -18,11 +18,8 @@ namespace updown {
 // may be gone, in which case the command ends there.
 class TransferCommands {
  public:
-  TransferCommands(FrameOperations& frame, const TickCounter& ticks, TransferModel& model,
+  TransferCommands(TransferTasks& tasks, const TickCounter& ticks, TransferModel& model,
                    RowUpdates& rows, Desktop desktop, QWidget* owner);
-
-  // The window that is told to look for runnable tasks.
-  void SetFrameWindow(WindowHandle frame) { frameWindow_ = frame; }
 
   void Run(StatusCommand command, int row);
 
@@ -39,15 +36,13 @@ class TransferCommands {
   bool ReopenIfRefused(TransferTask& task);
   bool Asked(StringId question, std::u16string_view fallback);
   void StartAgain(TransferTask& task);
-  void WakeScheduler();
 
-  FrameOperations& frame_;
+  TransferTasks& tasks_;
   const TickCounter& ticks_;
   TransferModel& model_;
   RowUpdates& rows_;
   Desktop desktop_;
   QWidget* owner_;
-  WindowHandle frameWindow_;
 };
 
 }  // namespace updown

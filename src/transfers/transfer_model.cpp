@@ -3,7 +3,7 @@
 #include <QIcon>
 #include <utility>
 
-#include "widgets/boxes.h"
+#include "resources/qt/texts.h"
 #include "widgets/icons.h"
 
 namespace updown {
@@ -52,8 +52,8 @@ TransferModel::TransferModel(QObject* parent) : QAbstractTableModel(parent) {}
 void TransferModel::Append(const TaskPointer& task, Texts texts, RowImage image) {
   const int row = rowCount();
   beginInsertRows({}, row, row);
-  rows_.push_back({task->id, task->record->recordId, task, std::move(texts), image});
-  Index(row);
+  rows_.push_back({task->id, task, std::move(texts), image});
+  rowOfTask_.try_emplace(task->id, row);
   endInsertRows();
 }
 
@@ -64,36 +64,19 @@ void TransferModel::Remove(int row) {
   beginRemoveRows({}, row, row);
   rows_.erase(rows_.begin() + row);
   rowOfTask_.clear();
-  rowOfRecord_.clear();
   for (int each = 0; each < rowCount(); ++each) {
-    Index(each);
+    rowOfTask_.try_emplace(At(each).id, each);
   }
   endRemoveRows();
-}
-
-// A record's number is free again once its task is gone, so a row without a task gives it up.
-void TransferModel::Index(int row) {
-  rowOfTask_.try_emplace(At(row).id, row);
-  const auto [place, added] = rowOfRecord_.try_emplace(At(row).recordId, row);
-  if (!added && !TaskAt(place->second)) {
-    place->second = row;
-  }
 }
 
 TaskPointer TransferModel::TaskAt(int row) const {
   return Holds(row) ? At(row).task.lock() : nullptr;
 }
 
-TaskId TransferModel::IdAt(int row) const { return Holds(row) ? At(row).id : 0; }
-
 int TransferModel::RowOfTask(TaskId id) const {
   const auto found = rowOfTask_.find(id);
   return found == rowOfTask_.end() ? -1 : found->second;
-}
-
-int TransferModel::RowOfRecord(std::uint32_t recordId) const {
-  const auto found = rowOfRecord_.find(recordId);
-  return found == rowOfRecord_.end() || !TaskAt(found->second) ? -1 : found->second;
 }
 
 const QString& TransferModel::TextAt(int row, StatusColumn column) const {

@@ -8,7 +8,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "engine/tasks.h"
+#include "engine/transfer_task.h"
 
 namespace updown {
 
@@ -36,9 +36,7 @@ class TransferModel : public QAbstractTableModel {
   void Remove(int row);
 
   TaskPointer TaskAt(int row) const;  // null if the row's task is gone, or there is no such row
-  TaskId IdAt(int row) const;         // 0 if there is no such row
   int RowOfTask(TaskId id) const;     // -1 if there is none
-  int RowOfRecord(std::uint32_t recordId) const;  // first row whose task has this top record; -1
 
   const QString& TextAt(int row, StatusColumn column) const;
   void SetText(int row, StatusColumn column, const QString& text);
@@ -57,7 +55,6 @@ class TransferModel : public QAbstractTableModel {
  private:
   struct Row {
     TaskId id = 0;
-    std::uint32_t recordId = 0;
     std::weak_ptr<TransferTask> task;
     Texts texts;
     RowImage image = RowImage::WaitingDownload;
@@ -66,12 +63,10 @@ class TransferModel : public QAbstractTableModel {
   const Row& At(int row) const { return rows_[static_cast<std::size_t>(row)]; }
   Row& At(int row) { return rows_[static_cast<std::size_t>(row)]; }
   bool Holds(int row) const { return row >= 0 && static_cast<std::size_t>(row) < rows_.size(); }
-  void Index(int row);
   QVariant AccessibleText(int row, StatusColumn column) const;
 
   std::vector<Row> rows_;
   std::unordered_map<TaskId, int> rowOfTask_;
-  std::unordered_map<std::uint32_t, int> rowOfRecord_;
 };
 
 }  // namespace updown

@@ -5,8 +5,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "engine/frame_messages.h"
-#include "widgets/boxes.h"
+#include "resources/qt/texts.h"
 
 namespace updown {
 namespace {
@@ -33,15 +32,14 @@ constexpr std::array<MenuItem, kStatusCommands> kMenuItems{{
 
 }  // namespace
 
-CTransferStatusDlg::CTransferStatusDlg(FrameOperations& frame, const TickCounter& ticks,
+CTransferStatusDlg::CTransferStatusDlg(TransferTasks& tasks, const TickCounter& ticks,
                                        Desktop desktop)
     : QDialog(nullptr, Qt::Window),
-      frame_(frame),
+      tasks_(tasks),
       rows_(model_, ticks),
-      commands_(frame, ticks, model_, rows_, std::move(desktop), this),
+      commands_(tasks, ticks, model_, rows_, std::move(desktop), this),
       list_(new CListCtrlEx(this)),
-      menu_(new QMenu(this)),
-      target_([this](const WindowMessage& message) { return WindowProc(message); }) {
+      menu_(new QMenu(this)) {
   setObjectName(QStringLiteral("transferStatus"));
   setWindowTitle(Text(StringId::StatusTitle));
   setAccessibleName(windowTitle());
@@ -51,18 +49,12 @@ CTransferStatusDlg::CTransferStatusDlg(FrameOperations& frame, const TickCounter
   auto* const layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
   layout->addWidget(list_);
+  InitList();
+  InitMenu();
 }
 
 // The list asks the model while it goes, so it must go first.
 CTransferStatusDlg::~CTransferStatusDlg() { delete list_; }
-
-void CTransferStatusDlg::SetFrameWindow(WindowHandle frame) { commands_.SetFrameWindow(frame); }
-
-void CTransferStatusDlg::InitDialog() {
-  frame_.RestoreTasks();
-  InitList();
-  InitMenu();
-}
 
 void CTransferStatusDlg::InitList() {
   list_->setObjectName(QStringLiteral("transferList"));
@@ -95,21 +87,14 @@ void CTransferStatusDlg::InitMenu() {
   }
 }
 
-MessageResult CTransferStatusDlg::WindowProc(const WindowMessage& message) {
-  switch (message.number) {
-    case frame_message::kTaskAdded:
-      rows_.AddRow(frame_.Tasks().Find(message.wParam));
-      break;
-    case frame_message::kTaskState:
-      rows_.UpdateRowState(message.wParam, static_cast<std::int32_t>(message.lParam));
-      break;
-    case frame_message::kBlockDone:
-      rows_.UpdateRowProgress(static_cast<std::uint32_t>(message.wParam));
-      break;
-    default:
-      break;
-  }
-  return 0;
+void CTransferStatusDlg::AddRow(TaskId task) { rows_.AddRow(tasks_.Find(task)); }
+
+void CTransferStatusDlg::ShowStarted(TaskId task) { rows_.ShowStarted(task); }
+
+void CTransferStatusDlg::ShowBlock(TaskId task) { rows_.ShowBlock(task); }
+
+void CTransferStatusDlg::ShowEnded(TaskId task, const TransferResult& result) {
+  rows_.ShowEnded(task, result);
 }
 
 void CTransferStatusDlg::RunCommand(StatusCommand command) {

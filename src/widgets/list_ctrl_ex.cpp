@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "widgets/boxes.h"
+#include "resources/qt/texts.h"
 #include "widgets/list_layout.h"
 
 namespace updown {

@@ -6,7 +6,7 @@
 #include <memory>
 #include <vector>
 
-#include "engine/tasks.h"
+#include "engine/transfer_task.h"
 #include "widgets/progress_painter.h"
 #include "widgets/row_list_view.h"
 #include "widgets/transparent_static.h"

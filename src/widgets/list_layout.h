@@ -3,7 +3,7 @@
 #include <QRect>
 #include <cstdint>
 
-#include "engine/tasks.h"
+#include "engine/transfer_task.h"
 
 namespace updown {
 

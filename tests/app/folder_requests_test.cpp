@@ -41,52 +41,48 @@ class FolderRequestsTest : public testing::Test {
 };
 
 TEST_F(FolderRequestsTest, ListsRenamesAndRemoves) {
-  const ListAnswer listing = RequestListing(session_, &package_);
+  const ListAnswer listing = RequestListing(session_, package_);
   ASSERT_TRUE(listing.list);
   EXPECT_EQ(listing.report, 0);
   EXPECT_GE(listing.list->size(), 3U);
 
   const std::u16string from = package_ + u"/a.txt";
   const std::u16string to = package_ + u"/\u4E2D.txt";
-  EXPECT_EQ(RequestRename(session_, &to, &from).result, 0);
+  EXPECT_EQ(RequestRename(session_, to, from).result, 0);
   EXPECT_TRUE(fs::exists(Folder() / "\xE4\xB8\xAD.txt"));
-  EXPECT_EQ(RequestRemoveFile(session_, &to).result, 0);
+  EXPECT_EQ(RequestRemoveFile(session_, to).result, 0);
   EXPECT_EQ(FilesLeft(), 2);
 
-  const RequestAnswer removed = RequestRemovePackage(session_, &package_);
+  const RequestAnswer removed = RequestRemovePackage(session_, package_);
   EXPECT_EQ(removed.result, 0);
   EXPECT_EQ(removed.report, 0);
   EXPECT_FALSE(fs::exists(Folder()));
 }
 
-TEST_F(FolderRequestsTest, FailuresAreForTheFrameToReport) {
+TEST_F(FolderRequestsTest, FailuresAreForTheWindowToReport) {
   served_.Service().AddFault(
       {.kind = Kind::WrongCode, .message = message::kRemoveFile, .code = kReplyBusy});
   const std::u16string file = package_ + u"/a.txt";
-  const RequestAnswer busy = RequestRemoveFile(session_, &file);
+  const RequestAnswer busy = RequestRemoveFile(session_, file);
   EXPECT_EQ(busy.result, result::kBusy);
   EXPECT_EQ(busy.report, result::kBusy);
 
   served_.Service().AddFault({.kind = Kind::DropBefore, .message = message::kList});
-  const ListAnswer dropped = RequestListing(session_, &package_);
+  const ListAnswer dropped = RequestListing(session_, package_);
   EXPECT_FALSE(dropped.list);
   EXPECT_EQ(dropped.report, result::kConnection);
 
   session_.Close();
-  EXPECT_EQ(RequestListing(session_, &package_).report, result::kConnection) << "no session";
+  EXPECT_EQ(RequestListing(session_, package_).report, result::kConnection) << "no session";
 }
 
 TEST_F(FolderRequestsTest, PathsThatDoNotFitNeverReachTheService) {
   served_.Service().ForgetRequests();
   const std::u16string tooLong = u"/" + std::u16string(86, u'\u4E2D') + u"x";  // 260 bytes
-  EXPECT_EQ(RequestListing(session_, &tooLong).report, result::kNotEncodable);
-  EXPECT_EQ(RequestRemoveFile(session_, &tooLong).result, result::kNotEncodable);
-  EXPECT_EQ(RequestRename(session_, &tooLong, &package_).report, result::kNotEncodable);
-  EXPECT_EQ(RequestRemovePackage(session_, &tooLong).result, -result::kNotEncodable);
-  EXPECT_FALSE(RequestListing(session_, nullptr).list);
-  EXPECT_EQ(RequestRemoveFile(session_, nullptr).result, -1);
-  EXPECT_EQ(RequestRename(session_, &package_, nullptr).result, -1);
-  EXPECT_EQ(RequestRename(session_, &package_, nullptr).report, 0);
+  EXPECT_EQ(RequestListing(session_, tooLong).report, result::kNotEncodable);
+  EXPECT_EQ(RequestRemoveFile(session_, tooLong).result, result::kNotEncodable);
+  EXPECT_EQ(RequestRename(session_, tooLong, package_).report, result::kNotEncodable);
+  EXPECT_EQ(RequestRemovePackage(session_, tooLong).result, -result::kNotEncodable);
   EXPECT_TRUE(served_.Service().Requests().empty());
 }
 
@@ -111,7 +107,7 @@ TEST_F(FolderRequestsTest, RemovalEndsAtTheFirstFailure) {
     served_.Service().ClearFaults();
     served_.Service().AddFault(
         {.kind = Kind::WrongCode, .message = c.message, .skip = c.skip, .code = c.code});
-    const RequestAnswer answer = RequestRemovePackage(session_, &package_);
+    const RequestAnswer answer = RequestRemovePackage(session_, package_);
     EXPECT_EQ(answer.result, c.result);
     EXPECT_EQ(answer.report, c.report);
     EXPECT_EQ(FilesLeft(), c.filesLeft);

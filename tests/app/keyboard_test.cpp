@@ -1,10 +1,10 @@
-// Where the keyboard goes in the frame.
+// Where the keyboard goes in the main window.
 #include <gtest/gtest.h>
 
 #include <QTest>
 #include <QTreeWidget>
 
-#include "app/main_frame.h"
+#include "app/main_window.h"
 #include "tests/app/served_launch.h"
 #include "widgets/row_list_view.h"
 
@@ -16,30 +16,29 @@ TEST(Keyboard, ReachesTheTreeOnlyWhereItCanBeSeen) {
   FileService service;
   auto made = InstanceEvent::CreateOrSignal("keyboard_test " + served.DataFolder());
   ASSERT_TRUE(made.event);
-  CMainFrame frame(served.Launch(), service, *made.event);
-  frame.LoadFrame();
-  frame.show();
-  frame.activateWindow();
-  auto* const tree = frame.findChild<QTreeWidget*>();
-  auto* const list = frame.findChild<RowListView*>(u"packageList"_qs);
+  MainWindow window(served.Launch(), service, *made.event);
+  window.show();
+  window.activateWindow();
+  auto* const tree = window.findChild<QTreeWidget*>();
+  auto* const list = window.findChild<RowListView*>(u"packageList"_qs);
   ASSERT_TRUE(QTest::qWaitFor([list] { return list->SelectedRow() == 0; }, kPatienceMs));
   ASSERT_TRUE(QTest::qWaitFor([list] { return list->hasFocus(); }, kPatienceMs));
 
   const auto tabMeetsTree = [&] {
     bool met = false;
     for (int i = 0; i < 8; ++i) {
-      QTest::keyClick(frame.focusWidget(), Qt::Key_Tab);
+      QTest::keyClick(window.focusWidget(), Qt::Key_Tab);
       met = met || tree->hasFocus();
     }
     return met;
   };
   EXPECT_FALSE(tabMeetsTree());
-  QTest::keyClick(&frame, Qt::Key_F6);
+  QTest::keyClick(&window, Qt::Key_F6);
   EXPECT_TRUE(tree->hasFocus());
   EXPECT_GT(tree->visibleRegion().boundingRect().width(), 100);
   EXPECT_TRUE(tabMeetsTree());
   tree->setFocus();
-  QTest::keyClick(&frame, Qt::Key_F6);
+  QTest::keyClick(&window, Qt::Key_F6);
   EXPECT_TRUE(list->hasFocus());
 
   // A current row that is not selected is where the first arrow key leads.

@@ -1,24 +1,25 @@
 #pragma once
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <cstdint>
+#include <functional>
+#include <latch>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "engine/frame_messages.h"
 #include "engine/scheduler.h"
-#include "engine/shared_session.h"
-#include "engine/tasks.h"
+#include "engine/session.h"
+#include "engine/task_store.h"
 #include "peer/stand_in.h"
-#include "platform/text.h"
-#include "resources/string_id.h"
 #include "tests/support/environment.h"
 #include "tests/support/temporary_folder.h"
-#include "tests/support/window_pump.h"
 
 namespace updown::test {
 
@@ -38,52 +39,112 @@ inline peer::Options Dialect(int dialect, std::uint32_t blockLength = 4096) {
   return options;
 }
 
-// A stand-in service, an engine, and a frame that is a plain function pumped by the test.
+// What the engine tells, kept for the test, which looks at it while it holds the lock.
+class Told : public EngineEvents {
+ public:
+  void TaskStarted(TaskId task) noexcept override {
+    Keep([&] { started.push_back(task); });
+  }
+  void BlockDone(TaskId /*task*/) noexcept override {
+    Keep([&] { ++blocks; });
+  }
+  void TaskEnded(TaskId task, const TransferResult& result) noexcept override {
+    Keep([&] { outcomes.emplace_back(task, result.code); });
+  }
+  void SaveNeeded() noexcept override {
+    Keep([&] { ++saves; });
+  }
+
+  // Waits until `done` holds, looking again at all that is told and every few milliseconds. False
+  // if `limit` passes first.
+  bool Until(const std::function<bool()>& done,
+             std::chrono::milliseconds limit = std::chrono::seconds(20)) {
+    const auto deadline = std::chrono::steady_clock::now() + limit;
+    std::unique_lock lock(mutex_);
+    while (!done()) {
+      if (std::chrono::steady_clock::now() > deadline) {
+        return false;
+      }
+      changed_.wait_for(lock, std::chrono::milliseconds(5));
+    }
+    return true;
+  }
+
+  std::vector<TaskId> started;                   // in the order of their notices
+  std::vector<std::pair<TaskId, int>> outcomes;  // of workers that have ended
+  int blocks = 0;
+  int saves = 0;
+
+ private:
+  template <typename Change>
+  void Keep(Change change) {
+    const std::lock_guard lock(mutex_);
+    change();
+    changed_.notify_all();
+  }
+
+  std::mutex mutex_;
+  std::condition_variable changed_;
+};
+
+inline void CountOnce(std::latch& latch) {
+  if (!latch.try_wait()) {
+    latch.count_down();
+  }
+}
+
+// A stand-in service and an engine that tells the test.
 class EngineWorld {
  public:
   explicit EngineWorld(peer::Options options = {}) : peer(Serve(std::move(options))) {
-    context->queue = std::make_shared<TaskQueue>();
-    context->service = &service;
-    context->pace = std::chrono::milliseconds(1);
     launch.serverName = "fileservice";
-    frame = pump.MakeWindow([this](const WindowMessage& message) { return Handle(message); });
-    session.OpenSharedSession();
-    store.emplace(context->queue, launch);
+    session.Open(AskedBy::Program, [](const SessionResult&) {});
+    granted->wait();
+    Renew(std::chrono::milliseconds(1));
   }
   ~EngineWorld() { End(); }
   EngineWorld(const EngineWorld&) = delete;
   EngineWorld& operator=(const EngineWorld&) = delete;
 
+  // Queue, records and context as at the program's start.
+  void Renew(std::chrono::milliseconds pace) {
+    context = std::make_shared<SchedulerContext>();
+    context->queue = std::make_shared<TaskQueue>();
+    context->events = told;
+    context->session = &session;
+    context->service = &service;
+    context->pace = pace;
+    store.emplace(context->queue, launch);
+  }
   void Start() { scheduler.emplace(context); }
   bool End(std::chrono::milliseconds limit = std::chrono::seconds(2)) {
-    pump.DestroyWindow(frame);
+    session.Stop(limit);
     return !scheduler || scheduler->Stop(limit);
   }
 
   TaskPointer Fetch(const std::string& name, bool keep = true) {
-    auto task = store->AddDownload({name, "/" + name, session.Sessid(), "fileservice", 8080},
-                                   local.File(name), keep, frame);
+    auto task = store->AddDownload({name, "/" + name, session.Key().sessid, "fileservice", 8080},
+                                   local.File(name), keep);
     context->schedulerWake.Set();
     return task;
   }
-  // Puts a folder record into the chain, and a child for `inFlight` unless that is empty; restores.
+  // Puts a folder record into the list, and a child for `inFlight` unless that is empty; restores.
   TaskPointer RestoreFolder(const std::string& remotePath, const std::string& localPath,
                             const std::string& inFlight = {}) {
     StoredRecord folder;
     folder.recordId = 1;
     folder.isFolder = 1;
     folder.paths = {remotePath, localPath};
-    store->Records().Append(std::make_shared<TransferRecord>(folder));
+    store->AddStoredRecord(std::make_shared<TransferRecord>(folder));
     if (!inFlight.empty()) {
       StoredRecord child;
       child.recordId = 2;
       child.parentRecordId = 1;
       child.paths = {remotePath + "/" + inFlight, localPath + "/" + inFlight};
-      store->Records().Append(std::make_shared<TransferRecord>(child));
+      store->AddStoredRecord(std::make_shared<TransferRecord>(child));
     }
-    store->RestoreTasks(session.Sessid(), frame);
     TaskId restored = 0;
-    context->queue->ForEach([&](const TransferTask& task) { restored = task.id; });
+    store->RestoreTasks(session.Key().sessid, [&](TaskId task) { restored = task; });
     context->schedulerWake.Set();
     return store->Find(restored);
   }
@@ -93,7 +154,7 @@ class EngineWorld {
     context->schedulerWake.Set();
   }
   bool WaitForState(const TransferTask& task, TransferState state) {
-    return pump.RunUntil([&] { return task.record->state == state && !task.WorkerActive(); });
+    return told->Until([&] { return task.record->state == state && !task.WorkerActive(); });
   }
   long Count(std::uint32_t message) const {
     const auto requests = peer.Requests();
@@ -107,12 +168,12 @@ class EngineWorld {
   ScopedEnvironment environment{peer.Environment()};
   LaunchState launch;
   FileService service;
-  SharedSession session{service, launch, nullptr};
-  WindowPump pump;
-  WindowHandle frame;
-  std::vector<TaskId> started;                         // in the order of their notices
-  std::vector<std::pair<TaskId, LongParam>> outcomes;  // of workers that have ended
-  std::shared_ptr<SchedulerContext> context = std::make_shared<SchedulerContext>();
+  // Nobody waits for its answers on the main thread.
+  std::shared_ptr<std::latch> granted = std::make_shared<std::latch>(1);
+  Session session{service, launch, [](const std::function<void()>&) {}, nullptr,
+                  [first = granted] { CountOnce(*first); }};
+  std::shared_ptr<Told> told = std::make_shared<Told>();
+  std::shared_ptr<SchedulerContext> context;
   std::optional<TaskStore> store;
   std::optional<Scheduler> scheduler;
 
@@ -120,23 +181,6 @@ class EngineWorld {
   peer::Options Serve(peer::Options options) const {
     options.root = served.Path();
     return options;
-  }
-
-  MessageResult Handle(const WindowMessage& message) {
-    if (message.number == frame_message::kTaskResult) {
-      if (message.lParam == static_cast<LongParam>(StringId::Processing)) {
-        started.push_back(message.wParam);
-      } else {
-        outcomes.emplace_back(message.wParam, message.lParam);
-      }
-    } else if (message.number == frame_message::kListFolder) {
-      const auto& path = *PointerFrom<const std::u16string>(message.lParam);
-      auto listing = service.Ops().ListFolder(session.Link(), WideToUtf8(path));
-      if (!listing.entries.empty()) {
-        return PointerParam(std::make_unique<DirectoryList>(std::move(listing.entries)).release());
-      }
-    }
-    return 0;
   }
 };
 

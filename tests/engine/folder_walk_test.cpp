@@ -57,7 +57,7 @@ TEST_P(FolderTask, PausedInsideAFileGoesOnThere) {
   WriteFile(Served("sub/b.bin"), "small");
   const TaskPointer task = Restore("/pkg");
   world.Start();
-  ASSERT_TRUE(world.pump.RunUntil([&] { return task->childRecord->doneBytes > 0; }));
+  ASSERT_TRUE(world.told->Until([&] { return task->childRecord->doneBytes > 0; }));
   task->record->state = TransferState::Stopped;
   task->childRecord->state = TransferState::Stopped;
   ASSERT_TRUE(world.WaitForState(*task, TransferState::Stopped));
@@ -85,7 +85,7 @@ TEST_P(FolderTask, AFileInFlightThatFailsIsTriedAgain) {
   std::filesystem::create_directories(Local(""));
   const TaskPointer task = Restore("/pkg", "late.bin");
   world.Start();
-  ASSERT_TRUE(world.pump.RunUntil([&] { return world.outcomes.size() >= 2; }));
+  ASSERT_TRUE(world.told->Until([&] { return world.told->outcomes.size() >= 2; }));
   EXPECT_EQ(task->record->state, TransferState::Queued);
   WriteFile(Served("late.bin"), "bytes");
   ASSERT_TRUE(world.WaitForState(*task, TransferState::Finished));
@@ -96,8 +96,8 @@ TEST_P(FolderTask, FailedListingOrFileFailsTheTask) {
   TaskPointer task = Restore("/nothing");
   world.Start();
   ASSERT_TRUE(world.WaitForState(*task, TransferState::Failed));
-  ASSERT_TRUE(world.pump.RunUntil([&] { return world.outcomes.size() == 1; }));
-  EXPECT_EQ(world.outcomes[0].second, -1);
+  ASSERT_TRUE(world.told->Until([&] { return world.told->outcomes.size() == 1; }));
+  EXPECT_EQ(world.told->outcomes[0].second, -8201);
   world.store->RemoveTask(task->id);
 
   WriteFile(Served("a.bin"), "bytes");
@@ -105,7 +105,7 @@ TEST_P(FolderTask, FailedListingOrFileFailsTheTask) {
   task = Restore("/pkg");
   ASSERT_TRUE(world.WaitForState(*task, TransferState::Failed));
   EXPECT_EQ(task->childRecord->state, TransferState::Failed);
-  EXPECT_EQ(world.outcomes.back().second, result::kFileOpen);
+  EXPECT_EQ(world.told->outcomes.back().second, result::kFileOpen);
 }
 
 INSTANTIATE_TEST_SUITE_P(Dialects, FolderTask, testing::Values(1, 2));

@@ -67,14 +67,14 @@ TEST_P(Restart, AfterAKillInMidTransferTheBytesAreRight) {
   WriteFile(world.served.File("small"), Pattern(12000, 2));
   // Put in place by hand, as a list that an earlier run has left.
   const std::string list = world.local.File("tasks.lst");
-  RecordChain chain;
+  RecordList records;
   for (const char* name : {"big", "small"}) {
     StoredRecord stored;
-    stored.recordId = static_cast<std::uint32_t>(chain.Size() + 1);
+    stored.recordId = static_cast<std::uint32_t>(records.size() + 1);
     stored.paths = {std::string("/") + name, world.local.File(name)};
-    chain.Append(std::make_shared<TransferRecord>(stored));
+    records.push_back(std::make_shared<TransferRecord>(stored));
   }
-  SaveTaskList(chain, list);
+  SaveTaskList(records, list);
 
   {
     ListRunner killed(list);
@@ -83,20 +83,20 @@ TEST_P(Restart, AfterAKillInMidTransferTheBytesAreRight) {
     killed.Kill();
     EXPECT_TRUE(WIFSIGNALED(killed.Wait()));
   }
-  RecordChain left = LoadTaskList(list);
-  ASSERT_EQ(left.Size(), 1U);
-  const std::uint32_t stored = left.First()->doneBytes;
+  const RecordList left = LoadTaskList(list);
+  ASSERT_EQ(left.size(), 1U);
+  const std::uint32_t stored = left.front()->doneBytes;
   EXPECT_GT(stored, 0U);
   EXPECT_EQ(ReadFile(world.local.File("big")).substr(0, stored), big.substr(0, stored));
 
   // What the killed process still had under way is not the second one's.
-  ASSERT_TRUE(world.pump.RunUntil([&] { return world.peer.OpenConnections() == 1; }));
+  ASSERT_TRUE(world.told->Until([&] { return world.peer.OpenConnections() == 1; }));
   world.peer.ForgetRequests();
   EXPECT_EQ(ListRunner(list).Wait(), 0);
   EXPECT_EQ(world.Count(message::kReadBlock), (big.size() - stored + 4095) / 4096);
   EXPECT_EQ(ReadFile(world.local.File("big")), big);
   EXPECT_EQ(ReadFile(world.local.File("small")), Pattern(12000, 2));
-  EXPECT_TRUE(LoadTaskList(list).Empty());
+  EXPECT_TRUE(LoadTaskList(list).empty());
 }
 
 INSTANTIATE_TEST_SUITE_P(Dialects, Restart, testing::Values(1, 2));

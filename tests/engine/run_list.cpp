@@ -1,54 +1,85 @@
 // Runs the task list in a file as the program does at its start, at a slow pace; for tests that
 // kill it. Says "saved" and "block" on standard output as that happens.
-#include <atomic>
 #include <cstdio>
-#include <thread>
+#include <latch>
 
-#include "engine/frame_messages.h"
+#include "engine/posted_events.h"
 #include "engine/scheduler.h"
-#include "engine/shared_session.h"
+#include "engine/session.h"
+#include "engine/task_store.h"
 #include "localdata/tasklist.h"
-#include "tests/support/window_pump.h"
+#include "platform/event.h"
 
-int main(int argc, char** argv) {
-  using namespace updown;
-  if (argc != 2) {
-    return 2;
+namespace updown {
+namespace {
+
+class Talker : public EngineEvents {
+ public:
+  Talker(const TaskStore& store, const char* list) : store_(store), list_(list) {}
+  void TaskStarted(TaskId /*task*/) noexcept override {}
+  void BlockDone(TaskId /*task*/) noexcept override { Say("block"); }
+  void TaskEnded(TaskId /*task*/, const TransferResult& /*result*/) noexcept override {}
+  void SaveNeeded() noexcept override {
+    SaveTaskList(store_.Records(), list_);
+    Say("saved");
   }
+
+ private:
+  static void Say(const char* what) {
+    std::puts(what);
+    std::fflush(stdout);
+  }
+  const TaskStore& store_;
+  const char* list_;
+};
+
+bool AllFinished(const TaskQueue& queue) {
+  bool all = true;
+  queue.ForEach([&all](const TransferTask& task) {
+    all = all && task.record->state == TransferState::Finished && !task.WorkerActive();
+  });
+  return all;
+}
+
+int RunList(const char* list) {
   LaunchState launch;
   launch.serverName = "fileservice";
   FileService service;
-  SharedSession session(service, launch, nullptr);
-  session.OpenSharedSession();
+  std::latch granted(1);
+  Session session(service, launch, [](const std::function<void()>&) {}, nullptr,
+                  [&granted] {
+                    if (!granted.try_wait()) {
+                      granted.count_down();
+                    }
+                  });
+  session.Open(AskedBy::Program, [](const SessionResult&) {});
+  granted.wait();
   const auto context = std::make_shared<SchedulerContext>();
   context->queue = std::make_shared<TaskQueue>();
   context->service = &service;
   context->pace = std::chrono::milliseconds(20);
   TaskStore store(context->queue, launch);
-  store.Records() = LoadTaskList(argv[1]);
-
-  test::WindowPump pump;
-  const auto frame = pump.MakeWindow([&](const WindowMessage& message) {
-    if (message.number == frame_message::kSaveTaskList) {
-      SaveTaskList(store.Records(), argv[1]);
-      std::puts("saved");
-    } else if (message.number == frame_message::kBlockDone) {
-      std::puts("block");
-    }
-    std::fflush(stdout);
-    return MessageResult{0};
-  });
-  store.RestoreTasks(session.Sessid(), frame);
+  for (const auto& record : LoadTaskList(list)) {
+    store.AddStoredRecord(record);
+  }
+  Event woken;
+  const auto calls = std::make_shared<PostedCalls>([&woken] { woken.Set(); });
+  Talker talker(store, list);
+  context->events = std::make_shared<PostedEvents>(calls, talker);
+  store.RestoreTasks(session.Key().sessid, [](TaskId) {});
   context->schedulerWake.Set();
   Scheduler scheduler(context);
-  const bool finished = pump.RunUntil([&] {
-    bool all = true;
-    context->queue->ForEach([&all](const TransferTask& task) {
-      all = all && task.record->state == TransferState::Finished && !task.WorkerActive();
-    });
-    return all;
-  });
-  SaveTaskList(store.Records(), argv[1]);
-  pump.DestroyWindow(frame);
-  return scheduler.Stop(std::chrono::seconds(2)) && finished ? 0 : 1;
+  while (!AllFinished(*context->queue)) {
+    woken.WaitFor(std::chrono::milliseconds(5));
+    woken.Reset();
+    calls->Run();
+  }
+  SaveTaskList(store.Records(), list);
+  calls->Close();
+  return scheduler.Stop(std::chrono::seconds(2)) ? 0 : 1;
 }
+
+}  // namespace
+}  // namespace updown
+
+int main(int argc, char** argv) { return argc == 2 ? updown::RunList(argv[1]) : 2; }

@@ -38,9 +38,9 @@ TEST_P(Transfers, StatesBeforeAndAfter) {
   }
   std::filesystem::remove(world.served.File("missing"));
   world.Start();
-  EXPECT_TRUE(world.pump.RunUntil([&] { return world.outcomes.size() == 3; }));
+  EXPECT_TRUE(world.told->Until([&] { return world.told->outcomes.size() == 3; }));
   EXPECT_TRUE(world.End());
-  EXPECT_THAT(world.started, testing::ElementsAre(tasks[1]->id, tasks[3]->id, tasks[5]->id));
+  EXPECT_THAT(world.told->started, testing::ElementsAre(tasks[1]->id, tasks[3]->id, tasks[5]->id));
   for (std::size_t i = 0; i < tasks.size(); ++i) {
     EXPECT_EQ(tasks[i]->record->state, std::get<2>(cases[i])) << std::get<0>(cases[i]);
   }
@@ -54,7 +54,7 @@ TEST_P(Transfers, PauseResumeRedo) {
   const TaskPointer task = world.Fetch("f");
   TransferRecord& record = *task->record;
   world.Start();
-  ASSERT_TRUE(world.pump.RunUntil([&] { return record.doneBytes > 0; }));
+  ASSERT_TRUE(world.told->Until([&] { return record.doneBytes > 0; }));
   record.ChangeState(TransferState::Queued, TransferState::Stopped);
   ASSERT_TRUE(world.WaitForState(*task, TransferState::Stopped));
   const std::uint32_t paused = record.doneBytes;
@@ -81,15 +81,15 @@ TEST_P(Transfers, DeletedTasksEndAndAreFreed) {
   world.Start();
   for (int i = 0; i < 4; ++i) {
     const TaskPointer task = world.Fetch("f");
-    ASSERT_TRUE(world.pump.RunUntil([&] { return task->record->doneBytes > 0; }));
+    ASSERT_TRUE(world.told->Until([&] { return task->record->doneBytes > 0; }));
     world.store->RemoveTask(task->id);
     EXPECT_EQ(world.store->Find(task->id), nullptr);
     deleted.push_back(task);
   }
-  EXPECT_TRUE(world.pump.RunUntil([&] {
+  EXPECT_TRUE(world.told->Until([&] {
     return std::all_of(deleted.begin(), deleted.end(), [](const auto& t) { return t.expired(); });
   }));
-  EXPECT_TRUE(world.store->Records().Empty());
+  EXPECT_TRUE(world.store->Records().empty());
 }
 
 INSTANTIATE_TEST_SUITE_P(Dialects, Transfers, testing::Values(1, 2));
@@ -119,15 +119,15 @@ TEST(Scheduler, TenRunTwoWaitInQueueOrder) {
     tasks.push_back(world.Fetch("f"));
   }
   world.Start();
-  ASSERT_TRUE(world.pump.RunUntil([&] { return count == 10; }));
+  ASSERT_TRUE(world.told->Until([&] { return count == 10; }));
   EXPECT_TRUE(tasks[9]->Running() && !tasks[10]->Running() && !tasks[11]->Running());
   gates[4].Set();
-  ASSERT_TRUE(world.pump.RunUntil([&] { return count == 12; }));
+  ASSERT_TRUE(world.told->Until([&] { return count == 12; }));
   for (Event& gate : gates) {
     gate.Set();
   }
-  EXPECT_TRUE(world.pump.RunUntil([&] { return world.outcomes.size() == 12; }));
-  EXPECT_TRUE(std::ranges::equal(tasks, world.started, {}, &TransferTask::id));
+  EXPECT_TRUE(world.told->Until([&] { return world.told->outcomes.size() == 12; }));
+  EXPECT_TRUE(std::ranges::equal(tasks, world.told->started, {}, &TransferTask::id));
 }
 
 TEST(Scheduler, AThreadThatIsRefusedLeavesTheTaskForTheNextPass) {
@@ -135,17 +135,14 @@ TEST(Scheduler, AThreadThatIsRefusedLeavesTheTaskForTheNextPass) {
   WriteFile(world.served.File("f"), "bytes");
   std::atomic<int> calls{0};
   world.context->startThread = [&calls](std::function<void()> body) {
-    if (++calls == 2) {
-      throw std::bad_alloc();
-    }
-    return calls < 3 ? nullptr : Thread::Start(std::move(body));
+    return ++calls < 3 ? nullptr : Thread::Start(std::move(body));
   };
   const TaskPointer task = world.Fetch("f");
   world.Start();
   for (int refused = 1; refused <= 2; ++refused) {
-    ASSERT_TRUE(world.pump.RunUntil([&] { return calls == refused && !task->Running(); }));
+    ASSERT_TRUE(world.told->Until([&] { return calls == refused && !task->Running(); }));
     EXPECT_EQ(task->record->state, TransferState::Queued);
-    EXPECT_TRUE(world.started.empty());
+    EXPECT_TRUE(world.told->started.empty());
     world.context->schedulerWake.Set();
   }
   EXPECT_TRUE(world.WaitForState(*task, TransferState::Finished));
@@ -163,7 +160,7 @@ TEST(Scheduler, AThrowingTransferClosesItsConnection) {
   EXPECT_THROW(RunTaskTransfer(world.service, "fileservice", 8080, world.session.Sessid(), record,
                                &progress, &world.context->connections),
                std::bad_alloc);
-  EXPECT_TRUE(world.pump.RunUntil([&] { return world.peer.OpenConnections() == 1; }));
+  EXPECT_TRUE(world.told->Until([&] { return world.peer.OpenConnections() == 1; }));
 }
 
 }  // namespace

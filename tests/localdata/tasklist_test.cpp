@@ -22,18 +22,18 @@ StoredRecord Record(std::uint32_t id, const std::string& remotePath, TransferSta
   return record;
 }
 
-RecordChain ChainOf(const std::vector<StoredRecord>& records) {
-  RecordChain chain;
+RecordList ListOf(const std::vector<StoredRecord>& records) {
+  RecordList list;
   for (const StoredRecord& record : records) {
-    chain.Append(std::make_shared<TransferRecord>(record));
+    list.push_back(std::make_shared<TransferRecord>(record));
   }
-  return chain;
+  return list;
 }
 
-std::vector<std::uint32_t> Ids(const RecordChain& chain) {
+std::vector<std::uint32_t> Ids(const RecordList& list) {
   std::vector<std::uint32_t> ids;
-  for (const TransferRecord& record : chain) {
-    ids.push_back(record.recordId);
+  for (const auto& record : list) {
+    ids.push_back(record->recordId);
   }
   return ids;
 }
@@ -53,15 +53,15 @@ TEST(TaskList, ARecordHasTheseBytes) {
   const std::string path = folder.File("list");
   const StoredRecord stored{
       1, {"/r", ""}, 0x12345678, 1, 0xFFFFFFFF, 9, 7, 1, TransferState::Stopped};
-  SaveTaskList(ChainOf({stored}), path);
+  SaveTaskList(ListOf({stored}), path);
   EXPECT_EQ(test::ReadFile(path), bytes);
 
-  const RecordChain loaded = LoadTaskList(path);
-  ASSERT_EQ(loaded.Size(), 1U);
-  EXPECT_EQ(loaded.First()->RemotePath(), "/r");
-  EXPECT_EQ(loaded.First()->totalBytes, 0x12345678U);
-  EXPECT_EQ(loaded.First()->remoteTime, 0xFFFFFFFFU);
-  EXPECT_EQ(loaded.First()->keepAcrossRestart, 0U);
+  const RecordList loaded = LoadTaskList(path);
+  ASSERT_EQ(loaded.size(), 1U);
+  EXPECT_EQ(loaded.front()->RemotePath(), "/r");
+  EXPECT_EQ(loaded.front()->totalBytes, 0x12345678U);
+  EXPECT_EQ(loaded.front()->remoteTime, 0xFFFFFFFFU);
+  EXPECT_EQ(loaded.front()->keepAcrossRestart, 0U);
   SaveTaskList(loaded, path);
   EXPECT_EQ(test::ReadFile(path), bytes) << "nothing is lost on the way";
 }
@@ -69,17 +69,17 @@ TEST(TaskList, ARecordHasTheseBytes) {
 TEST(TaskList, FinishedAndOversizedRecordsAreLeftOut) {
   const TemporaryFolder folder;
   const std::string path = folder.File("list");
-  EXPECT_TRUE(LoadTaskList(path).Empty());
+  EXPECT_TRUE(LoadTaskList(path).empty());
   EXPECT_TRUE(std::filesystem::exists(path));
   const std::string longest(961 - 2, 'p');  // beside the "/l" of the local path
   SaveTaskList(
-      ChainOf({Record(1, "/a", TransferState::Finished), Record(2, longest, TransferState::Failed),
-               Record(3, longest + "p", TransferState::Queued),
-               Record(4, std::string(70000, 'p'), TransferState::Queued),
-               Record(5, "/b", static_cast<TransferState>(77))}),
+      ListOf({Record(1, "/a", TransferState::Finished), Record(2, longest, TransferState::Failed),
+              Record(3, longest + "p", TransferState::Queued),
+              Record(4, std::string(70000, 'p'), TransferState::Queued),
+              Record(5, "/b", static_cast<TransferState>(77))}),
       path);
   EXPECT_EQ(Ids(LoadTaskList(path)), (std::vector<std::uint32_t>{2, 5}));
-  SaveTaskList(ChainOf({Record(1, "/a", TransferState::Finished)}), path);
+  SaveTaskList(ListOf({Record(1, "/a", TransferState::Finished)}), path);
   EXPECT_EQ(std::filesystem::file_size(path), 0U);
 }
 
@@ -96,11 +96,11 @@ TEST(TaskList, RecordsAreWholeWhereverTheBufferCutsThem) {
       records.push_back(Record(id, "/r\xFF\xFF", static_cast<TransferState>(0xFFFFFFFF)));
       ids.push_back(id);
     }
-    SaveTaskList(ChainOf(records), path);
-    const RecordChain loaded = LoadTaskList(path);
+    SaveTaskList(ListOf(records), path);
+    const RecordList loaded = LoadTaskList(path);
     ASSERT_EQ(Ids(loaded), ids) << padding;
-    for (const TransferRecord& record : loaded) {
-      ASSERT_EQ(record.LocalPath(), "/l") << padding;
+    for (const auto& record : loaded) {
+      ASSERT_EQ(record->LocalPath(), "/l") << padding;
     }
   }
 }

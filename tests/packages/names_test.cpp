@@ -40,7 +40,7 @@ TEST(PackageNames, OnlyFoldersOfFourteenDigitsArePackages) {
     entries.push_back({name, kEntryFolder});
   }
   std::vector<std::size_t> lengths;
-  for (const ListedPackage& package : PackagesIn(*MakeListing(entries))) {
+  for (const ListedPackage& package : PackagesIn(MakeListing(entries))) {
     lengths.push_back(package.name.size());
   }
   EXPECT_THAT(lengths, ElementsAre(14, 16, 258));
@@ -85,10 +85,10 @@ TEST(AttachmentTexts, TipHasALineForEachColumnWithoutWidth) {
   entry.name = "a.zip";
   entry.type = kEntryFile;
   entry.modificationTime = 1200389400;
-  EXPECT_EQ(AttachmentTip({entry, 0}),
+  EXPECT_EQ(AttachmentTip(AttachmentRecord(entry)),
             u"Name:a.zip\r\nSize:\r\nType:ZIP File\r\nCreated:2008-01-15 09:30");
   entry.type = kEntryFolder;
-  EXPECT_EQ(AttachmentTip({entry, 0}),
+  EXPECT_EQ(AttachmentTip(AttachmentRecord(entry)),
             u"Name:a.zip\r\nType:File folder\r\nCreated:2008-01-15 09:30");
 }
 
@@ -99,7 +99,7 @@ TEST(AttachmentOrder, ComparesKeysTimesTheDirection) {
     entry.size = size;
     entry.modificationTime = size;
     entry.type = type;
-    return AttachmentRecord(entry, 0);
+    return AttachmentRecord(entry);
   };
   const AttachmentRecord small = record("B", 1, kEntryFile);
   const AttachmentRecord large = record("a", 0xFFFFFFFF, kEntryFile);
@@ -123,16 +123,16 @@ TEST(AttachmentOrder, ComparesKeysTimesTheDirection) {
 
 TEST(PackageOrder, ComparesTextsWithoutCaseAndKeepsTies) {
   PackageListModel model;
-  LongParam item = 0;
+  quint64 item = 0;
   for (const QString& from : {u"b"_qs, u""_qs, u"A"_qs, u"B"_qs, u"a"_qs}) {
-    PackageRow row(DirectoryEntry(), ++item);
+    PackageRow row(DirectoryEntry(), TreeItem{++item});
     row.cells[package_column::kFrom] = from;
     model.AddOnTop(std::move(row));
   }
   const auto order = [&model] {
     std::string items;
     for (int row = 0; row < model.rowCount(); ++row) {
-      items += std::to_string(model.Row(row).treeItem);
+      items += std::to_string(static_cast<quint64>(model.Row(row).treeItem));
     }
     return items;
   };

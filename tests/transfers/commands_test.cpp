@@ -43,7 +43,7 @@ TEST_F(StatusCommands, ResumeGoesOnWhereItStood) {
   EXPECT_EQ(task->record->statistics.lastSampleTick, 77U);
   EXPECT_EQ(task->lastResult, 0);
   EXPECT_FALSE(task->Running());
-  EXPECT_THAT(frame_.log, ::testing::ElementsAre("wake"));
+  EXPECT_THAT(tasks_.log, ::testing::ElementsAre("wake"));
 }
 
 TEST_F(StatusCommands, ARefusedSessionIsOpenedAnew) {
@@ -53,11 +53,11 @@ TEST_F(StatusCommands, ARefusedSessionIsOpenedAnew) {
     for (const auto& command : {u"resume"_qs, u"redo"_qs}) {
       task->record->state = State::Failed;
       task->lastResult = 8198;
-      frame_.grantedSessid = reachable ? "fresh " + ToUtf8(command) : "";
+      tasks_.session.sessid = reachable ? "fresh " + ToUtf8(command) : "";
       Choose(0, command);
       EXPECT_EQ(task->record->state, reachable ? State::Queued : State::Failed);
       EXPECT_EQ(task->lastResult, reachable ? 0 : 8198);
-      EXPECT_EQ(task->Sessid(), reachable ? frame_.grantedSessid : "old");
+      EXPECT_EQ(task->Sessid(), reachable ? tasks_.session.sessid : "old");
     }
   }
   EXPECT_EQ(Asked("wake"), 2);
@@ -74,7 +74,7 @@ TEST_F(StatusCommands, RedoBeginsFromNothing) {
   task->childRecord->doneBytes = 7;
   task->childRecord->state = State::Finished;
   ticks_.now += 10;
-  TaskState(*task, 0);
+  EndTask(*task, 0);
 
   person_.answer = QMessageBox::Cancel;
   Choose(0, u"redo"_qs);
@@ -123,8 +123,8 @@ TEST_F(StatusCommands, DeleteTakesPartialFilesAlong) {
     EXPECT_EQ(person_.seen.back(), "Are you sure you want to make this deletion?");
     EXPECT_EQ(fs::exists(file), state == State::Finished);
     EXPECT_EQ(Rows(), 0);
-    EXPECT_EQ(frame_.Tasks().Find(task->id), nullptr);
-    EXPECT_EQ(frame_.Tasks().Records().Size(), 0U);
+    EXPECT_EQ(tasks_.store.Find(task->id), nullptr);
+    EXPECT_EQ(tasks_.store.Records().size(), 0U);
   }
 }
 
@@ -134,9 +134,9 @@ TEST_F(StatusCommands, DeleteWhileTheWorkerRuns) {
   Choose(0, u"delete"_qs);
   EXPECT_EQ(held->record->state, State::Stopped);
   // What the worker still says is about a task that is gone, and so is this announcement.
-  Send(frame_message::kTaskAdded, held->id, 0);
-  BlockDone(*held);
-  TaskState(*held, -8194);
+  window_.AddRow(held->id);
+  window_.ShowBlock(held->id);
+  EndTask(*held, -8194);
   EXPECT_EQ(held->lastResult, 0);
   EXPECT_EQ(Rows(), 0);
   const std::weak_ptr<TransferTask> task = held;

@@ -1,49 +1,45 @@
 #include <QTest>
 
-#include "resources/string_id.h"
 #include "service/result_codes.h"
 #include "tests/transfers/window_world.h"
 
 namespace updown::test {
 namespace {
 
-constexpr int kProcessing = static_cast<int>(StringId::Processing);
-
 using StatusRows = WindowWorld;
 
 TEST_F(StatusRows, ShowsAnAnnouncedTask) {
-  EXPECT_EQ(frame_.restores, 1);
   const TaskPointer task = AddTask(State::Queued, 5000, 10000);
   EXPECT_EQ(Cell(0, Column::SourceEnd), "/pkg/file1");
   EXPECT_EQ(Cell(0, Column::TargetEnd), disk_.File("file1"));
   EXPECT_EQ(Course(0), "4 KB|||");
   EXPECT_EQ(task->record->statistics.startBytes, 5000U);
 
-  const TaskPointer upload = frame_.Tasks().CreateTask();
+  const TaskPointer upload =
+      tasks_.store.AddDownload({"x", "/remote", "sessid", "server", 80}, "/local", true);
   upload->record->direction = 1;
-  upload->record->SetPaths({"/remote", "/local"});
-  Send(frame_message::kTaskAdded, upload->id, 0);
+  window_.AddRow(upload->id);
   EXPECT_EQ(Cell(1, Column::SourceEnd), "/local");
   EXPECT_EQ(Cell(1, Column::TargetEnd), "/remote");
 }
 
 TEST_F(StatusRows, FollowsATransferToItsEnd) {
   const TaskPointer task = AddTask(State::Queued, 0, 4096 * 10);
-  TaskState(*task, kProcessing);
+  window_.ShowStarted(task->id);
   EXPECT_EQ(Course(0), "Processing ...|||");
   EXPECT_EQ(task->lastResult, 0);
 
   ticks_.now += 1000;
   task->record->doneBytes = 4096;
-  BlockDone(*task);
+  window_.ShowBlock(task->id);
   EXPECT_EQ(Course(0), "4 KB||4.00 KB/s|00 : 00 : 09 ");
 
   ticks_.now += 1000;
   task->record->doneBytes = 4096 * 10;
   task->record->state = State::Finished;
   // A late start notice finds the state as it is.
-  for (const int code : {0, kProcessing}) {
-    TaskState(*task, code);
+  for (const bool late : {false, true}) {
+    late ? window_.ShowStarted(task->id) : EndTask(*task, 0);
     EXPECT_EQ(Course(0), "40 KB|Completed|20.00 KB/s|");
   }
 }
@@ -51,7 +47,7 @@ TEST_F(StatusRows, FollowsATransferToItsEnd) {
 TEST_F(StatusRows, TellsOfTransfersWithoutARateOrASize) {
   const TaskPointer empty = AddTask(State::Finished);
   ticks_.now += 50;
-  TaskState(*empty, 0);
+  EndTask(*empty, 0);
   EXPECT_EQ(Course(0), "0 KB|Completed|N/A|");
   const TaskPointer stalled = AddTask(State::Queued, 0, 8000);
   const TaskPointer unknown = AddTask(State::Queued);
@@ -59,7 +55,7 @@ TEST_F(StatusRows, TellsOfTransfersWithoutARateOrASize) {
   folder->childRecord->doneBytes = 1024;
   ticks_.now += 1000;
   for (const TaskPointer& task : {stalled, unknown, folder}) {
-    BlockDone(*task);
+    window_.ShowBlock(task->id);
   }
   EXPECT_EQ(Course(1), "0 KB||0 B/s|");
   EXPECT_EQ(Course(2), "0 KB|||00 : 00 : 00 ");
@@ -88,7 +84,7 @@ TEST_F(StatusRows, ShowsACodeUnlessTheTaskStoppedOrFinished) {
   for (const auto& c : cases) {
     const TaskPointer task = AddTask(c.state, 1024, 2048);
     ticks_.now += c.after;
-    TaskState(*task, c.code);
+    EndTask(*task, c.code);
     EXPECT_EQ(Cell(Rows() - 1, Column::Transferred), c.transferred) << c.code;
     EXPECT_EQ(task->lastResult, c.remembered ? std::abs(c.code) : 0) << c.code << ' ' << c.after;
   }
@@ -99,13 +95,13 @@ TEST_F(StatusRows, FindsRowsAfterARemovalAbove) {
   const TaskPointer second = AddTask(State::Queued, 0, 9000);
   Choose(0, u"delete"_qs);
   second->record->doneBytes = 3000;
-  BlockDone(*second);
+  window_.ShowBlock(second->id);
   EXPECT_EQ(Rows(), 1);
   EXPECT_EQ(Cell(0, Column::Transferred), "2 KB");
-  // The number of the first record is free again and goes to a new task.
+  // The number of the first record is free again and goes to a new task, its name does not.
   const TaskPointer third = AddTask(State::Queued, 7000, 9000);
   EXPECT_EQ(third->record->recordId, first->record->recordId);
-  BlockDone(*third);
+  window_.ShowBlock(third->id);
   EXPECT_EQ(Cell(1, Column::Transferred), "6 KB");
 }
 
@@ -126,7 +122,6 @@ TEST_F(StatusRows, LaysTheWindowOutAndHidesIt) {
   window_.close();
   EXPECT_FALSE(window_.isVisible());
   EXPECT_EQ(Rows(), 1);
-  EXPECT_TRUE(IsWindow(window_.Handle()));
 }
 
 }  // namespace

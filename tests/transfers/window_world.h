@@ -4,11 +4,14 @@
 
 #include <QAction>
 #include <algorithm>
+#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
-#include "tests/support/fake_frame.h"
+#include "tests/support/granted_session.h"
 #include "tests/support/person.h"
+#include "tests/support/temporary_folder.h"
 #include "transfers/transfer_status_dlg.h"
 
 namespace updown::test {
@@ -22,42 +25,48 @@ class MovedTicks : public TickCounter {
   std::uint32_t now = 1000;
 };
 
-// The window with its frame, its desktop and a person who answers boxes.
+// Real tasks and a session, and a log of what the window asks.
+class FakeTasks : public TransferTasks {
+ public:
+  TaskPointer Find(TaskId task) const override { return store.Find(task); }
+  bool StreamLimitReached() const override { return store.StreamLimitReached(); }
+  void RemoveTask(TaskId task) override { store.RemoveTask(task); }
+  std::optional<std::string> RenewSession() override {
+    session.Session().Close();
+    return session.Session().OpenSharedSession().open ? std::optional(session.Session().Sessid())
+                                                      : std::nullopt;
+  }
+  void WakeScheduler() override { log.emplace_back("wake"); }
+
+  Log log;
+  LaunchState launch;
+  GrantedSession session{log};
+  TaskStore store{std::make_shared<TaskQueue>(), launch};
+};
+
+// The window with its tasks, its desktop and a person who answers boxes.
 class WindowWorld : public ::testing::Test {
  protected:
-  WindowWorld() {
-    window_.SetFrameWindow(frame_.FrameWindow());
-    window_.InitDialog();
-    list_ = window_.findChild<CListCtrlEx*>(u"transferList"_qs);
-  }
+  WindowWorld() { list_ = window_.findChild<CListCtrlEx*>(u"transferList"_qs); }
 
   // A task of this run, as a Save makes it; the row is there on return.
   TaskPointer AddTask(State state, std::uint32_t done = 0, std::uint32_t total = 0,
                       bool folder = false) {
     const std::string name = "file" + std::to_string(++made_);
-    TaskPointer task = frame_.Tasks().AddDownload(DraftOf(frame_, name, "/pkg/" + name),
-                                                  disk_.File(name), true, frame_.FrameWindow());
+    TaskPointer task = tasks_.store.AddDownload({name, "/pkg/" + name, "sessid", "server", 80},
+                                                disk_.File(name), true);
     task->record->state = state;
     task->record->doneBytes = done;
     task->record->totalBytes = total;
     if (folder) {
       task->record->isFolder = 1;
       task->isFolder = true;
-      task->childRecord = frame_.Tasks().CreateRecord();
-      task->childRecord->parentRecordId = task->record->recordId;
+      task->childRecord = std::make_shared<TransferRecord>();
     }
-    Send(frame_message::kTaskAdded, task->id, 0);
+    window_.AddRow(task->id);
     return task;
   }
-  void Send(std::uint32_t number, std::uintptr_t wParam, LongParam lParam) {
-    SendWindowMessage(window_.Handle(), number, wParam, lParam);
-  }
-  void BlockDone(const TransferTask& task) {
-    Send(frame_message::kBlockDone, task.record->recordId, 0);
-  }
-  void TaskState(const TransferTask& task, int code) {
-    Send(frame_message::kTaskState, task.id, code);
-  }
+  void EndTask(const TransferTask& task, int code) { window_.ShowEnded(task.id, {code, 0, {}}); }
   std::string Cell(int row, Column column) const {
     const auto* const model = list_->model();
     return ToUtf8(model->index(row, static_cast<int>(column)).data().toString());
@@ -68,9 +77,9 @@ class WindowWorld : public ::testing::Test {
            Cell(row, Column::Rate) + "|" + Cell(row, Column::Remaining);
   }
   int Rows() const { return list_->model()->rowCount(); }
-  // How often the frame was asked for something.
+  // How often the program was asked for something.
   auto Asked(const std::string& what) const {
-    return std::count(frame_.log.begin(), frame_.log.end(), what);
+    return std::count(tasks_.log.begin(), tasks_.log.end(), what);
   }
   void Choose(int row, const QString& command) {
     list_->SelectRow(row);
@@ -78,13 +87,13 @@ class WindowWorld : public ::testing::Test {
     QCoreApplication::processEvents();
   }
 
-  FakeFrame frame_;
+  FakeTasks tasks_;
   Person person_;
   MovedTicks ticks_;
   TemporaryFolder disk_;
   Log opened_;            // by the desktop
   QString chosenFolder_;  // the answer to the next question for a folder
-  CTransferStatusDlg window_{frame_, ticks_, MakeDesktop()};
+  CTransferStatusDlg window_{tasks_, ticks_, MakeDesktop()};
   CListCtrlEx* list_ = nullptr;
 
  private:

@@ -1,4 +1,4 @@
-#include "app/app.h"
+#include "app/application.h"
 
 #include <QApplication>
 #include <QLibraryInfo>
@@ -10,9 +10,10 @@
 #include "app/command_line.h"
 #include "app/launch_identity.h"
 #include "platform/unique_fd.h"
+#include "resources/qt/texts.h"
 #include "resources/strings.h"
-#include "widgets/boxes.h"
 #include "widgets/icons.h"
+#include "widgets/message_boxes.h"
 
 namespace updown {
 namespace {
@@ -33,11 +34,11 @@ void TranslateToolkit(AnsiCodePage codePage) {
 
 }  // namespace
 
-CUpDownApp::CUpDownApp(std::vector<std::string> arguments) : arguments_(std::move(arguments)) {}
+Application::Application(std::vector<std::string> arguments) : arguments_(std::move(arguments)) {}
 
-CUpDownApp::~CUpDownApp() { ExitInstance(); }
+Application::~Application() { ShutDown(); }
 
-bool CUpDownApp::InitInstance() {
+bool Application::Start() {
   IgnoreBrokenPipes();
   launch_ = ReadLaunchState();
   SetStringLanguage(launch_.languageId);
@@ -52,28 +53,27 @@ bool CUpDownApp::InitInstance() {
   if (!CheckCommandLine()) {
     return false;
   }
-  frame_ = std::make_unique<CMainFrame>(launch_, service_, *instanceEvent_);
-  frame_->LoadFrame();
-  QObject::connect(frame_.get(), &CMainFrame::Closed, frame_.get(), [this] {
+  window_ = std::make_unique<MainWindow>(launch_, service_, *instanceEvent_);
+  QObject::connect(window_.get(), &MainWindow::Closed, window_.get(), [this] {
     closed_ = true;
     QCoreApplication::exit();
   });
-  // Up to here a signal ends the process as usual: nothing is lost, and the frame's making may wait
-  // long for the service.
+  // Up to here a signal ends the process as usual: nothing is lost, and the window's making may
+  // wait long for the service.
   signals_ = std::make_unique<TerminationSignals>();
-  QObject::connect(signals_.get(), &TerminationSignals::Requested, frame_.get(), &QWidget::close);
-  frame_->show();
+  QObject::connect(signals_.get(), &TerminationSignals::Requested, window_.get(), &QWidget::close);
+  window_->show();
   return true;
 }
 
-bool CUpDownApp::BecomeInstance() {
+bool Application::BecomeInstance() {
   InstanceEvent::Result made =
       InstanceEvent::CreateOrSignal(InstanceEventNameOf(launch_.identityHash));
   instanceEvent_ = std::move(made.event);
   return made.outcome == InstanceEvent::Outcome::Created;
 }
 
-bool CUpDownApp::CheckCommandLine() {
+bool Application::CheckCommandLine() {
   const CommandLine parameters = ParseCommandLine(arguments_, launch_.CodePage());
   launch_.serverName = parameters.serverName;
   launch_.serverPort = parameters.serverPort;
@@ -84,15 +84,15 @@ bool CUpDownApp::CheckCommandLine() {
   return parameters.Accepted();
 }
 
-void CUpDownApp::Exec() {
+void Application::Exec() {
   if (!closed_) {
     QApplication::exec();
   }
 }
 
-bool CUpDownApp::ExitInstance() {
-  const bool ended = !frame_ || frame_->ShutDown();
-  frame_.reset();
+bool Application::ShutDown() {
+  const bool ended = !window_ || window_->ShutDown();
+  window_.reset();
   signals_.reset();
   return ended;
 }
@@ -103,15 +103,15 @@ int RunUpDown(int argc, char** argv, const Preparation& prepare) {
   // The toolkit's own options are none of the program's.
   int ownName = argc > 0 ? 1 : 0;
   const QApplication application(ownName, argv);
-  CUpDownApp app(std::move(arguments));
-  if (!app.InitInstance()) {
+  Application app(std::move(arguments));
+  if (!app.Start()) {
     return 0;
   }
   if (prepare) {
     prepare(app);
   }
   app.Exec();
-  if (!app.ExitInstance()) {
+  if (!app.ShutDown()) {
     std::fflush(nullptr);
     std::_Exit(EXIT_SUCCESS);
   }

@@ -4,7 +4,6 @@
 #include <QWidget>
 #include <string_view>
 
-#include "engine/tasks.h"
 #include "resources/string_id.h"
 
 namespace updown {
@@ -21,12 +20,5 @@ void ShowNotice(QWidget* owner, StringId text, std::u16string_view fallback);
 
 // OK and Cancel with the question icon; true unless Cancel.
 bool Confirm(QWidget* owner, StringId question, std::u16string_view fallback);
-
-// True if the limit of user tasks is reached; the user has been told then.
-bool CheckStreamLimit(const TaskStore& tasks, QWidget* owner);
-
-// A text of the string table as the windows use it.
-QString Text(StringId id);
-QString Text(StringId id, std::u16string_view fallback);
 
 }  // namespace updown

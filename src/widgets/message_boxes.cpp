@@ -1,4 +1,4 @@
-#include "widgets/boxes.h"
+#include "widgets/message_boxes.h"
 
 #include <QGridLayout>
 #include <QMessageBox>
@@ -6,8 +6,7 @@
 #include <QPushButton>
 #include <QSpacerItem>
 
-#include "platform/qt/text.h"
-#include "resources/strings.h"
+#include "resources/qt/texts.h"
 
 namespace updown {
 namespace {
@@ -65,21 +64,6 @@ void ShowNotice(QWidget* owner, StringId text, std::u16string_view fallback) {
 bool Confirm(QWidget* owner, StringId question, std::u16string_view fallback) {
   return RunBox(owner, Text(question, fallback), Text(StringId::ProgramTitle), BoxIcon::Question,
                 QMessageBox::Ok | QMessageBox::Cancel) == QMessageBox::Ok;
-}
-
-bool CheckStreamLimit(const TaskStore& tasks, QWidget* owner) {
-  if (!tasks.StreamLimitReached()) {
-    return false;
-  }
-  ShowNotice(owner, StringId::StreamLimit,
-             u"The maximum number of data streams has been reached. Operation aborted.");
-  return true;
-}
-
-QString Text(StringId id) { return ToQString(LoadText(id)); }
-
-QString Text(StringId id, std::u16string_view fallback) {
-  return ToQString(LoadText(id, fallback));
 }
 
 }  // namespace updown

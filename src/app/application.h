@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "app/main_frame.h"
+#include "app/main_window.h"
 #include "app/termination_signals.h"
 #include "engine/launch_state.h"
 #include "platform/instance_event.h"
@@ -14,24 +14,24 @@
 namespace updown {
 
 // One launch of the program, from its parameters to its end. Needs a QApplication; main thread.
-class CUpDownApp {
+class Application {
  public:
-  explicit CUpDownApp(std::vector<std::string> arguments);  // the process's, UTF-8
-  ~CUpDownApp();
+  explicit Application(std::vector<std::string> arguments);  // the process's, UTF-8
+  ~Application();
 
   // Start-up. False if the process is to end at once: another instance of this identity runs and
   // has been brought forward, or the command line is refused and the user has been told.
-  bool InitInstance();
+  bool Start();
 
-  // Runs until the frame is closed.
+  // Runs until the window is closed.
   void Exec();
 
-  // The frame's end. False if threads of the engine still use what this object holds: then the
+  // The window's end. False if threads of the engine still use what this object holds: then the
   // process must end without destroying it.
-  bool ExitInstance();
+  bool ShutDown();
 
-  // Null before InitInstance and after ExitInstance.
-  CMainFrame* Frame() const { return frame_.get(); }
+  // Null before Start and after ShutDown.
+  MainWindow* Window() const { return window_.get(); }
 
  private:
   bool BecomeInstance();
@@ -41,14 +41,14 @@ class CUpDownApp {
   LaunchState launch_;
   FileService service_;
   std::unique_ptr<InstanceEvent> instanceEvent_;
-  std::unique_ptr<CMainFrame> frame_;
+  std::unique_ptr<MainWindow> window_;
   std::unique_ptr<TerminationSignals> signals_;
   bool closed_ = false;
 };
 
 // The whole program but for its main: gives the exit code, or ends the process itself when a thread
-// cannot be waited for. `prepare` is called with the frame on screen, before the message loop.
-using Preparation = std::function<void(CUpDownApp&)>;
+// cannot be waited for. `prepare` is called with the window on screen, before the message loop.
+using Preparation = std::function<void(Application&)>;
 int RunUpDown(int argc, char** argv, const Preparation& prepare = {});
 
 }  // namespace updown

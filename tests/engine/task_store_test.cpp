@@ -1,9 +1,6 @@
-#include "engine/tasks.h"
+#include "engine/task_store.h"
 
 #include <gtest/gtest.h>
-
-#include "engine/frame_messages.h"
-#include "tests/support/window_pump.h"
 
 namespace updown {
 namespace {
@@ -13,14 +10,14 @@ using Scope = TaskStore::DuplicateScope;
 class Tasks : public testing::Test {
  protected:
   TaskPointer Add(const std::string& remotePath, bool keep = true) {
-    return store.AddDownload({"name", remotePath, "sessid", "server", 80}, "/local", keep, {});
+    return store.AddDownload({"name", remotePath, "sessid", "server", 80}, "/local", keep);
   }
   std::shared_ptr<TransferRecord> AddStored(std::uint32_t id, std::uint32_t parent, bool folder) {
     const auto record = std::make_shared<TransferRecord>();
     record->recordId = id;
     record->parentRecordId = parent;
     record->isFolder = folder ? 1 : 0;
-    store.Records().Append(record);
+    store.AddStoredRecord(record);
     return record;
   }
 
@@ -72,9 +69,9 @@ TEST_F(Tasks, DuplicatesByCaseEndAndFolder) {
 TEST_F(Tasks, DraftsThatDoNotFitMakeNothing) {
   EXPECT_NE(Add("/" + std::string(258, 'x')), nullptr);
   EXPECT_EQ(Add("/" + std::string(259, 'x')), nullptr);
-  EXPECT_EQ(store.AddDownload({"", "/x", "", "", 80}, "/local", true, {}), nullptr);
-  EXPECT_EQ(store.AddDownload({"x", "/x", "", "", 80}, std::string(260, 'l'), true, {}), nullptr);
-  EXPECT_EQ(store.Records().Size(), 1U);
+  EXPECT_EQ(store.AddDownload({"", "/x", "", "", 80}, "/local", true), nullptr);
+  EXPECT_EQ(store.AddDownload({"x", "/x", "", "", 80}, std::string(260, 'l'), true), nullptr);
+  EXPECT_EQ(store.Records().size(), 1U);
 }
 
 TEST_F(Tasks, OnlyUnfinishedKeptTasksMeetTheLimit) {
@@ -89,17 +86,16 @@ TEST_F(Tasks, OnlyUnfinishedKeptTasksMeetTheLimit) {
   first->record->state = TransferState::Finished;
   EXPECT_FALSE(store.StreamLimitReached());
   store.DropUnkeptRecords();
-  EXPECT_EQ(store.Records().Size(), 5U);
+  EXPECT_EQ(store.Records().size(), 5U);
   EXPECT_NE(store.Find(hidden->id), nullptr) << "its worker may still run";
 }
 
 TEST_F(Tasks, RestoreMakesATaskForEachTopRecordInOrder) {
-  test::WindowPump pump;
-  int announced = 0;
-  const WindowHandle owner = pump.MakeWindow([&](const WindowMessage& message) {
-    announced += message.number == frame_message::kTaskAdded ? 1 : 0;
-    return 0;
-  });
+  std::vector<TaskId> announced;
+  const auto announce = [&](TaskId task) {
+    EXPECT_EQ(store.Find(task), nullptr) << "before a worker can know it";
+    announced.push_back(task);
+  };
   AddStored(3, 0, true)->state = TransferState::Failed;
   const auto file = AddStored(1, 0, false);
   const auto child = AddStored(7, 5, false);
@@ -107,12 +103,12 @@ TEST_F(Tasks, RestoreMakesATaskForEachTopRecordInOrder) {
   AddStored(8, 5, false);
   const auto doubled = AddStored(5, 0, true);
 
-  EXPECT_TRUE(store.RestoreTasks("sessid", owner));
-  EXPECT_FALSE(store.RestoreTasks("sessid", owner));
+  EXPECT_TRUE(store.RestoreTasks("sessid", announce));
+  EXPECT_FALSE(store.RestoreTasks("sessid", announce));
   std::vector<TaskId> ids;
   queue->ForEach([&ids](const TransferTask& task) { ids.push_back(task.id); });
   ASSERT_EQ(ids.size(), 4U);
-  EXPECT_TRUE(pump.RunUntil([&] { return announced == 4; }));
+  EXPECT_EQ(announced, ids);
   std::vector<TaskPointer> tasks;
   for (const TaskId id : ids) {
     tasks.push_back(store.Find(id));
@@ -126,32 +122,29 @@ TEST_F(Tasks, RestoreMakesATaskForEachTopRecordInOrder) {
   EXPECT_EQ(tasks[3]->record, doubled);
   EXPECT_NE(doubled->recordId, folder->recordId);
   EXPECT_EQ(tasks[3]->childRecord->parentRecordId, doubled->recordId);
-  EXPECT_EQ(store.Records().Size(), 8U);
+  EXPECT_EQ(store.Records().size(), 8U);
   EXPECT_EQ(queue->NextRunnableTask(), tasks[1]);
 
   store.RemoveTask(tasks[2]->id);
   EXPECT_EQ(store.Find(ids[2]), nullptr);
-  EXPECT_EQ(store.Records().Size(), 6U);
+  EXPECT_EQ(store.Records().size(), 6U);
   EXPECT_EQ(tasks[2]->record->state, TransferState::Stopped) << "its worker would run on";
 }
 
 TEST_F(Tasks, ATaskNeverHasTwoWorkers) {
   const TaskPointer task = Add("/x");
-  const std::uint32_t first = task->BeginRun();
+  task->BeginRun();
   task->ClearRunning();
   EXPECT_EQ(queue->NextRunnableTask(), nullptr);
-  task->EndRun(first);
+  task->EndRun();
   EXPECT_EQ(queue->NextRunnableTask(), task);
-  task->BeginRun();
-  task->EndRun(first);
-  EXPECT_TRUE(task->Running()) << "a late end of the first run";
 }
 
 TEST_F(Tasks, StopReachesRunningTasksAlone) {
   const TaskPointer waiting = Add("/waiting");
   const TaskPointer running = Add("/running");
   const TaskPointer failed = Add("/failed");
-  running->childRecord = store.CreateRecord();
+  running->childRecord = std::make_shared<TransferRecord>();
   running->BeginRun();
   failed->BeginRun();
   failed->record->state = TransferState::Failed;

@@ -1,4 +1,4 @@
-#include "app/main_frame.h"
+#include "app/main_window.h"
 
 #include <QCloseEvent>
 #include <QShortcut>
@@ -6,19 +6,21 @@
 
 #include "app/about_box.h"
 #include "app/login_prompt.h"
+#include "app/main_thread_lister.h"
 #include "app/pane_layout.h"
-#include "app/report_result.h"
 #include "app/task_list_path.h"
+#include "engine/posted_events.h"
 #include "localdata/tasklist.h"
-#include "platform/qt/text.h"
+#include "packages/pane_links.h"
+#include "platform/text.h"
+#include "resources/qt/texts.h"
 #include "resources/string_id.h"
-#include "widgets/boxes.h"
 #include "widgets/icons.h"
 
 namespace updown {
 namespace {
 
-constexpr int kFrameIcon = 128;
+constexpr int kWindowIcon = 128;
 constexpr int kInstancePollMs = 50;
 constexpr QSize kFirstSize{960, 720};
 constexpr int kTreeWidth = 200;  // when the keyboard opens it
@@ -34,61 +36,69 @@ std::shared_ptr<SchedulerContext> MakeContext(const FileService& service) {
 
 }  // namespace
 
-CMainFrame::CMainFrame(const LaunchState& launch, FileService& service,
+MainWindow::MainWindow(const LaunchState& launch, FileService& service,
                        InstanceEvent& instanceEvent)
     : launch_(launch),
-      service_(service),
       instanceEvent_(instanceEvent),
       context_(MakeContext(service)),
-      tasks_(context_->queue, launch),
       cache_(PackageCache::InitPackageCache(launch.identityHash)),
-      session_(service, launch, [this](bool refused) {
-        return AskForLogin(isVisible() ? this : nullptr, refused);
-      }) {
-  setObjectName(u"mainFrame"_qs);
+      session_(service, launch,
+               [this](bool refused) { return AskForLogin(isVisible() ? this : nullptr, refused); }),
+      requests_(session_, *this),
+      downloads_(launch, cache_, requests_, mainThread_, context_, *this),
+      saving_(downloads_.Tasks(), launch) {
+  setObjectName(u"mainWindow"_qs);
   LoadStoredTasks();
-  target_.emplace([this](const WindowMessage& message) { return WindowProc(message); });
-  const SharedSession::Opened opened = session_.OpenSharedSession();
-  if (!opened.open) {
-    CMainFrame::ReportResult(opened.error);
-  }
-}
-
-CMainFrame::~CMainFrame() {
-  ShutDown();
-  // Panes reach the frame's members up to their own end.
-  outer_.reset();
-}
-
-void CMainFrame::LoadStoredTasks() {
-  if (const std::optional<std::string> path = TaskListPath(launch_.identityHash)) {
-    tasks_.Records() = LoadTaskList(*path);
-  }
-  for (TransferRecord& record : tasks_.Records()) {
-    record.keepAcrossRestart = 1;
-  }
-}
-
-void CMainFrame::LoadFrame() {
+  ConnectEngine();
+  requests_.OpenSession();
   setWindowTitle(Text(StringId::FrameTitle));
   setAccessibleName(windowTitle());
-  setWindowIcon(LoadIcon(kFrameIcon));
+  setWindowIcon(LoadIcon(kWindowIcon));
   resize(kFirstSize);
-  const auto* about = new QShortcut(QKeySequence(Qt::Key_F1), this);
-  connect(about, &QShortcut::activated, this, [this] { ShowAboutBox(this); });
-  const auto* tree = new QShortcut(QKeySequence(Qt::Key_F6), this);
-  connect(tree, &QShortcut::activated, this, &CMainFrame::GoToTreeOrBack);
-  OnCreateClient();
+  MakeShortcuts();
+  CreatePanes();
   scheduler_ = std::make_unique<Scheduler>(context_);
 }
 
-void CMainFrame::OnCreateClient() {
+MainWindow::~MainWindow() {
+  ShutDown();
+  // Panes reach the window's members up to their own end.
+  outer_.reset();
+}
+
+void MainWindow::LoadStoredTasks() {
+  if (const std::optional<std::string> path = TaskListPath(launch_.identityHash)) {
+    for (const auto& record : LoadTaskList(*path)) {
+      Tasks().AddStoredRecord(record);
+    }
+  }
+}
+
+void MainWindow::ConnectEngine() {
+  context_->events =
+      std::make_shared<PostedEvents>(mainThread_.Calls(), static_cast<EngineEvents&>(*this));
+  context_->lister = std::make_shared<MainThreadLister>(
+      mainThread_.Calls(),
+      [this](const std::string& path) { return requests_.ListFolder(Utf8ToWide(path)); });
+  connect(&downloads_, &Downloads::SaveNeeded, &saving_, &TaskListSaving::Request);
+  connect(&downloads_, &Downloads::TaskAdded, this, &MainWindow::ShowAddedTask);
+  connect(&downloads_, &Downloads::TaskRestored, this, &MainWindow::ShowRestoredTask);
+}
+
+void MainWindow::MakeShortcuts() {
+  const auto* about = new QShortcut(QKeySequence(Qt::Key_F1), this);
+  connect(about, &QShortcut::activated, this, [this] { ShowAboutBox(this); });
+  const auto* tree = new QShortcut(QKeySequence(Qt::Key_F6), this);
+  connect(tree, &QShortcut::activated, this, &MainWindow::GoToTreeOrBack);
+}
+
+void MainWindow::CreatePanes() {
   instanceTimer_.start(kInstancePollMs, this);
   outer_ = std::make_unique<CMySplitter>(Qt::Horizontal);
-  tree_ = new CMyFolderTree(*this);
+  tree_ = new CMyFolderTree(requests_, downloads_, cache_);
   inner_ = new CMySplitter(Qt::Vertical);
-  list_ = new CMyFileListFormView(*this);
-  form_ = new CMyFormView(*this);
+  list_ = new CMyFileListFormView(requests_, cache_, launch_);
+  form_ = new CMyFormView(requests_, downloads_, cache_, launch_);
   outer_->setObjectName(u"outerSplitter"_qs);
   outer_->setAccessibleName(windowTitle());
   inner_->setObjectName(u"innerSplitter"_qs);
@@ -99,25 +109,21 @@ void CMainFrame::OnCreateClient() {
   outer_->addWidget(inner_);
   setCentralWidget(outer_.get());
   LayOutPanes();
-
-  form_->InitForm();
-  WireWindows();
-  tree_->InitTree();
-  statusWindow_ = std::make_unique<CTransferStatusDlg>(*this, SystemTicks());
-  statusWindow_->InitDialog();
-  statusWindow_->SetFrameWindow(FrameWindow());
-  list_->InitList();
+  ConnectPanes();
+  downloads_.RestoreTasks();
+  statusWindow_ = std::make_unique<CTransferStatusDlg>(downloads_, SystemTicks());
   list_->FocusList();
 }
 
-void CMainFrame::WireWindows() {
-  const WindowHandle frame = FrameWindow();
-  tree_->WireWindows(list_->Handle(), form_->Handle(), frame);
-  list_->WireWindows(tree_->Handle(), frame, form_->Handle());
-  form_->WireWindows(frame);
+void MainWindow::ConnectPanes() {
+  LinkPanes(*tree_, *list_, *form_);
+  connect(tree_, &CMyFolderTree::FolderListed, this, [this] { inner_->refresh(); });
+  connect(tree_, &CMyFolderTree::PackagesShown, this,
+          [this] { mainThread_.Post([this] { list_->SelectTopRow(); }); });
+  connect(form_, &CMyFormView::TransfersWanted, this, &MainWindow::ShowStatus);
 }
 
-void CMainFrame::LayOutPanes() {
+void MainWindow::LayOutPanes() {
   const PaneHeights heights = PaneHeightsOf(height());
   outer_->setStretchFactor(0, 0);
   outer_->setStretchFactor(1, 1);
@@ -128,7 +134,7 @@ void CMainFrame::LayOutPanes() {
 }
 
 // What dragging the bar does for the mouse: without it the keyboard could not rename a package.
-void CMainFrame::GoToTreeOrBack() {
+void MainWindow::GoToTreeOrBack() {
   if (tree_->hasFocus()) {
     list_->FocusList();
     return;
@@ -139,7 +145,7 @@ void CMainFrame::GoToTreeOrBack() {
   tree_->setFocus(Qt::ShortcutFocusReason);
 }
 
-void CMainFrame::showEvent(QShowEvent* event) {
+void MainWindow::showEvent(QShowEvent* event) {
   QMainWindow::showEvent(event);
   // Before it is shown a splitter knows no size of its own to divide.
   if (!laidOut_) {
@@ -148,61 +154,53 @@ void CMainFrame::showEvent(QShowEvent* event) {
   }
 }
 
-void CMainFrame::timerEvent(QTimerEvent* event) {
+void MainWindow::timerEvent(QTimerEvent* event) {
   if (event->timerId() == instanceTimer_.timerId()) {
     if (instanceEvent_.TestAndReset()) {
-      RaiseFrame();
+      Raise();
     }
-  } else if (event->timerId() == saveTimer_.timerId()) {
-    OnSavePause();
   } else {
     QMainWindow::timerEvent(event);
   }
 }
 
-void CMainFrame::RaiseFrame() {
+void MainWindow::Raise() {
   setWindowState(windowState() & ~Qt::WindowMinimized);
   show();
   raise();
   activateWindow();
 }
 
-void CMainFrame::closeEvent(QCloseEvent* event) {
+void MainWindow::closeEvent(QCloseEvent* event) {
   event->accept();
   hide();
   Q_EMIT Closed();
 }
 
-bool CMainFrame::ShutDown() {
+bool MainWindow::ShutDown() {
   if (threadsEnded_) {
     return *threadsEnded_;
   }
   instanceTimer_.stop();
-  saveTimer_.stop();
   hide();
   if (statusWindow_) {
     statusWindow_->hide();
   }
-  tasks_.DropUnkeptRecords();
-  SaveTasks();
+  Tasks().DropUnkeptRecords();
+  saving_.SaveAtEnd();
   // A worker that waits for a listing gets none, and goes on to its end.
-  target_.reset();
+  mainThread_.Close();
   threadsEnded_ = !scheduler_ || scheduler_->Stop(kStopLimit);
-  tasks_.Queue().Clear();
-  tasks_.Records().Clear();
+  Tasks().Clear();
   statusWindow_.reset();
   return *threadsEnded_;
 }
 
-WindowHandle CMainFrame::FrameWindow() const {
-  return target_ ? target_->Handle() : WindowHandle();
-}
-
-void CMainFrame::ReportResult(std::int64_t code) {
-  if (code != 0) {
-    // No caption: a blank, since an empty one would be replaced by the program's file name.
-    ShowBox(isVisible() ? this : nullptr, ToQString(ReportText(code)), u" "_qs,
-            BoxIcon::Exclamation);
+void MainWindow::ShowStatus() {
+  if (statusWindow_) {
+    statusWindow_->showNormal();
+    statusWindow_->raise();
+    statusWindow_->activateWindow();
   }
 }
 

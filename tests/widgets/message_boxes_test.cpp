@@ -1,4 +1,4 @@
-#include "widgets/boxes.h"
+#include "widgets/message_boxes.h"
 
 #include <gmock/gmock.h>
 

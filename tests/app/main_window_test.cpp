@@ -1,4 +1,6 @@
-// The frame against a service, in this process.
+// The main window against a service, in this process.
+#include "app/main_window.h"
+
 #include <gtest/gtest.h>
 
 #include <QApplication>
@@ -12,7 +14,6 @@
 #include <map>
 #include <thread>
 
-#include "app/main_frame.h"
 #include "localdata/tasklist.h"
 #include "service/messages.h"
 #include "tests/app/served_launch.h"
@@ -22,76 +23,77 @@ namespace {
 
 using Kind = peer::Fault::Kind;
 
-class FrameTest : public testing::Test {
+class MainWindowTest : public testing::Test {
  protected:
   void SetUp() override { Start({}); }
 
   void Start(peer::Options options) {
-    frame_.reset();
+    window_.reset();
     served_.emplace(std::move(options));
     std::filesystem::create_directory(served_->AreaFolder() + "/notes");
     std::ofstream(served_->AreaFolder() + "/notes/x.bin") << std::string(200000, 'x');
-    auto made = InstanceEvent::CreateOrSignal("frame_test " + served_->DataFolder());
+    auto made = InstanceEvent::CreateOrSignal("main_window_test " + served_->DataFolder());
     ASSERT_TRUE(made.event);
     event_ = std::move(made.event);
   }
 
   void Open() {
-    frame_ = std::make_unique<CMainFrame>(served_->Launch(), service_, *event_);
-    frame_->LoadFrame();
-    frame_->show();
+    window_ = std::make_unique<MainWindow>(served_->Launch(), service_, *event_);
+    window_->show();
   }
 
   bool Listed() {
-    const auto* const root = frame_->findChild<QTreeWidget*>()->topLevelItem(0);
+    const auto* const root = window_->findChild<QTreeWidget*>()->topLevelItem(0);
     return QTest::qWaitFor([root] { return root->childCount() == 4; }, kPatienceMs);
   }
 
   // A task whose file goes into the cache, where nobody is asked for its place.
   void Fetch(bool keep, const std::string& name) {
-    frame_->AddCacheDownload(keep, DraftOf(*frame_, name, "/notes/x.bin"));
+    const TaskDraft draft{name, "/notes/x.bin", window_->Session().Sessid(), "fileservice", 8080};
+    window_->Tasks().AddDownload(draft, window_->Cache().PathOf(name), keep);
+    window_->AllDownloads().WakeScheduler();
   }
 
   void ExpectEndsInTime() {
     QElapsedTimer timer;
     timer.start();
-    EXPECT_TRUE(frame_->ShutDown());
+    EXPECT_TRUE(window_->ShutDown());
     EXPECT_LT(timer.elapsed(), kExitMs);
-    EXPECT_FALSE(frame_->isVisible());
+    EXPECT_FALSE(window_->isVisible());
   }
 
   std::optional<ServedLaunch> served_;
   FileService service_;
   std::unique_ptr<InstanceEvent> event_;
-  std::unique_ptr<CMainFrame> frame_;
+  std::unique_ptr<MainWindow> window_;
 };
 
-TEST_F(FrameTest, ListsThePackagesInItsPanes) {
+TEST_F(MainWindowTest, ListsThePackagesInItsPanes) {
   Open();
   EXPECT_TRUE(Listed());
-  const auto splitters = frame_->findChildren<QSplitter*>();
+  const auto splitters = window_->findChildren<QSplitter*>();
   ASSERT_EQ(splitters.size(), 2);
   for (const QSplitter* splitter : splitters) {
     const QList<int> sizes = splitter->sizes();
     if (splitter->orientation() == Qt::Horizontal) {
       EXPECT_EQ(sizes[0], 0);
     } else {
-      EXPECT_EQ(sizes[0], frame_->height() * 8 / 21);
-      EXPECT_EQ(sizes[0] + sizes[1] + splitter->handleWidth(), frame_->height());
+      EXPECT_EQ(sizes[0], window_->height() * 8 / 21);
+      EXPECT_EQ(sizes[0] + sizes[1] + splitter->handleWidth(), window_->height());
     }
   }
 }
 
-TEST_F(FrameTest, AnOldWindowIsRaisedByASecondStart) {
+TEST_F(MainWindowTest, AnOldWindowIsRaisedByASecondStart) {
   Open();
-  frame_->showMinimized();
-  const auto second = InstanceEvent::CreateOrSignal("frame_test " + served_->DataFolder());
+  window_->showMinimized();
+  const auto second = InstanceEvent::CreateOrSignal("main_window_test " + served_->DataFolder());
   EXPECT_EQ(second.outcome, InstanceEvent::Outcome::AlreadyExists);
-  EXPECT_TRUE(QTest::qWaitFor([this] { return !frame_->isMinimized(); }, kPatienceMs));
+  EXPECT_TRUE(QTest::qWaitFor([this] { return !window_->isMinimized(); }, kPatienceMs));
 }
 
 // A block, the session's answer, the relay's two: each holds a worker in another place.
-TEST_F(FrameTest, EndsInTimeWhateverAWorkerWaitsFor) {
+TEST_F(MainWindowTest, EndsInTimeWhateverAWorkerWaitsFor) {
   for (const std::uint32_t stalled : {message::kReadBlock, message::kAttachSession, 1U, 2U}) {
     Start({});
     Open();
@@ -101,17 +103,17 @@ TEST_F(FrameTest, EndsInTimeWhateverAWorkerWaitsFor) {
     Fetch(true, "x.bin");
     ASSERT_TRUE(QTest::qWaitFor([&] { return served_->Saw(stalled); }, kPatienceMs)) << stalled;
     ExpectEndsInTime();
-    EXPECT_EQ(LoadTaskList(served_->TaskListFile()).Size(), 1U) << stalled;
-    frame_.reset();
+    EXPECT_EQ(LoadTaskList(served_->TaskListFile()).size(), 1U) << stalled;
+    window_.reset();
   }
 }
 
 // Its listing is the main thread's to make, and the main thread is on its way out.
-TEST_F(FrameTest, EndsInTimeWhileAWorkerAsksForAListing) {
-  RecordChain stored;
-  stored.Append(std::make_shared<TransferRecord>(StoredRecord{
+TEST_F(MainWindowTest, EndsInTimeWhileAWorkerAsksForAListing) {
+  RecordList stored;
+  stored.push_back(std::make_shared<TransferRecord>(StoredRecord{
       .paths = {"/notes", served_->DataFolder() + "/notes"}, .recordId = 1, .isFolder = 1}));
-  stored.Append(std::make_shared<TransferRecord>(StoredRecord{
+  stored.push_back(std::make_shared<TransferRecord>(StoredRecord{
       .paths = {}, .recordId = 2, .parentRecordId = 1, .state = TransferState::Stopped}));
   std::filesystem::create_directories(served_->DataFolder() + "/oxapp");
   SaveTaskList(stored, served_->TaskListFile());
@@ -121,29 +123,28 @@ TEST_F(FrameTest, EndsInTimeWhileAWorkerAsksForAListing) {
   bool running = false;
   while (!running && patience.elapsed() < kPatienceMs) {
     std::this_thread::yield();
-    frame_->Tasks().Queue().ForEach([&](const TransferTask& task) { running |= task.Running(); });
+    window_->Tasks().Queue().ForEach([&](const TransferTask& task) { running |= task.Running(); });
   }
   ASSERT_TRUE(running);
   ExpectEndsInTime();
-  EXPECT_EQ(LoadTaskList(served_->TaskListFile()).Size(), 2U);
+  EXPECT_EQ(LoadTaskList(served_->TaskListFile()).size(), 2U);
 }
 
-TEST_F(FrameTest, KeepsUserTasksAndDropsHiddenOnesAtItsEnd) {
+TEST_F(MainWindowTest, KeepsUserTasksAndDropsHiddenOnesAtItsEnd) {
   Open();
   ASSERT_TRUE(Listed());
   served_->Service().AddFault(
       {.kind = Kind::Stall, .message = message::kFileInformation, .times = 0});
   Fetch(true, "kept");
   Fetch(false, "hidden");
-  Fetch(true, "../out");
-  frame_.reset();
-  const RecordChain stored = LoadTaskList(served_->TaskListFile());
-  ASSERT_EQ(stored.Size(), 1U);
-  EXPECT_TRUE(stored.First()->LocalPath().ends_with("/kept"));
-  EXPECT_EQ(stored.First()->state.load(), TransferState::Queued) << "goes on at the next start";
+  window_.reset();
+  const RecordList stored = LoadTaskList(served_->TaskListFile());
+  ASSERT_EQ(stored.size(), 1U);
+  EXPECT_TRUE(stored.front()->LocalPath().ends_with("/kept"));
+  EXPECT_EQ(stored.front()->state.load(), TransferState::Queued) << "goes on at the next start";
 }
 
-TEST_F(FrameTest, FetchesAHeaderAgainThatWasCutOff) {
+TEST_F(MainWindowTest, FetchesAHeaderAgainThatWasCutOff) {
   const auto headersIn = [](const std::string& folder) {
     std::map<std::string, std::uintmax_t> sizes;
     for (const auto& file : std::filesystem::recursive_directory_iterator(folder)) {
@@ -154,19 +155,19 @@ TEST_F(FrameTest, FetchesAHeaderAgainThatWasCutOff) {
     return sizes;
   };
   const auto sent = headersIn(served_->AreaFolder());
-  const auto arrived = [&] { return headersIn(frame_->Cache().Root()); };
+  const auto arrived = [&] { return headersIn(window_->Cache().Root()); };
   served_->Service().AddFault({.kind = Kind::DropInside, .message = message::kReadBlock});
   Open();
   EXPECT_TRUE(QTest::qWaitFor([&] { return arrived().size() == sent.size() - 1; }, kPatienceMs));
   EXPECT_TRUE(QTest::qWaitFor(
       [&] {
-        QTest::keyClick(frame_->findChild<QTreeView*>(u"packageList"_qs), Qt::Key_F5);
+        QTest::keyClick(window_->findChild<QTreeView*>(u"packageList"_qs), Qt::Key_F5);
         return arrived() == sent;
       },
       kPatienceMs));
 }
 
-TEST_F(FrameTest, AsksForALoginBeforeThereIsAWindow) {
+TEST_F(MainWindowTest, AsksForALoginBeforeThereIsAWindow) {
   peer::Options options;
   options.login = peer::Login{"ann", "secret", "office"};
   Start(options);

@@ -1,0 +1,61 @@
+#include "app/main_window.h"
+#include "engine/package.h"
+
+// What the engine tells, on the main thread.
+
+namespace updown {
+
+// Queued once more: a task's row is made by a call that may still wait, and news find it only then.
+template <typename News>
+void MainWindow::TellStatus(News news) {
+  mainThread_.Post([this, news] {
+    if (statusWindow_) {
+      news(*statusWindow_);
+    }
+  });
+}
+
+void MainWindow::TaskStarted(TaskId task) noexcept {
+  if (downloads_.Find(task)) {
+    TellStatus([task](CTransferStatusDlg& status) { status.ShowStarted(task); });
+  }
+}
+
+void MainWindow::BlockDone(TaskId task) noexcept {
+  TellStatus([task](CTransferStatusDlg& status) { status.ShowBlock(task); });
+}
+
+void MainWindow::TaskEnded(TaskId task, const TransferResult& result) noexcept {
+  const TaskPointer ended = downloads_.Find(task);
+  if (!ended) {
+    return;
+  }
+  TellStatus([task, result](CTransferStatusDlg& status) { status.ShowEnded(task, result); });
+  if (!ended->record) {
+    return;
+  }
+  if (result.code == 0 && EndsInIni(ended->record->LocalPath())) {
+    list_->RefreshHeaderlessRows();
+  }
+  downloads_.DropFailedHeader(*ended->record);
+}
+
+void MainWindow::SaveNeeded() noexcept { saving_.Request(); }
+
+void MainWindow::ShowAddedTask(TaskId task) {
+  if (statusWindow_) {
+    statusWindow_->showNormal();
+    TellStatus([task](CTransferStatusDlg& status) { status.AddRow(task); });
+  }
+}
+
+void MainWindow::ShowRestoredTask(TaskId task) {
+  mainThread_.Post([this, task] {
+    if (statusWindow_ && downloads_.Find(task)) {
+      statusWindow_->showMinimized();
+      TellStatus([task](CTransferStatusDlg& status) { status.AddRow(task); });
+    }
+  });
+}
+
+}  // namespace updown

@@ -1,0 +1,85 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "engine/launch_state.h"
+#include "engine/record_index.h"
+#include "engine/task_queue.h"
+#include "localdata/transfer_record.h"
+
+namespace updown {
+
+inline constexpr std::uint32_t kStreamLimit = 5;   // unfinished user tasks at a time
+inline constexpr std::size_t kPathCapacity = 260;  // bytes or characters, terminator included
+
+// What a window asks to fetch, before there is a task for it.
+struct TaskDraft {
+  std::string displayName;  // UTF-8 file name to suggest or to use
+  std::string remotePath;   // UTF-8
+  std::string sessid;
+  std::string serverName;
+  std::uint32_t serverPort = kDefaultServerPort;
+};
+
+// The program's tasks and records. Main thread only; the queue inside has its own lock.
+class TaskStore {
+ public:
+  TaskStore(std::shared_ptr<TaskQueue> queue, const LaunchState& launch);
+
+  const RecordList& Records() const { return records_; }
+  TaskQueue& Queue() { return *queue_; }
+  TaskPointer Find(TaskId id) const { return queue_->Find(id); }
+
+  // Lowest positive number that no record uses.
+  std::uint32_t NextRecordId() const;
+
+  // A record of the stored list; it is kept from now on. RestoreTasks makes the tasks.
+  void AddStoredRecord(const std::shared_ptr<TransferRecord>& record);
+
+  // A task for `draft` with the target `localPath` (UTF-8), Queued. Null, with nothing made, if
+  // the draft has no displayName or a path does not fit the buffers. The caller wakes the
+  // scheduler.
+  TaskPointer AddDownload(const TaskDraft& draft, const std::string& localPath, bool keep);
+
+  // Duplicate tests of a wanted service path against the top records, "inside an existing folder"
+  // included; without regard to the case of ASCII letters, one "/" at the end not counted. An empty
+  // path is a duplicate.
+  enum class DuplicateScope { EveryState, QueuedOnly };
+  bool IsDuplicate(std::u16string_view wantedPath, DuplicateScope scope) const;
+
+  // kStreamLimit or more tasks with keepAcrossRestart whose state is not Finished.
+  bool StreamLimitReached() const;
+
+  // Makes a task for each top record while the queue is empty, and calls `announce` for each before
+  // a worker can know it. Returns whether it did anything; the caller then wakes the scheduler. A
+  // record whose number is 0 or taken by an earlier one gets a new number.
+  bool RestoreTasks(const std::string& sessid, const std::function<void(TaskId)>& announce);
+
+  // Takes the task out of the queue and its records out of the list. What a running worker holds
+  // lives on until the worker has ended.
+  void RemoveTask(TaskId id);
+
+  // The program's end: first the records that are not kept go, at last all tasks and records.
+  void DropUnkeptRecords();
+  void Clear();
+
+ private:
+  RecordIndex& Index() const;
+  std::shared_ptr<TransferRecord> MakeRecord() const;
+  void AppendRecord(const std::shared_ptr<TransferRecord>& record);
+  void RenumberRecords();
+  TaskPointer MakeTask(const std::shared_ptr<TransferRecord>& record);
+  std::shared_ptr<TransferRecord> MakeChild(const TransferRecord& folder);
+
+  std::shared_ptr<TaskQueue> queue_;
+  const LaunchState& launch_;
+  RecordList records_;
+  mutable RecordIndex index_;  // of records_, rebuilt when stale
+  mutable bool indexStale_ = true;
+};
+
+}  // namespace updown

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "engine/task_store.h"
+
+namespace updown {
+
+// What the status window needs of the tasks that it shows. Main thread only.
+class TransferTasks {
+ public:
+  virtual ~TransferTasks() = default;
+
+  virtual TaskPointer Find(TaskId task) const = 0;
+  virtual bool StreamLimitReached() const = 0;
+  virtual void RemoveTask(TaskId task) = 0;
+
+  // Opens the session anew: what transfers present from now on; nothing if it cannot be opened.
+  // The user may be asked for a login meanwhile.
+  virtual std::optional<std::string> RenewSession() = 0;
+
+  // Lets the scheduler look for runnable tasks, once the caller's work is done.
+  virtual void WakeScheduler() = 0;
+};
+
+}  // namespace updown

@@ -1,0 +1,104 @@
+#include "platform/posted_calls.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <atomic>
+#include <memory>
+#include <optional>
+#include <thread>
+#include <vector>
+
+#include "platform/event.h"
+
+namespace updown {
+namespace {
+
+// What a message box does: its loop has to be woken for what the outer one had not reached.
+TEST(PostedCalls, ALoopInsideACallGoesOnInOrder) {
+  int wakes = 0;
+  PostedCalls calls([&wakes] { ++wakes; });
+  std::vector<int> seen;
+  for (const int number : {1, 2, 3}) {
+    EXPECT_TRUE(calls.Post([&, number] {
+      seen.push_back(number);
+      if (number == 1) {
+        EXPECT_EQ(wakes, 2);
+        calls.Run();
+      }
+    }));
+  }
+  EXPECT_EQ(wakes, 1);
+  calls.Run();
+  EXPECT_EQ(seen, (std::vector<int>{1, 2, 3}));
+}
+
+TEST(PostedCalls, ACallThatPostsForEverLeavesTheLoopItsTurn) {
+  int wakes = 0;
+  PostedCalls calls([&wakes] { ++wakes; });
+  std::function<void()> again = [&] { calls.Post(again); };
+  calls.Post(again);
+  const int before = wakes;
+  calls.Run();
+  EXPECT_GT(wakes, before);
+}
+
+TEST(PostedCalls, TheEndMayComeInACallAndFreesWhatWaits) {
+  std::optional<PostedCalls> calls;
+  calls.emplace([] {});
+  const auto held = std::make_shared<int>(5);
+  int ran = 0;
+  calls->Post([&, held] {
+    ran += *held;
+    calls->Close();
+    EXPECT_FALSE(calls->Post([] {}));
+    calls.reset();
+    ran += *held;  // the call itself is still whole
+  });
+  calls->Post([&, held] { ran += 100; });
+  calls->Run();
+  EXPECT_EQ(ran, 10);
+  EXPECT_EQ(held.use_count(), 1);
+}
+
+// Calls of each thread keep their order, all run while the queue is open, and none behind its end:
+// it would touch what has been freed.
+TEST(PostedCalls, QueuesComeAndGoUnderBusyThreads) {
+  constexpr int kThreads = 4;
+  for (int round = 0; round < 300; ++round) {
+    auto last = std::make_unique<std::array<int, kThreads>>();
+    Event woken;
+    const auto calls = std::make_shared<PostedCalls>([&woken] { woken.Set(); });
+    std::atomic<int> accepted{0};
+    int ran = 0;
+    std::vector<std::thread> threads;
+    for (std::size_t i = 0; i < kThreads; ++i) {
+      threads.emplace_back([&, i] {
+        int number = 0;
+        while (calls->Post([&ran, &last, i, next = ++number] {
+          EXPECT_EQ(last->at(i) + 1, next);
+          last->at(i) = next;
+          ++ran;
+        })) {
+          ++accepted;
+          std::this_thread::yield();
+        }
+      });
+    }
+    for (int turn = 0; turn < round % 5; ++turn) {
+      ASSERT_TRUE(woken.WaitFor(std::chrono::seconds(20)));
+      woken.Reset();
+      calls->Run();
+    }
+    calls->Close();
+    last.reset();
+    for (std::thread& thread : threads) {
+      thread.join();
+    }
+    calls->Run();
+    EXPECT_LE(ran, accepted);
+  }
+}
+
+}  // namespace
+}  // namespace updown
