@@ -6,8 +6,8 @@
 #include <QStandardPaths>
 #include <utility>
 
-#include "app/offered_name.h"
-#include "localdata/files.h"
+#include "engine/result_texts.h"
+#include "localdata/file_names.h"
 #include "platform/qt/text.h"
 #include "platform/text.h"
 #include "resources/qt/texts.h"
@@ -24,25 +24,23 @@ QString FirstSaveFolder() {
 
 // The string names the pattern as users of other systems know it; here it would leave out every
 // file without a dot.
-QString AllFilesFilter() {
-  return Text(StringId::FileFilterAll, u"All files(*.*)").replace(u"*.*"_qs, u"*"_qs);
-}
+QString AllFilesFilter() { return Text(StringId::FileFilterAll).replace(u"*.*"_qs, u"*"_qs); }
 
 }  // namespace
 
-Downloads::Downloads(const LaunchState& launch, const PackageCache& cache, WindowRequests& requests,
-                     MainThread& mainThread, std::shared_ptr<SchedulerContext> context,
-                     QWidget& owner)
+Downloads::Downloads(const LaunchState& launch, const PackageCache& cache,
+                     const WorkerSession& session, MainThread& mainThread,
+                     std::shared_ptr<SchedulerContext> context, QWidget& owner)
     : launch_(launch),
       cache_(cache),
-      requests_(requests),
+      session_(session),
       mainThread_(mainThread),
       context_(std::move(context)),
       owner_(owner),
       tasks_(context_->queue, launch) {}
 
 TaskDraft Downloads::DraftOf(const std::string& name, const std::string& path) const {
-  return {name, path, requests_.Sessid(), launch_.serverName, launch_.serverPort};
+  return {name, path, Sessid(), launch_.serverName, launch_.serverPort};
 }
 
 std::optional<std::string> Downloads::AskForTarget(const std::string& displayName) {
@@ -51,7 +49,7 @@ std::optional<std::string> Downloads::AskForTarget(const std::string& displayNam
   dialog.setObjectName(u"saveDialog"_qs);
   dialog.setAcceptMode(QFileDialog::AcceptSave);
   dialog.setFileMode(QFileDialog::AnyFile);
-  dialog.selectFile(FromUtf8(OfferedName(displayName)));
+  dialog.selectFile(FromUtf8(displayName));
   if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
     return std::nullopt;
   }
@@ -68,7 +66,7 @@ bool Downloads::SaveFile(const std::string& name, const std::string& path) {
   const TaskPointer task = tasks_.AddDownload(DraftOf(name, path), *target, true);
   if (!task) {
     // A path that the task list cannot hold.
-    requests_.ReportResult(result::kFileOpen);
+    TellBox(&owner_, ToQString(ResultBoxText(result::kFileOpen)), u" "_qs, BoxIcon::Exclamation);
     return false;
   }
   context_->schedulerWake.Set();
@@ -78,26 +76,50 @@ bool Downloads::SaveFile(const std::string& name, const std::string& path) {
   return true;
 }
 
-void Downloads::FetchHeader(const std::string& name, const std::string& path) {
-  const std::string target = cache_.PathOf(name);
-  if (!target.empty() && tasks_.AddDownload(DraftOf(name, path), target, false)) {
-    context_->schedulerWake.Set();
+bool Downloads::FetchHeader(const std::string& package, const std::string& file) {
+  const std::string target = cache_.BeginFetch(file);
+  const std::string path = "/" + package + "/" + file;
+  if (target.empty() || !tasks_.AddDownload(DraftOf(file, path), target, false)) {
+    return false;
   }
+  context_->schedulerWake.Set();
+  return true;
 }
 
-// The next refresh repeats a failed fetch, but passes over what lies in the cache: so the piece
-// that has arrived goes, unless such a repetition writes there already.
-void Downloads::DropFailedHeader(const TransferRecord& record) {
-  const RecordPaths paths = record.Paths();
-  if (record.keepAcrossRestart == 0 && record.state == TransferState::Failed &&
-      !tasks_.IsDuplicate(Utf8ToWide(paths.remotePath), TaskStore::DuplicateScope::QueuedOnly)) {
-    DeleteLocalFile(paths.localPath);
+std::optional<Downloads::EndedHeader> Downloads::TakeHeader(const TransferTask& task) {
+  if (!task.record || task.record->keepAcrossRestart != 0) {
+    return std::nullopt;
   }
+  const RecordPaths paths = task.record->Paths();
+  const EndedHeader header{paths.remotePath.substr(paths.remotePath.rfind('/') + 1),
+                           task.record->state == TransferState::Finished &&
+                               cache_.EndFetch(paths.localPath)};
+  tasks_.RemoveTask(task.id);
+  return header;
 }
 
 void Downloads::RestoreTasks() {
-  if (tasks_.RestoreTasks(requests_.Sessid(), [this](TaskId task) { Q_EMIT TaskRestored(task); })) {
+  if (tasks_.RestoreTasks(Sessid(), [this](TaskId task) { Q_EMIT TaskRestored(task); })) {
     context_->schedulerWake.Set();
+  }
+}
+
+void Downloads::SessionGranted() {
+  tasks_.Queue().ForEach([sessid = Sessid()](TransferTask& task) {
+    if (task.Sessid().empty()) {
+      task.SetSessid(sessid);
+    }
+  });
+  context_->schedulerWake.Set();
+}
+
+void Downloads::FollowRename(const std::string& package, const std::string& newName) {
+  const std::vector<TaskId> moved = tasks_.FollowRename("/" + package, "/" + newName);
+  for (const TaskId task : moved) {
+    Q_EMIT TaskMoved(task);
+  }
+  if (!moved.empty()) {
+    Q_EMIT SaveNeeded();
   }
 }
 
@@ -106,20 +128,8 @@ void Downloads::RemoveTask(TaskId task) {
   Q_EMIT SaveNeeded();
 }
 
-bool Downloads::IsQueued(const std::u16string& path) {
-  return tasks_.IsDuplicate(path, TaskStore::DuplicateScope::QueuedOnly);
-}
-
-bool Downloads::IsDuplicate(const std::u16string& path) {
-  if (!tasks_.IsDuplicate(path, TaskStore::DuplicateScope::EveryState)) {
-    return false;
-  }
-  ShowNotice(&owner_, StringId::DuplicateTask, u"Duplicate task. Please try again.");
-  return true;
-}
-
-std::optional<std::string> Downloads::RenewSession() {
-  return requests_.ReopenSession() ? std::optional(requests_.Sessid()) : std::nullopt;
+bool Downloads::IsDuplicate(const std::string& path) const {
+  return tasks_.IsDuplicate(Utf8ToWide(path));
 }
 
 void Downloads::WakeScheduler() {

@@ -7,10 +7,11 @@
 #include <optional>
 #include <string>
 
-#include "app/window_requests.h"
 #include "engine/cache.h"
 #include "engine/scheduler.h"
 #include "engine/task_store.h"
+#include "engine/worker_session.h"
+#include "packages/header_fetches.h"
 #include "packages/package_downloads.h"
 #include "platform/qt/main_thread.h"
 #include "transfers/transfer_tasks.h"
@@ -18,35 +19,52 @@
 namespace updown {
 
 // The program's downloads: makes tasks of what panes and status window ask for. Main thread only.
-class Downloads : public QObject, public PackageDownloads, public TransferTasks {
+//
+// A task presents the session's key of the time at which it was made or started again; those that
+// were made before there was one get it from SessionGranted.
+class Downloads : public QObject,
+                  public PackageDownloads,
+                  public HeaderFetches,
+                  public TransferTasks {
   Q_OBJECT
 
  public:
   // `owner` stands behind the boxes. What it is given outlives it, the context's threads may
   // outlive it.
-  Downloads(const LaunchState& launch, const PackageCache& cache, WindowRequests& requests,
+  Downloads(const LaunchState& launch, const PackageCache& cache, const WorkerSession& session,
             MainThread& mainThread, std::shared_ptr<SchedulerContext> context, QWidget& owner);
 
   TaskStore& Tasks() { return tasks_; }
 
-  // Takes a header file that came in part out of the cache.
-  void DropFailedHeader(const TransferRecord& record);
+  // Puts the stored tasks into the queue while that is empty.
+  void RestoreTasks();
+  void SessionGranted();
 
-  void RestoreTasks() override;
-  bool IsQueued(const std::u16string& path) override;
-  void FetchHeader(const std::string& name, const std::string& path) override;
+  // For a task that has ended: the header file that it was to bring, and whether the cache has that
+  // now; nothing if it was the user's. The task of a header goes.
+  struct EndedHeader {
+    std::string file;
+    bool arrived = false;
+  };
+  std::optional<EndedHeader> TakeHeader(const TransferTask& task);
+
+  // What is still to be fetched from a renamed package is fetched under its new name.
+  void FollowRename(const std::string& package, const std::string& newName);
+
+  bool FetchHeader(const std::string& package, const std::string& file) override;
   bool StreamLimitReached() const override { return tasks_.StreamLimitReached(); }
-  bool IsDuplicate(const std::u16string& path) override;
+  bool IsDuplicate(const std::string& path) const override;
   bool SaveFile(const std::string& name, const std::string& path) override;
 
   TaskPointer Find(TaskId task) const override { return tasks_.Find(task); }
   void RemoveTask(TaskId task) override;
-  std::optional<std::string> RenewSession() override;
+  std::string Sessid() const override { return session_.Key().sessid; }
   void WakeScheduler() override;
 
  Q_SIGNALS:
   void TaskAdded(TaskId task);     // by the user, a moment ago
   void TaskRestored(TaskId task);  // from the stored list; no worker knows it yet
+  void TaskMoved(TaskId task);     // its service path is another one
   void SaveNeeded();               // the stored list is out of date
 
  private:
@@ -55,7 +73,7 @@ class Downloads : public QObject, public PackageDownloads, public TransferTasks 
 
   const LaunchState& launch_;
   const PackageCache& cache_;
-  WindowRequests& requests_;
+  const WorkerSession& session_;
   MainThread& mainThread_;
   const std::shared_ptr<SchedulerContext> context_;
   QWidget& owner_;
