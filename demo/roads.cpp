@@ -4,7 +4,7 @@
 
 #include "demo/legs.h"
 #include "demo/walk_package.h"
-#include "resources/strings.h"
+#include "resources/texts.h"
 #include "widgets/boxes.h"
 
 namespace updown::demo {

@@ -10,7 +10,7 @@
 #include "app/command_line.h"
 #include "app/launch_identity.h"
 #include "platform/unique_fd.h"
-#include "resources/strings.h"
+#include "resources/texts.h"
 #include "widgets/boxes.h"
 #include "widgets/icons.h"
 

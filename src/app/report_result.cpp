@@ -6,7 +6,7 @@
 
 #include "platform/text.h"
 #include "resources/string_id.h"
-#include "resources/strings.h"
+#include "resources/texts.h"
 #include "service/result_codes.h"
 
 namespace updown {

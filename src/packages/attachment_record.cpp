@@ -6,7 +6,7 @@
 
 #include "packages/file_type_names.h"
 #include "packages/service_names.h"
-#include "resources/strings.h"
+#include "resources/texts.h"
 #include "widgets/size_texts.h"
 
 namespace updown {

@@ -3,7 +3,7 @@
 #include <string_view>
 
 #include "engine/launch_state.h"
-#include "resources/strings.h"
+#include "resources/texts.h"
 
 namespace updown {
 namespace {

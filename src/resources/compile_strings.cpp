@@ -203,7 +203,7 @@ void CheckComplete(const std::map<std::uint32_t, Row>& rows,
 }
 
 void WriteTable(std::ostream& out, const std::map<std::uint32_t, Row>& rows) {
-  out << "// Made from strings.tsv at build time.\n"
+  out << "// Made from texts.inc at build time.\n"
          "#include \"resources/string_table.h\"\n\n"
          "namespace updown {\nnamespace {\n\nusing namespace std::string_view_literals;\n\n"
          "constexpr std::array<StringRow, "

@@ -4,7 +4,7 @@
 
 namespace updown {
 
-// Ids of the string table (strings.tsv). Windows pass them on as numbers too: a result code's text
+// Ids of the string table (texts.inc). Windows pass them on as numbers too: a result code's text
 // and the scheduler's "Processing ..." travel as string ids.
 enum class StringId : std::uint32_t {
   FrameTitle = 128,

@@ -7,7 +7,7 @@
 
 namespace updown {
 
-// What the build makes of strings.tsv, ascending by id.
+// What the build makes of texts.inc, ascending by id.
 struct StringRow {
   std::uint32_t id;
   bool byNumber;                             // found by a bare number, not by its name alone

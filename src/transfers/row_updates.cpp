@@ -1,7 +1,7 @@
 #include "transfers/row_updates.h"
 
 #include "platform/qt/text.h"
-#include "resources/strings.h"
+#include "resources/texts.h"
 #include "transfers/rate_statistics.h"
 #include "transfers/transfer_texts.h"
 #include "widgets/boxes.h"

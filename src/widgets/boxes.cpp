@@ -7,7 +7,7 @@
 #include <QSpacerItem>
 
 #include "platform/qt/text.h"
-#include "resources/strings.h"
+#include "resources/texts.h"
 
 namespace updown {
 namespace {

@@ -7,7 +7,7 @@
 #include "app/report_result.h"
 #include "app/save_throttle.h"
 #include "app/task_list_path.h"
-#include "resources/strings.h"
+#include "resources/texts.h"
 #include "service/result_codes.h"
 #include "tests/support/temporary_folder.h"
 

@@ -4,7 +4,7 @@
 
 #include "packages/form_layout.h"
 #include "packages/header_text.h"
-#include "resources/strings.h"
+#include "resources/texts.h"
 
 namespace updown {
 namespace {

@@ -17,7 +17,7 @@
 #include "packages/my_file_list_form_view.h"
 #include "packages/my_folder_tree.h"
 #include "packages/my_form_view.h"
-#include "resources/strings.h"
+#include "resources/texts.h"
 #include "tests/support/fake_frame.h"
 #include "tests/support/person.h"
 

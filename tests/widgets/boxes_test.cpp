@@ -4,7 +4,7 @@
 
 #include <QTest>
 
-#include "resources/strings.h"
+#include "resources/texts.h"
 #include "tests/support/person.h"
 #include "widgets/busy_pointer.h"
 #include "widgets/icons.h"

@@ -1,4 +1,4 @@
-#include "resources/strings.h"
+#include "resources/texts.h"
 
 #include <gtest/gtest.h>
 

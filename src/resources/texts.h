@@ -8,7 +8,7 @@
 
 namespace updown {
 
-// The texts of the three languages, compiled in from strings.tsv.
+// The texts of the three languages, compiled in from texts.inc.
 
 // Chooses the language once, before any window exists: 1033, 2052 or 1028; any other number gets
 // the English texts.
