@@ -30,9 +30,7 @@ QString FirstSaveFolder() {
 
 // The string names the pattern as users of other systems know it; here it would leave out every
 // file without a dot.
-QString AllFilesFilter() {
-  return Text(StringId::FileFilterAll, u"All files(*.*)").replace(u"*.*"_qs, u"*"_qs);
-}
+QString AllFilesFilter() { return Text(StringId::FileFilterAll).replace(u"*.*"_qs, u"*"_qs); }
 
 }  // namespace
 
@@ -108,7 +106,7 @@ bool CMainFrame::IsDuplicateUserTask(const std::u16string& path) {
     return false;
   }
   if (!path.empty()) {
-    ShowNotice(this, StringId::DuplicateTask, u"Duplicate task. Please try again.");
+    ShowNotice(this, StringId::DuplicateTask);
   }
   return true;
 }

@@ -7,8 +7,8 @@
 #include "app/about_box.h"
 #include "app/login_prompt.h"
 #include "app/pane_layout.h"
-#include "app/report_result.h"
 #include "app/task_list_path.h"
+#include "engine/result_texts.h"
 #include "localdata/tasklist.h"
 #include "platform/qt/text.h"
 #include "resources/string_id.h"
@@ -201,7 +201,7 @@ WindowHandle CMainFrame::FrameWindow() const {
 void CMainFrame::ReportResult(std::int64_t code) {
   if (code != 0) {
     // No caption: a blank, since an empty one would be replaced by the program's file name.
-    ShowBox(isVisible() ? this : nullptr, ToQString(ReportText(code)), u" "_qs,
+    ShowBox(isVisible() ? this : nullptr, ToQString(ResultBoxText(code)), u" "_qs,
             BoxIcon::Exclamation);
   }
 }

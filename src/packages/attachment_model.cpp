@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "platform/qt/text.h"
+#include "widgets/boxes.h"
 #include "widgets/icons.h"
 
 namespace updown {
@@ -12,13 +13,9 @@ namespace {
 constexpr int kFolderIcon = 134;
 constexpr int kFileIcon = 135;
 
-constexpr std::array<ColumnHeading, attachment_column::kCount> kHeadings{{
-    {StringId::Name, u"Name"},
-    {StringId::Size, u"Size"},
-    {StringId::Type, u"Type"},
-    {StringId::Created, u"Create"},
-    {StringId::Save, u"Save"},
-}};
+constexpr std::array<StringId, attachment_column::kCount> kHeadings{
+    StringId::Name, StringId::Size, StringId::Type, StringId::Created, StringId::Save,
+};
 
 }  // namespace
 
@@ -35,7 +32,7 @@ QVariant AttachmentModel::data(const QModelIndex& index, int role) const {
   switch (role) {
     case Qt::DisplayRole:
       return column == attachment_column::kSave
-                 ? HeadingText(kHeadings[attachment_column::kSave])
+                 ? Text(kHeadings[attachment_column::kSave])
                  : ToQString(AttachmentText(Record(index.row()), column));
     case Qt::TextAlignmentRole:
       return QVariant::fromValue(

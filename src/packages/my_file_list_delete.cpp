@@ -13,9 +13,7 @@
 namespace updown {
 
 void CMyFileListFormView::DeleteSelectedPackages() {
-  if (!HaveFrame() || list_->SelectedRow() < 0 ||
-      !Confirm(window(), StringId::ConfirmDelete,
-               u"Are you sure you want to make this deletion?")) {
+  if (!HaveFrame() || list_->SelectedRow() < 0 || !Confirm(window(), StringId::ConfirmDelete)) {
     return;
   }
   const int row = list_->SelectedRow();

@@ -213,9 +213,9 @@ void CMyFileListFormView::ShowRowMenu(const QPoint& globalPosition) {
   menu->setObjectName(QStringLiteral("packageMenu"));
   menu->setAttribute(Qt::WA_DeleteOnClose);
   const QAction* refresh =
-      menu->addAction(Text(StringId::MenuPackageRefresh, u"&Refresh") + QStringLiteral("\tF5"));
+      menu->addAction(Text(StringId::MenuPackageRefresh) + QStringLiteral("\tF5"));
   connect(refresh, &QAction::triggered, this, &CMyFileListFormView::RefreshList);
-  const QAction* remove = menu->addAction(Text(StringId::MenuPackageDelete, u"&Delete"));
+  const QAction* remove = menu->addAction(Text(StringId::MenuPackageDelete));
   connect(remove, &QAction::triggered, this, &CMyFileListFormView::DeleteSelectedPackages);
   menu->popup(globalPosition);
 }

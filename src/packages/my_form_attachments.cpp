@@ -153,12 +153,11 @@ void CMyFormView::ShowRowMenu(const QPoint& globalPosition) {
   auto* menu = new QMenu(this);
   menu->setObjectName(QStringLiteral("attachmentMenu"));
   menu->setAttribute(Qt::WA_DeleteOnClose);
-  const QAction* save = menu->addAction(Text(StringId::MenuFileSave, u"&Save"));
+  const QAction* save = menu->addAction(Text(StringId::MenuFileSave));
   connect(save, &QAction::triggered, this, &CMyFormView::ActivateAttachment);
-  const QAction* remove = menu->addAction(Text(StringId::MenuFileDelete, u"De&lete"));
+  const QAction* remove = menu->addAction(Text(StringId::MenuFileDelete));
   connect(remove, &QAction::triggered, this, [this] {
-    if (Confirm(window(), StringId::ConfirmDelete,
-                u"Are you sure you want to make this deletion?")) {
+    if (Confirm(window(), StringId::ConfirmDelete)) {
       DeleteSelectedAttachments();
     }
   });

@@ -102,7 +102,7 @@ void CMyFormView::ApplyPackage(const std::u16string& name) {
 }
 
 void CMyFormView::SetHeader(const PackageHeader& header) {
-  QString text = ToQString(HeaderText(header, frame_.Launch().languageId));
+  QString text = ToQString(HeaderText(header));
   headerText_->setText(text.replace(QStringLiteral("\r\n"), QStringLiteral("\n")));
 }
 

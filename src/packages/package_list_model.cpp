@@ -9,13 +9,9 @@ namespace {
 
 constexpr int kPackageIcon = 134;
 
-constexpr std::array<ColumnHeading, package_column::kCount> kHeadings{{
-    {StringId::TimeReceived, u"Received Time"},
-    {StringId::From, u"From"},
-    {StringId::To, u"To"},
-    {StringId::Subject, u"Subject"},
-    {StringId::Status, u"Status"},
-}};
+constexpr std::array<StringId, package_column::kCount> kHeadings{
+    StringId::TimeReceived, StringId::From, StringId::To, StringId::Subject, StringId::Status,
+};
 
 }  // namespace
 

@@ -2,6 +2,7 @@
 #include <unicode/ucnv_cb.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <limits>
 #include <memory>
 
@@ -67,17 +68,6 @@ UConverter* ConverterFor(AnsiCodePage codePage) {
 }
 
 }  // namespace
-
-AnsiCodePage AnsiCodePageOf(std::int32_t languageId) {
-  switch (languageId) {
-    case 2052:
-      return AnsiCodePage::SimplifiedChinese;
-    case 1028:
-      return AnsiCodePage::TraditionalChinese;
-    default:
-      return AnsiCodePage::Western;
-  }
-}
 
 std::u16string AnsiToWide(std::string_view bytes, AnsiCodePage codePage) {
   std::u16string wide(static_cast<std::size_t>(Length(bytes.size())) * 2, u'\0');

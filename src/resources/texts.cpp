@@ -1,49 +1,65 @@
 #include "resources/texts.h"
 
 #include <algorithm>
-
-#include "resources/string_table.h"
+#include <array>
 
 namespace updown {
 namespace {
 
-std::size_t language = 0;  // index into StringRow::texts
+struct TextRow {
+  StringId id;
+  std::array<std::u16string_view, kLanguages.size()> texts;
+};
 
-const StringRow* FindRow(std::uint32_t id) {
-  const auto table = StringTable();
-  const auto row = std::lower_bound(table.begin(), table.end(), id,
-                                    [](const StringRow& a, std::uint32_t b) { return a.id < b; });
-  return row != table.end() && row->id == id ? &*row : nullptr;
+constexpr std::array kTexts = {
+#define TEXT(id, name, ...) TextRow{StringId::name, {__VA_ARGS__}},
+#include "resources/texts.inc"
+#undef TEXT
+};
+
+constexpr bool AscendingWithoutDoubles() {
+  for (std::size_t row = 1; row < kTexts.size(); ++row) {
+    if (kTexts[row].id <= kTexts[row - 1].id) {
+      return false;
+    }
+  }
+  return true;
 }
+
+constexpr bool CompleteInAllLanguages() {
+  for (const TextRow& row : kTexts) {
+    for (const std::u16string_view text : row.texts) {
+      if (text.empty()) {
+        return false;
+      }
+    }
+  }
+  return true;
+}
+
+static_assert(AscendingWithoutDoubles(), "texts.inc: an id is doubled or out of order");
+static_assert(CompleteInAllLanguages(), "texts.inc: a text is empty or a column is missing");
+
+std::size_t column = 0;  // into kLanguages and TextRow::texts
 
 }  // namespace
 
-void SetStringLanguage(std::int32_t languageId) {
-  switch (languageId) {
-    case 2052:
-      language = 1;
-      break;
-    case 1028:
-      language = 2;
-      break;
-    default:
-      language = 0;
-  }
-}
+void SetStringLanguage(std::int32_t languageId) { column = LanguageColumn(languageId); }
 
-std::u16string_view LoadText(std::uint32_t id) {
-  const StringRow* row = FindRow(id);
-  return row != nullptr && row->byNumber ? row->texts.at(language) : std::u16string_view();
-}
+const Language& CurrentLanguage() { return kLanguages.at(column); }
 
 std::u16string_view LoadText(StringId id) {
-  const StringRow* row = FindRow(static_cast<std::uint32_t>(id));
-  return row != nullptr ? row->texts.at(language) : std::u16string_view();
+  const auto* const row =
+      std::lower_bound(kTexts.begin(), kTexts.end(), id,
+                       [](const TextRow& text, StringId wanted) { return text.id < wanted; });
+  return row != kTexts.end() && row->id == id ? row->texts.at(column) : std::u16string_view();
 }
 
-std::u16string_view LoadText(StringId id, std::u16string_view fallback) {
-  const auto text = LoadText(id);
-  return text.empty() ? fallback : text;
+std::u16string_view LoadText(std::uint32_t number) {
+  const auto id = static_cast<StringId>(number);
+  const bool string =
+      id == StringId::FrameTitle || (id >= StringId::ProgramTitle && id <= StringId::MoveFile);
+  return string ? LoadText(id) : std::u16string_view();
 }
 
 }  // namespace updown

@@ -1,7 +1,7 @@
 #include "transfers/row_updates.h"
 
+#include "engine/result_texts.h"
 #include "platform/qt/text.h"
-#include "resources/texts.h"
 #include "transfers/rate_statistics.h"
 #include "transfers/transfer_texts.h"
 #include "widgets/boxes.h"
@@ -11,11 +11,6 @@ namespace updown {
 namespace {
 
 QString NotAvailable() { return QStringLiteral("N/A"); }
-
-QString TextOfNumber(std::uint32_t id) {
-  const std::u16string_view text = LoadText(id);
-  return text.empty() ? Text(StringId::UnknownError, u"Unknown error.") : ToQString(text);
-}
 
 }  // namespace
 
@@ -79,7 +74,7 @@ bool RowUpdates::ShowState(int row, TransferTask& task, TransferState state) {
       }
       break;
     case TransferState::Finished:
-      model_.SetText(row, StatusColumn::Progress, Text(StringId::Completed, u"Completed"));
+      model_.SetText(row, StatusColumn::Progress, Text(StringId::Completed));
       model_.SetText(row, StatusColumn::Remaining, {});
       if (!ShowFinalRate(row, task)) {
         return false;
@@ -138,7 +133,7 @@ void RowUpdates::ShowCode(int row, TransferTask& task, TransferState state, std:
     task.lastResult = static_cast<std::int32_t>(value);
   }
   if (state != TransferState::Stopped && state != TransferState::Finished) {
-    model_.SetText(row, StatusColumn::Transferred, TextOfNumber(TextOfCode(value)));
+    model_.SetText(row, StatusColumn::Transferred, ToQString(ResultRowText(value)));
   }
 }
 

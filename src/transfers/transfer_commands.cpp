@@ -89,8 +89,7 @@ void TransferCommands::ResumeTask(TransferTask& task) {
 }
 
 void TransferCommands::RedoTask(const TaskPointer& task) {
-  if (!ReopenIfRefused(*task) ||
-      !Asked(StringId::ConfirmRedo, u"Are you sure you want to redo the task?")) {
+  if (!ReopenIfRefused(*task) || !Asked(StringId::ConfirmRedo)) {
     return;
   }
   if (task->record->state == TransferState::Finished) {
@@ -136,7 +135,7 @@ void TransferCommands::DeleteRow(int row) {
     model_.Remove(row);
     return;
   }
-  if (!Asked(StringId::ConfirmDelete, u"Are you sure you want to make this deletion?")) {
+  if (!Asked(StringId::ConfirmDelete)) {
     return;
   }
   StopRecords(*task);
@@ -162,7 +161,7 @@ void TransferCommands::MoveTaskFile(const TaskPointer& task) {
     return;
   }
   const QPointer<QWidget> alive(owner_);
-  const QString title = Text(StringId::MoveFile, u"Move File");
+  const QString title = Text(StringId::MoveFile);
   const QString folder = desktop_.askFolder(owner_, title);
   if (!alive || folder.isEmpty()) {
     return;
@@ -195,9 +194,9 @@ bool TransferCommands::ReopenIfRefused(TransferTask& task) {
 }
 
 // False also if the window, and this object with it, went while the question stood.
-bool TransferCommands::Asked(StringId question, std::u16string_view fallback) {
+bool TransferCommands::Asked(StringId question) {
   const QPointer<QWidget> alive(owner_);
-  return Confirm(owner_, question, fallback) && alive;
+  return Confirm(owner_, question) && alive;
 }
 
 void TransferCommands::WakeScheduler() {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QWidget>
-#include <string_view>
 
 #include "engine/frame_operations.h"
 #include "platform/ticks.h"
@@ -37,7 +36,7 @@ class TransferCommands {
 
   // False ends the command: the service refused the task's session and no new one could be opened.
   bool ReopenIfRefused(TransferTask& task);
-  bool Asked(StringId question, std::u16string_view fallback);
+  bool Asked(StringId question);
   void StartAgain(TransferTask& task);
   void WakeScheduler();
 

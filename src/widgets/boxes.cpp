@@ -58,12 +58,12 @@ void ShowBox(QWidget* owner, const QString& text, const QString& caption, BoxIco
   RunBox(owner, text, caption, icon, QMessageBox::Ok);
 }
 
-void ShowNotice(QWidget* owner, StringId text, std::u16string_view fallback) {
-  ShowBox(owner, Text(text, fallback), Text(StringId::ProgramTitle), BoxIcon::Information);
+void ShowNotice(QWidget* owner, StringId text) {
+  ShowBox(owner, Text(text), Text(StringId::ProgramTitle), BoxIcon::Information);
 }
 
-bool Confirm(QWidget* owner, StringId question, std::u16string_view fallback) {
-  return RunBox(owner, Text(question, fallback), Text(StringId::ProgramTitle), BoxIcon::Question,
+bool Confirm(QWidget* owner, StringId question) {
+  return RunBox(owner, Text(question), Text(StringId::ProgramTitle), BoxIcon::Question,
                 QMessageBox::Ok | QMessageBox::Cancel) == QMessageBox::Ok;
 }
 
@@ -71,15 +71,10 @@ bool CheckStreamLimit(const TaskStore& tasks, QWidget* owner) {
   if (!tasks.StreamLimitReached()) {
     return false;
   }
-  ShowNotice(owner, StringId::StreamLimit,
-             u"The maximum number of data streams has been reached. Operation aborted.");
+  ShowNotice(owner, StringId::StreamLimit);
   return true;
 }
 
 QString Text(StringId id) { return ToQString(LoadText(id)); }
-
-QString Text(StringId id, std::u16string_view fallback) {
-  return ToQString(LoadText(id, fallback));
-}
 
 }  // namespace updown

@@ -2,7 +2,6 @@
 
 #include <QString>
 #include <QWidget>
-#include <string_view>
 
 #include "engine/tasks.h"
 #include "resources/string_id.h"
@@ -17,16 +16,15 @@ enum class BoxIcon { Information, Exclamation, Stop, Question };
 void ShowBox(QWidget* owner, const QString& text, const QString& caption, BoxIcon icon);
 
 // The string with the program's title as caption and the information icon.
-void ShowNotice(QWidget* owner, StringId text, std::u16string_view fallback);
+void ShowNotice(QWidget* owner, StringId text);
 
 // OK and Cancel with the question icon; true unless Cancel.
-bool Confirm(QWidget* owner, StringId question, std::u16string_view fallback);
+bool Confirm(QWidget* owner, StringId question);
 
 // True if the limit of user tasks is reached; the user has been told then.
 bool CheckStreamLimit(const TaskStore& tasks, QWidget* owner);
 
 // A text of the string table as the windows use it.
 QString Text(StringId id);
-QString Text(StringId id, std::u16string_view fallback);
 
 }  // namespace updown

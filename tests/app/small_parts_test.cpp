@@ -4,35 +4,12 @@
 #include <filesystem>
 
 #include "app/offered_name.h"
-#include "app/report_result.h"
 #include "app/save_throttle.h"
 #include "app/task_list_path.h"
-#include "resources/texts.h"
-#include "service/result_codes.h"
 #include "tests/support/temporary_folder.h"
 
 namespace updown {
 namespace {
-
-TEST(ReportResultTest, WordsCodes) {
-  const std::u16string network = u"Network error. Please check your network connection.";
-  const std::tuple<std::int32_t, std::int64_t, std::u16string> cases[] = {
-      {1033, -8199, u"Authorization failure. Server access denied.[8199]"},
-      {1033, 8199, u"Authorization failure. Server access denied.[8199]"},
-      {1033, result::kConnection, network + u"[8194]"},
-      {1033, 61205, network + u"[61205]"},
-      {1033, 61214, u"Failed to read folder information.[61214]"},
-      {1033, 8211, u"Unknown error[8211]"},
-      {1033, result::kInterrupted, u"Lost connection with server.[8215]"},
-      {1033, -4294967295, u"Unknown error[4294967295]"},
-      {2052, 8200, u"系统正忙，请稍后再试。[8200]"},
-  };
-  for (const auto& [language, code, text] : cases) {
-    SetStringLanguage(language);
-    EXPECT_EQ(ReportText(code), text);
-  }
-  SetStringLanguage(1033);
-}
 
 TEST(SaveThrottleTest, KeepsTheLastRequestOfABurst) {
   SaveThrottle throttle;

@@ -55,7 +55,7 @@ TEST(HeaderText, FillsUpItsLabelsInEachLanguage) {
        u"Hello"}};
   for (const auto& [language, text] : cases) {
     SetStringLanguage(language);
-    EXPECT_EQ(HeaderText(header, language), text);
+    EXPECT_EQ(HeaderText(header), text);
   }
   SetStringLanguage(1033);
 }

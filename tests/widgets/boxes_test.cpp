@@ -12,7 +12,7 @@
 namespace updown::test {
 namespace {
 
-bool Ask(QWidget* owner = nullptr) { return Confirm(owner, StringId::ConfirmDelete, u""); }
+bool Ask(QWidget* owner = nullptr) { return Confirm(owner, StringId::ConfirmDelete); }
 
 TEST(BoxesTest, OnlyOkConfirms) {
   Person person;
