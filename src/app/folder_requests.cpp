@@ -3,8 +3,8 @@
 #include <optional>
 #include <utility>
 
-#include "engine/folder_walk.h"
 #include "engine/tasks.h"
+#include "localdata/file_names.h"
 #include "platform/text.h"
 #include "resources/string_id.h"
 #include "service/result_codes.h"
@@ -24,7 +24,7 @@ ServicePath Convert(const std::u16string* path) {
     return {kNullPath, {}};
   }
   std::string utf8 = WideToUtf8(*path);
-  if (utf8.size() >= kPathCapacity) {
+  if (!FitsPath(utf8)) {
     return {result::kNotEncodable, {}};
   }
   return {0, std::move(utf8)};

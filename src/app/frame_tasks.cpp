@@ -7,9 +7,9 @@
 #include <chrono>
 
 #include "app/main_frame.h"
-#include "app/offered_name.h"
 #include "app/task_list_path.h"
 #include "engine/frame_messages.h"
+#include "localdata/file_names.h"
 #include "localdata/files.h"
 #include "localdata/tasklist.h"
 #include "platform/qt/text.h"
@@ -40,7 +40,7 @@ std::optional<std::string> CMainFrame::AskForTarget(const std::string& displayNa
   dialog.setObjectName(u"saveDialog"_qs);
   dialog.setAcceptMode(QFileDialog::AcceptSave);
   dialog.setFileMode(QFileDialog::AnyFile);
-  dialog.selectFile(FromUtf8(OfferedName(displayName)));
+  dialog.selectFile(IsSafeName(displayName) ? FromUtf8(displayName) : QString());
   if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
     return std::nullopt;
   }

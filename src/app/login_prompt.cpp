@@ -7,6 +7,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 
+#include "localdata/file_names.h"
 #include "platform/qt/text.h"
 #include "resources/string_id.h"
 #include "widgets/boxes.h"

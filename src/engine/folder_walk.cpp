@@ -1,10 +1,10 @@
 #include "engine/folder_walk.h"
 
-#include <climits>
 #include <memory>
 
 #include "engine/frame_messages.h"
 #include "engine/worker.h"
+#include "localdata/file_names.h"
 #include "localdata/files.h"
 #include "platform/folders.h"
 #include "platform/text.h"
@@ -18,8 +18,7 @@ struct WalkPlace {
   std::string local;
 
   bool Fits(std::string_view name) const {
-    return remote.size() + name.size() < kPathCapacity &&
-           local.size() + name.size() < kPathCapacity;
+    return FitsPath(remote + std::string(name)) && FitsPath(local + std::string(name));
   }
 };
 
@@ -52,11 +51,6 @@ int FetchFile(SchedulerContext& context, TransferTask& task, TransferProgress& p
 }
 
 }  // namespace
-
-bool IsSafeName(std::string_view name) {
-  return !name.empty() && name != "." && name != ".." && name.size() <= NAME_MAX &&
-         name.find_first_of(std::string_view("/\\\0", 3)) == std::string_view::npos;
-}
 
 int FolderWalk(SchedulerContext& context, TransferTask& task, TransferProgress& progress,
                const std::string& relativeLocal, const std::string& relativeRemote) {

@@ -10,11 +10,6 @@
 #include "platform/text.h"
 
 namespace updown {
-namespace {
-
-bool FitsBuffer(std::string_view path) { return path.size() < kPathCapacity; }
-
-}  // namespace
 
 TaskStore::TaskStore(std::shared_ptr<TaskQueue> queue, const LaunchState& launch)
     : queue_(std::move(queue)), launch_(launch) {}
@@ -60,7 +55,7 @@ TaskPointer TaskStore::CreateTask() {
 
 TaskPointer TaskStore::AddDownload(const TaskDraft& draft, const std::string& localPath, bool keep,
                                    WindowHandle owner) {
-  if (draft.displayName.empty() || !FitsBuffer(draft.remotePath) || !FitsBuffer(localPath)) {
+  if (draft.displayName.empty() || !FitsPath(draft.remotePath) || !FitsPath(localPath)) {
     return nullptr;
   }
   std::shared_ptr<TransferRecord> record;

@@ -11,14 +11,14 @@
 
 #include "engine/launch_state.h"
 #include "engine/record_index.h"
+#include "localdata/file_names.h"
 #include "localdata/transfer_record.h"
 #include "platform/chain.h"
 #include "platform/window.h"
 
 namespace updown {
 
-inline constexpr std::uint32_t kStreamLimit = 5;   // unfinished user tasks at a time
-inline constexpr std::size_t kPathCapacity = 260;  // bytes or characters, terminator included
+inline constexpr std::uint32_t kStreamLimit = 5;  // unfinished user tasks at a time
 
 // Names a task in messages and rows. Never reused in a process, so that a message about a task
 // that is gone finds nothing. 0 names none.

@@ -4,8 +4,8 @@
 #include <array>
 #include <ctime>
 
+#include "localdata/file_names.h"
 #include "packages/file_type_names.h"
-#include "packages/service_names.h"
 #include "resources/texts.h"
 #include "widgets/size_texts.h"
 

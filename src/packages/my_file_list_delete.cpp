@@ -2,8 +2,8 @@
 
 #include "engine/frame_messages.h"
 #include "engine/package.h"
+#include "localdata/file_names.h"
 #include "packages/my_file_list_form_view.h"
-#include "packages/service_names.h"
 #include "service/result_codes.h"
 #include "widgets/boxes.h"
 #include "widgets/busy_pointer.h"

@@ -9,7 +9,7 @@
 
 #include "engine/frame_messages.h"
 #include "engine/package.h"
-#include "packages/service_names.h"
+#include "localdata/file_names.h"
 #include "platform/qt/text.h"
 #include "widgets/boxes.h"
 #include "widgets/busy_pointer.h"

@@ -3,8 +3,8 @@
 #include <QMouseEvent>
 
 #include "engine/frame_messages.h"
+#include "localdata/file_names.h"
 #include "packages/my_folder_tree.h"
-#include "packages/service_names.h"
 #include "platform/text.h"
 #include "resources/string_id.h"
 #include "widgets/busy_pointer.h"

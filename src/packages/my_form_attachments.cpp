@@ -2,8 +2,8 @@
 #include <array>
 
 #include "engine/frame_messages.h"
+#include "localdata/file_names.h"
 #include "packages/my_form_view.h"
-#include "packages/service_names.h"
 #include "platform/qt/text.h"
 #include "widgets/boxes.h"
 #include "widgets/busy_pointer.h"

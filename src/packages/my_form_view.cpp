@@ -4,10 +4,10 @@
 #include <algorithm>
 
 #include "engine/frame_messages.h"
+#include "localdata/file_names.h"
 #include "packages/form_layout.h"
 #include "packages/group_frame.h"
 #include "packages/header_text.h"
-#include "packages/service_names.h"
 #include "platform/qt/text.h"
 #include "widgets/boxes.h"
 

@@ -2,7 +2,7 @@
 
 #include "engine/package.h"
 #include "engine/tasks.h"
-#include "packages/service_names.h"
+#include "localdata/file_names.h"
 
 namespace updown {
 

@@ -3,7 +3,6 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include "app/offered_name.h"
 #include "app/save_throttle.h"
 #include "app/task_list_path.h"
 #include "tests/support/temporary_folder.h"
@@ -18,16 +17,6 @@ TEST(SaveThrottleTest, KeepsTheLastRequestOfABurst) {
   EXPECT_TRUE(throttle.PauseOver()) << "what came in the pause is saved at its end";
   EXPECT_FALSE(throttle.PauseOver());
   EXPECT_TRUE(throttle.Request());
-}
-
-TEST(OfferedNameTest, OffersTheLastComponentOnly) {
-  const std::pair<const char*, const char*> cases[] = {{"report.pdf", "report.pdf"},
-                                                       {"../../passwd", "passwd"},
-                                                       {"..\\x.doc", "x.doc"},
-                                                       {"a/..", ""}};
-  for (const auto& [name, offered] : cases) {
-    EXPECT_EQ(OfferedName(name), offered);
-  }
 }
 
 TEST(TaskListPathTest, LiesInTheApplicationDataFolder) {

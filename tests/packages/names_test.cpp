@@ -2,34 +2,10 @@
 #include "packages/file_type_names.h"
 #include "packages/package_list_model.h"
 #include "packages/package_names.h"
-#include "packages/service_names.h"
 #include "tests/packages/views_world.h"
 
 namespace updown::test {
 namespace {
-
-TEST(ServiceNames, PassThroughTheirBuffersOrAreCutAtACharacter) {
-  EXPECT_EQ(Utf8ToWideName("名.txt"), u"名.txt");
-  EXPECT_EQ(Utf8ToWideName("a\xFFz"), u"a\xFFFDz");
-  EXPECT_EQ(Utf8ToWideName({"a\0z", 3}), u"a\xFFFDz");
-  EXPECT_EQ(Utf8ToWideName(std::string(259, 'x')).size(), 259U);
-  EXPECT_EQ(Utf8ToWideName(std::string(300, 'x')).size(), 259U);
-  EXPECT_EQ(Utf8ToWideName(std::string(258, 'x') + "\U0001F600").size(), 258U);
-  EXPECT_EQ(WideToUtf8Name(std::u16string(258, u'x') + u"é"), std::string(258, 'x'));
-  EXPECT_TRUE(FitsPath(std::u16string(259, u'x')));
-  EXPECT_FALSE(FitsPath(std::u16string(130, u'é')));
-}
-
-TEST(ServiceNames, OfferTheLastComponentAlone) {
-  const std::pair<const char16_t*, const char16_t*> cases[] = {
-      {u"a.txt", u"a.txt"}, {u"../../etc/passwd", u"passwd"},
-      {u"..\\..\\x", u"x"}, {u"a/..", u""},
-      {u".", u""},          {u"a/", u""},
-      {u"...", u"..."}};
-  for (const auto& [name, last] : cases) {
-    EXPECT_EQ(LastComponent(name), last);
-  }
-}
 
 TEST(PackageNames, OnlyFoldersOfFourteenDigitsArePackages) {
   std::vector<ListedEntry> entries = {{kSecond, kEntryFile}};
