@@ -18,8 +18,6 @@
 namespace updown {
 namespace {
 
-constexpr int kProgramIcon = 128;
-
 // Texts of the toolkit's own dialogs, where its translations are installed.
 void TranslateToolkit() {
   const QString name = ToQString(CurrentLanguage().qtCatalog);
@@ -46,7 +44,7 @@ bool CUpDownApp::InitInstance() {
   }
   TranslateToolkit();
   QGuiApplication::setDesktopFileName(u"net.updown.UpDown"_qs);
-  QApplication::setWindowIcon(LoadIcon(kProgramIcon));
+  QApplication::setWindowIcon(LoadIcon(Icon::Program));
   QApplication::setQuitOnLastWindowClosed(false);
   if (!CheckCommandLine()) {
     return false;

@@ -18,7 +18,6 @@
 namespace updown {
 namespace {
 
-constexpr int kFrameIcon = 128;
 constexpr int kInstancePollMs = 50;
 constexpr QSize kFirstSize{960, 720};
 constexpr int kTreeWidth = 200;  // when the keyboard opens it
@@ -72,7 +71,7 @@ void CMainFrame::LoadStoredTasks() {
 void CMainFrame::LoadFrame() {
   setWindowTitle(Text(StringId::FrameTitle));
   setAccessibleName(windowTitle());
-  setWindowIcon(LoadIcon(kFrameIcon));
+  setWindowIcon(LoadIcon(Icon::Program));
   resize(kFirstSize);
   const auto* about = new QShortcut(QKeySequence(Qt::Key_F1), this);
   connect(about, &QShortcut::activated, this, [this] { ShowAboutBox(this); });

@@ -10,9 +10,6 @@
 namespace updown {
 namespace {
 
-constexpr int kFolderIcon = 134;
-constexpr int kFileIcon = 135;
-
 constexpr std::array<StringId, attachment_column::kCount> kHeadings{
     StringId::Name, StringId::Size, StringId::Type, StringId::Created, StringId::Save,
 };
@@ -21,8 +18,8 @@ constexpr std::array<StringId, attachment_column::kCount> kHeadings{
 
 AttachmentModel::AttachmentModel(QObject* parent)
     : ReportModel(kHeadings, parent),
-      folderImage_(LoadIcon(kFolderIcon)),
-      fileImage_(LoadIcon(kFileIcon)) {}
+      folderImage_(LoadIcon(Icon::Folder)),
+      fileImage_(LoadIcon(Icon::File)) {}
 
 QVariant AttachmentModel::data(const QModelIndex& index, int role) const {
   if (!index.isValid() || !HasRow(index.row())) {

@@ -14,15 +14,13 @@ namespace {
 
 constexpr int kItemIdRole = Qt::UserRole;
 constexpr int kFirstListingDelay = 100;  // ms
-constexpr int kFolderIcon = 134;
-constexpr int kOpenFolderIcon = 132;
 
 }  // namespace
 
 CMyFolderTree::CMyFolderTree(FrameOperations& frame, QWidget* parent)
     : QTreeWidget(parent),
       frame_(frame),
-      image_(LoadIcon(kFolderIcon)),
+      image_(LoadIcon(Icon::Folder)),
       target_([this](const WindowMessage& message) { return WindowProc(message); }) {
   setObjectName(QStringLiteral("packageTree"));
   setAccessibleName(Text(StringId::FolderTreeName));
@@ -36,7 +34,7 @@ CMyFolderTree::CMyFolderTree(FrameOperations& frame, QWidget* parent)
   setItemsExpandable(false);
   setExpandsOnDoubleClick(false);
   setItemDelegate(new LabelDelegate(
-      LoadIcon(kOpenFolderIcon),
+      LoadIcon(Icon::OpenFolder),
       [this](const QModelIndex& index, const QString& text) {
         return EndLabelEdit(itemFromIndex(index), ToWide(text));
       },

@@ -7,8 +7,6 @@
 namespace updown {
 namespace {
 
-constexpr int kPackageIcon = 134;
-
 constexpr std::array<StringId, package_column::kCount> kHeadings{
     StringId::TimeReceived, StringId::From, StringId::To, StringId::Subject, StringId::Status,
 };
@@ -23,7 +21,7 @@ PackageRow::PackageRow(const DirectoryEntry& entry, LongParam item)
       treeItem(item) {}
 
 PackageListModel::PackageListModel(QObject* parent)
-    : ReportModel(kHeadings, parent), image_(LoadIcon(kPackageIcon)) {}
+    : ReportModel(kHeadings, parent), image_(LoadIcon(Icon::Folder)) {}
 
 QVariant PackageListModel::data(const QModelIndex& index, int role) const {
   if (!index.isValid() || !HasRow(index.row())) {

@@ -23,7 +23,8 @@ constexpr std::array<Heading, kStatusColumns> kHeadings{{
     {StringId::TimeRemaining, Qt::AlignRight},
 }};
 
-constexpr std::array<int, kRowImages> kImageIcons{137, 136, 141, 142, 144};
+constexpr std::array<Icon, kRowImages> kImageIcons{Icon::Upload, Icon::Download, Icon::Finished,
+                                                   Icon::Failed, Icon::Stopped};
 
 // A tip that looks like markup is taken for it, and names come from the service.
 QString PlainTip(const QString& text) {
