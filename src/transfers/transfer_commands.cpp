@@ -6,8 +6,8 @@
 #include "engine/frame_messages.h"
 #include "platform/qt/text.h"
 #include "service/result_codes.h"
-#include "transfers/local_removal.h"
-#include "transfers/move_with_progress.h"
+#include "transfers/local_files.h"
+#include "transfers/move_box.h"
 #include "transfers/rate_statistics.h"
 #include "widgets/boxes.h"
 #include "widgets/busy_pointer.h"
@@ -161,12 +161,11 @@ void TransferCommands::MoveTaskFile(const TaskPointer& task) {
     return;
   }
   const QPointer<QWidget> alive(owner_);
-  const QString title = Text(StringId::MoveFile);
-  const QString folder = desktop_.askFolder(owner_, title);
+  const QString folder = desktop_.askFolder(owner_, Text(StringId::MoveFile));
   if (!alive || folder.isEmpty()) {
     return;
   }
-  const auto moved = MoveWithProgress(owner_, title, path, ToUtf8(folder));
+  const auto moved = MoveInBox(owner_, path, ToUtf8(folder));
   if (!alive) {
     return;
   }

@@ -62,8 +62,10 @@ void ShowNotice(QWidget* owner, StringId text) {
   ShowBox(owner, Text(text), Text(StringId::ProgramTitle), BoxIcon::Information);
 }
 
-bool Confirm(QWidget* owner, StringId question) {
-  return RunBox(owner, Text(question), Text(StringId::ProgramTitle), BoxIcon::Question,
+bool Confirm(QWidget* owner, StringId question) { return Confirm(owner, Text(question)); }
+
+bool Confirm(QWidget* owner, const QString& question) {
+  return RunBox(owner, question, Text(StringId::ProgramTitle), BoxIcon::Question,
                 QMessageBox::Ok | QMessageBox::Cancel) == QMessageBox::Ok;
 }
 

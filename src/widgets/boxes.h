@@ -19,6 +19,7 @@ void ShowBox(QWidget* owner, const QString& text, const QString& caption, BoxIco
 void ShowNotice(QWidget* owner, StringId text);
 
 // OK and Cancel with the question icon; true unless Cancel.
+bool Confirm(QWidget* owner, const QString& question);
 bool Confirm(QWidget* owner, StringId question);
 
 // True if the limit of user tasks is reached; the user has been told then.
