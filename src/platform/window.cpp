@@ -6,8 +6,6 @@
 #include <thread>
 #include <utility>
 
-#include "platform/immortal.h"
-
 namespace updown {
 namespace {
 
@@ -34,8 +32,8 @@ struct Registry {
 };
 
 Registry& AllWindows() {
-  static Immortal<Registry> registry;
-  return registry.Get();
+  static auto& registry = *new Registry;  // never destroyed, as threads may outlive the statics
+  return registry;
 }
 
 std::shared_ptr<MessageQueue::State> QueueOf(WindowHandle window) {

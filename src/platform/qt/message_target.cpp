@@ -6,8 +6,6 @@
 #include <memory>
 #include <utility>
 
-#include "platform/immortal.h"
-
 namespace updown {
 namespace {
 
@@ -36,8 +34,8 @@ class MessagePump : public QObject {
 };
 
 std::unique_ptr<MessagePump>& CurrentPump() {
-  static Immortal<std::unique_ptr<MessagePump>> pump;
-  return pump.Get();
+  static auto& pump = *new std::unique_ptr<MessagePump>;  // never destroyed
+  return pump;
 }
 
 // Called by Qt at the start of the application's end, with the event loop still whole.
