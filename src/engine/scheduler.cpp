@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "engine/frame_messages.h"
-#include "engine/worker.h"
 #include "resources/string_id.h"
 
 namespace updown {

@@ -56,6 +56,10 @@ class Scheduler {
   std::unique_ptr<Thread> thread_;
 };
 
+// Posts to the frame. A message for which there is no memory is dropped.
+void PostToFrame(WindowHandle frame, std::uint32_t number, WideParam wParam,
+                 LongParam lParam) noexcept;
+
 // One task from start to end on the calling worker thread; returns its result code. Posts
 // kTaskResult and kSaveTaskList to the task's owner at the end and closes `run`. Throws nothing:
 // when memory or another resource runs out, the task ends Failed with result::kFileWrite.
