@@ -10,14 +10,14 @@
 namespace updown {
 namespace {
 
-constexpr std::array<StringId, attachment_column::kCount> kHeadings{
+constexpr std::array<StringId, attachment_column::kCount> kAttachmentHeadings{
     StringId::Name, StringId::Size, StringId::Type, StringId::Created, StringId::Save,
 };
 
 }  // namespace
 
 AttachmentModel::AttachmentModel(QObject* parent)
-    : ReportModel(kHeadings, parent),
+    : ReportModel(kAttachmentHeadings, parent),
       folderImage_(LoadIcon(Icon::Folder)),
       fileImage_(LoadIcon(Icon::File)) {}
 
@@ -29,7 +29,7 @@ QVariant AttachmentModel::data(const QModelIndex& index, int role) const {
   switch (role) {
     case Qt::DisplayRole:
       return column == attachment_column::kSave
-                 ? Text(kHeadings[attachment_column::kSave])
+                 ? Text(kAttachmentHeadings[attachment_column::kSave])
                  : ToQString(AttachmentText(Record(index.row()), column));
     case Qt::TextAlignmentRole:
       return QVariant::fromValue(

@@ -17,7 +17,7 @@
 namespace updown {
 namespace {
 
-constexpr std::array<int, package_column::kCount> kColumnWidths{160, 160, 160, 160, 80};
+constexpr std::array<int, package_column::kCount> kPackageColumnWidths{160, 160, 160, 160, 80};
 constexpr qsizetype kMostCellCharacters = 259;  // more is never drawn
 constexpr int kReadPauseFactor = 9;  // headers take at most a tenth of the main thread's time
 
@@ -57,7 +57,7 @@ void CMyFileListFormView::InitList() {
   header_->setStretchLastSection(false);
   list_->setModel(model_);
   for (int column = 0; column < package_column::kCount; ++column) {
-    list_->setColumnWidth(column, kColumnWidths.at(static_cast<std::size_t>(column)));
+    list_->setColumnWidth(column, kPackageColumnWidths.at(static_cast<std::size_t>(column)));
   }
   list_->EnableHint(true);
   list_->SetProgressColumn(-1);

@@ -14,7 +14,7 @@ namespace updown {
 namespace {
 
 // Size, type and time have no width: the tip tells them.
-constexpr std::array<int, attachment_column::kCount> kColumnWidths{350, 0, 0, 0, 50};
+constexpr std::array<int, attachment_column::kCount> kAttachmentColumnWidths{350, 0, 0, 0, 50};
 
 }  // namespace
 
@@ -25,7 +25,7 @@ void CMyFormView::InitAttachmentList() {
   attachmentList_->setHeaderHidden(true);
   attachmentList_->setModel(attachmentModel_);
   for (int column = 0; column < attachment_column::kCount; ++column) {
-    const int width = kColumnWidths.at(static_cast<std::size_t>(column));
+    const int width = kAttachmentColumnWidths.at(static_cast<std::size_t>(column));
     attachmentList_->setColumnWidth(column, width);
     attachmentList_->setColumnHidden(column, width == 0);
   }

@@ -7,7 +7,7 @@
 namespace updown {
 namespace {
 
-constexpr std::array<StringId, package_column::kCount> kHeadings{
+constexpr std::array<StringId, package_column::kCount> kPackageHeadings{
     StringId::TimeReceived, StringId::From, StringId::To, StringId::Subject, StringId::Status,
 };
 
@@ -21,7 +21,7 @@ PackageRow::PackageRow(const DirectoryEntry& entry, LongParam item)
       treeItem(item) {}
 
 PackageListModel::PackageListModel(QObject* parent)
-    : ReportModel(kHeadings, parent), image_(LoadIcon(Icon::Folder)) {}
+    : ReportModel(kPackageHeadings, parent), image_(LoadIcon(Icon::Folder)) {}
 
 QVariant PackageListModel::data(const QModelIndex& index, int role) const {
   if (!index.isValid() || !HasRow(index.row())) {
