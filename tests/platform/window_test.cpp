@@ -14,7 +14,7 @@
 namespace updown {
 namespace {
 
-constexpr std::chrono::milliseconds kLong = std::chrono::seconds(20);
+constexpr std::chrono::milliseconds kLongWait = std::chrono::seconds(20);
 
 // Sends one message from a thread of its own.
 class Sender {
@@ -27,7 +27,7 @@ class Sender {
   ~Sender() { thread_.join(); }
 
   const Event& Done() const { return done_; }
-  MessageResult Result() const { return done_.WaitFor(kLong) ? result_ : -1; }
+  MessageResult Result() const { return done_.WaitFor(kLongWait) ? result_ : -1; }
 
  private:
   MessageResult result_ = -1;
@@ -102,7 +102,7 @@ TEST(Window, WaitingSendersGetZeroWhenWindowOrQueueGoes) {
     auto queue = std::make_unique<MessageQueue>([&woken] { woken.Set(); });
     const WindowHandle window = queue->Register([](const WindowMessage&) { return 7; });
     const Sender sender(window);
-    ASSERT_TRUE(woken.WaitFor(kLong));
+    ASSERT_TRUE(woken.WaitFor(kLongWait));
     if (queueToo) {
       queue.reset();
     } else {
