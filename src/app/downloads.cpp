@@ -6,7 +6,7 @@
 #include <QStandardPaths>
 #include <utility>
 
-#include "app/offered_name.h"
+#include "localdata/file_names.h"
 #include "localdata/files.h"
 #include "platform/qt/text.h"
 #include "platform/text.h"
@@ -24,9 +24,7 @@ QString FirstSaveFolder() {
 
 // The string names the pattern as users of other systems know it; here it would leave out every
 // file without a dot.
-QString AllFilesFilter() {
-  return Text(StringId::FileFilterAll, u"All files(*.*)").replace(u"*.*"_qs, u"*"_qs);
-}
+QString AllFilesFilter() { return Text(StringId::FileFilterAll).replace(u"*.*"_qs, u"*"_qs); }
 
 }  // namespace
 
@@ -51,7 +49,7 @@ std::optional<std::string> Downloads::AskForTarget(const std::string& displayNam
   dialog.setObjectName(u"saveDialog"_qs);
   dialog.setAcceptMode(QFileDialog::AcceptSave);
   dialog.setFileMode(QFileDialog::AnyFile);
-  dialog.selectFile(FromUtf8(OfferedName(displayName)));
+  dialog.selectFile(IsSafeName(displayName) ? FromUtf8(displayName) : QString());
   if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
     return std::nullopt;
   }
@@ -114,7 +112,7 @@ bool Downloads::IsDuplicate(const std::u16string& path) {
   if (!tasks_.IsDuplicate(path, TaskStore::DuplicateScope::EveryState)) {
     return false;
   }
-  ShowNotice(&owner_, StringId::DuplicateTask, u"Duplicate task. Please try again.");
+  ShowNotice(&owner_, StringId::DuplicateTask);
   return true;
 }
 

@@ -2,8 +2,7 @@
 
 #include <utility>
 
-#include "engine/folder_walk.h"
-#include "engine/task_store.h"
+#include "localdata/file_names.h"
 #include "platform/text.h"
 #include "resources/string_id.h"
 #include "service/result_codes.h"
@@ -18,7 +17,7 @@ struct ServicePath {
 
 ServicePath Convert(const std::u16string& path) {
   std::string utf8 = WideToUtf8(path);
-  if (utf8.size() >= kPathCapacity) {
+  if (!FitsPath(utf8)) {
     return {result::kNotEncodable, {}};
   }
   return {0, std::move(utf8)};

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "app/folder_requests.h"
-#include "app/report_result.h"
+#include "engine/result_texts.h"
 #include "platform/qt/text.h"
 #include "widgets/busy_pointer.h"
 #include "widgets/message_boxes.h"
@@ -60,7 +60,7 @@ int WindowRequests::RemovePackage(const std::u16string& path) {
 void WindowRequests::ReportResult(std::int64_t code) {
   if (code != 0) {
     // No caption: a blank, since an empty one would be replaced by the program's file name.
-    ShowBox(owner_.isVisible() ? &owner_ : nullptr, ToQString(ReportText(code)), u" "_qs,
+    ShowBox(owner_.isVisible() ? &owner_ : nullptr, ToQString(ResultBoxText(code)), u" "_qs,
             BoxIcon::Exclamation);
   }
 }

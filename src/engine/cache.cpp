@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "engine/folder_walk.h"
+#include "localdata/file_names.h"
 #include "localdata/files.h"
 #include "platform/folders.h"
 

@@ -4,7 +4,7 @@
 
 #include <utility>
 
-#include "engine/task_store.h"
+#include "localdata/file_names.h"
 #include "platform/text.h"
 #include "resources/string_id.h"
 #include "service/messages.h"

@@ -4,28 +4,22 @@
 #include <utility>
 
 #include "platform/qt/text.h"
+#include "resources/qt/texts.h"
 #include "widgets/icons.h"
 
 namespace updown {
 namespace {
 
-constexpr int kFolderIcon = 134;
-constexpr int kFileIcon = 135;
-
-constexpr std::array<ColumnHeading, attachment_column::kCount> kHeadings{{
-    {StringId::Name, u"Name"},
-    {StringId::Size, u"Size"},
-    {StringId::Type, u"Type"},
-    {StringId::Created, u"Create"},
-    {StringId::Save, u"Save"},
-}};
+constexpr std::array<StringId, attachment_column::kCount> kAttachmentHeadings{
+    StringId::Name, StringId::Size, StringId::Type, StringId::Created, StringId::Save,
+};
 
 }  // namespace
 
 AttachmentModel::AttachmentModel(QObject* parent)
-    : ReportModel(kHeadings, parent),
-      folderImage_(LoadIcon(kFolderIcon)),
-      fileImage_(LoadIcon(kFileIcon)) {}
+    : ReportModel(kAttachmentHeadings, parent),
+      folderImage_(LoadIcon(Icon::Folder)),
+      fileImage_(LoadIcon(Icon::File)) {}
 
 QVariant AttachmentModel::data(const QModelIndex& index, int role) const {
   if (!index.isValid() || !HasRow(index.row())) {
@@ -35,7 +29,7 @@ QVariant AttachmentModel::data(const QModelIndex& index, int role) const {
   switch (role) {
     case Qt::DisplayRole:
       return column == attachment_column::kSave
-                 ? HeadingText(kHeadings[attachment_column::kSave])
+                 ? Text(kAttachmentHeadings[attachment_column::kSave])
                  : ToQString(AttachmentText(Record(index.row()), column));
     case Qt::TextAlignmentRole:
       return QVariant::fromValue(

@@ -4,9 +4,9 @@
 #include <array>
 #include <ctime>
 
+#include "localdata/file_names.h"
 #include "packages/file_type_names.h"
-#include "packages/service_names.h"
-#include "resources/strings.h"
+#include "resources/texts.h"
 #include "widgets/size_texts.h"
 
 namespace updown {
@@ -70,20 +70,20 @@ std::u16string AttachmentText(const AttachmentRecord& record, int column) {
 
 std::u16string AttachmentTip(const AttachmentRecord& record) {
   std::u16string tip;
-  const auto add = [&](StringId label, std::u16string_view fallback, int column) {
-    tip += LoadText(label, fallback);
+  const auto add = [&](StringId label, int column) {
+    tip += LoadText(label);
     tip += u":";
     tip += AttachmentText(record, column);
   };
-  add(StringId::Name, u"Name", attachment_column::kName);
+  add(StringId::Name, attachment_column::kName);
   tip += u"\r\n";
   if (record.type == kEntryFile) {
-    add(StringId::Size, u"Size", attachment_column::kSize);
+    add(StringId::Size, attachment_column::kSize);
     tip += u"\r\n";
   }
-  add(StringId::Type, u"Type", attachment_column::kType);
+  add(StringId::Type, attachment_column::kType);
   tip += u"\r\n";
-  add(StringId::Created, u"CreateTime", attachment_column::kTime);
+  add(StringId::Created, attachment_column::kTime);
   return tip;
 }
 

@@ -1,8 +1,8 @@
 #include <QScopeGuard>
 
 #include "engine/package.h"
+#include "localdata/file_names.h"
 #include "packages/my_file_list_form_view.h"
-#include "packages/service_names.h"
 #include "service/result_codes.h"
 #include "widgets/busy_pointer.h"
 #include "widgets/message_boxes.h"
@@ -12,8 +12,7 @@
 namespace updown {
 
 void CMyFileListFormView::DeleteSelectedPackages() {
-  if (list_->SelectedRow() < 0 || !Confirm(window(), StringId::ConfirmDelete,
-                                           u"Are you sure you want to make this deletion?")) {
+  if (list_->SelectedRow() < 0 || !Confirm(window(), StringId::ConfirmDelete)) {
     return;
   }
   const int row = list_->SelectedRow();

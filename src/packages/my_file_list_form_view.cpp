@@ -8,7 +8,7 @@
 #include <array>
 
 #include "engine/package.h"
-#include "packages/service_names.h"
+#include "localdata/file_names.h"
 #include "platform/qt/text.h"
 #include "resources/qt/texts.h"
 #include "widgets/busy_pointer.h"
@@ -16,7 +16,7 @@
 namespace updown {
 namespace {
 
-constexpr std::array<int, package_column::kCount> kColumnWidths{160, 160, 160, 160, 80};
+constexpr std::array<int, package_column::kCount> kPackageColumnWidths{160, 160, 160, 160, 80};
 constexpr qsizetype kMostCellCharacters = 259;  // more is never drawn
 constexpr int kReadPauseFactor = 9;  // headers take at most a tenth of the main thread's time
 
@@ -53,7 +53,7 @@ void CMyFileListFormView::InitList() {
   header_->setStretchLastSection(false);
   list_->setModel(model_);
   for (int column = 0; column < package_column::kCount; ++column) {
-    list_->setColumnWidth(column, kColumnWidths.at(static_cast<std::size_t>(column)));
+    list_->setColumnWidth(column, kPackageColumnWidths.at(static_cast<std::size_t>(column)));
   }
   list_->EnableHint(true);
   list_->SetProgressColumn(-1);
@@ -176,9 +176,9 @@ void CMyFileListFormView::ShowRowMenu(const QPoint& globalPosition) {
   menu->setObjectName(QStringLiteral("packageMenu"));
   menu->setAttribute(Qt::WA_DeleteOnClose);
   const QAction* refresh =
-      menu->addAction(Text(StringId::MenuPackageRefresh, u"&Refresh") + QStringLiteral("\tF5"));
+      menu->addAction(Text(StringId::MenuPackageRefresh) + QStringLiteral("\tF5"));
   connect(refresh, &QAction::triggered, this, &CMyFileListFormView::RefreshList);
-  const QAction* remove = menu->addAction(Text(StringId::MenuPackageDelete, u"&Delete"));
+  const QAction* remove = menu->addAction(Text(StringId::MenuPackageDelete));
   connect(remove, &QAction::triggered, this, &CMyFileListFormView::DeleteSelectedPackages);
   menu->popup(globalPosition);
 }

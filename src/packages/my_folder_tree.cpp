@@ -13,8 +13,6 @@ namespace {
 
 constexpr int kItemIdRole = Qt::UserRole;
 constexpr int kFirstListingDelay = 100;  // ms
-constexpr int kFolderIcon = 134;
-constexpr int kOpenFolderIcon = 132;
 
 }  // namespace
 
@@ -24,7 +22,7 @@ CMyFolderTree::CMyFolderTree(AreaRequests& area, PackageDownloads& downloads,
       area_(area),
       downloads_(downloads),
       cache_(cache),
-      image_(LoadIcon(kFolderIcon)) {
+      image_(LoadIcon(Icon::Folder)) {
   setObjectName(QStringLiteral("packageTree"));
   setAccessibleName(Text(StringId::FolderTreeName));
   setHeaderLabel(accessibleName());  // a screen reader names the column though it is not shown
@@ -37,7 +35,7 @@ CMyFolderTree::CMyFolderTree(AreaRequests& area, PackageDownloads& downloads,
   setItemsExpandable(false);
   setExpandsOnDoubleClick(false);
   setItemDelegate(new LabelDelegate(
-      LoadIcon(kOpenFolderIcon),
+      LoadIcon(Icon::OpenFolder),
       [this](const QModelIndex& index, const QString& text) {
         return EndLabelEdit(itemFromIndex(index), ToWide(text));
       },

@@ -1,9 +1,9 @@
 #include <optional>
 
 #include "engine/package.h"
+#include "localdata/file_names.h"
 #include "packages/my_folder_tree.h"
 #include "packages/package_names.h"
-#include "packages/service_names.h"
 #include "widgets/busy_pointer.h"
 
 // The listings: from the service's folders to items, rows and hidden downloads.

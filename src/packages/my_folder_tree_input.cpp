@@ -2,8 +2,8 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 
+#include "localdata/file_names.h"
 #include "packages/my_folder_tree.h"
-#include "packages/service_names.h"
 #include "platform/text.h"
 #include "resources/string_id.h"
 #include "service/result_codes.h"

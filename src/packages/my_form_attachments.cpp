@@ -1,8 +1,8 @@
 #include <QMenu>
 #include <array>
 
+#include "localdata/file_names.h"
 #include "packages/my_form_view.h"
-#include "packages/service_names.h"
 #include "platform/qt/text.h"
 #include "resources/qt/texts.h"
 #include "service/result_codes.h"
@@ -15,7 +15,7 @@ namespace updown {
 namespace {
 
 // Size, type and time have no width: the tip tells them.
-constexpr std::array<int, attachment_column::kCount> kColumnWidths{350, 0, 0, 0, 50};
+constexpr std::array<int, attachment_column::kCount> kAttachmentColumnWidths{350, 0, 0, 0, 50};
 
 }  // namespace
 
@@ -26,7 +26,7 @@ void CMyFormView::InitAttachmentList() {
   attachmentList_->setHeaderHidden(true);
   attachmentList_->setModel(attachmentModel_);
   for (int column = 0; column < attachment_column::kCount; ++column) {
-    const int width = kColumnWidths.at(static_cast<std::size_t>(column));
+    const int width = kAttachmentColumnWidths.at(static_cast<std::size_t>(column));
     attachmentList_->setColumnWidth(column, width);
     attachmentList_->setColumnHidden(column, width == 0);
   }
@@ -79,8 +79,7 @@ bool CMyFormView::SaveSelectedAttachment() {
   }
   const std::u16string name = Utf8ToWideName(attachmentModel_->Record(row).name);
   if (downloads_.StreamLimitReached()) {
-    ShowNotice(window(), StringId::StreamLimit,
-               u"The maximum number of data streams has been reached. Operation aborted.");
+    ShowNotice(window(), StringId::StreamLimit);
     return true;
   }
   if (name.empty()) {
@@ -143,12 +142,11 @@ void CMyFormView::ShowRowMenu(const QPoint& globalPosition) {
   auto* menu = new QMenu(this);
   menu->setObjectName(QStringLiteral("attachmentMenu"));
   menu->setAttribute(Qt::WA_DeleteOnClose);
-  const QAction* save = menu->addAction(Text(StringId::MenuFileSave, u"&Save"));
+  const QAction* save = menu->addAction(Text(StringId::MenuFileSave));
   connect(save, &QAction::triggered, this, &CMyFormView::ActivateAttachment);
-  const QAction* remove = menu->addAction(Text(StringId::MenuFileDelete, u"De&lete"));
+  const QAction* remove = menu->addAction(Text(StringId::MenuFileDelete));
   connect(remove, &QAction::triggered, this, [this] {
-    if (Confirm(window(), StringId::ConfirmDelete,
-                u"Are you sure you want to make this deletion?")) {
+    if (Confirm(window(), StringId::ConfirmDelete)) {
       DeleteSelectedAttachments();
     }
   });

@@ -3,10 +3,10 @@
 #include <QEvent>
 #include <algorithm>
 
+#include "localdata/file_names.h"
 #include "packages/form_layout.h"
 #include "packages/group_frame.h"
 #include "packages/header_text.h"
-#include "packages/service_names.h"
 #include "platform/qt/text.h"
 #include "resources/qt/texts.h"
 
@@ -78,7 +78,7 @@ void CMyFormView::SetTexts(const PackageHeader& header) {
 }
 
 void CMyFormView::SetHeader(const PackageHeader& header) {
-  QString text = ToQString(HeaderText(header, launch_.languageId));
+  QString text = ToQString(HeaderText(header));
   headerText_->setText(text.replace(QStringLiteral("\r\n"), QStringLiteral("\n")));
 }
 

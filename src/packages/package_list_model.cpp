@@ -7,15 +7,9 @@
 namespace updown {
 namespace {
 
-constexpr int kPackageIcon = 134;
-
-constexpr std::array<ColumnHeading, package_column::kCount> kHeadings{{
-    {StringId::TimeReceived, u"Received Time"},
-    {StringId::From, u"From"},
-    {StringId::To, u"To"},
-    {StringId::Subject, u"Subject"},
-    {StringId::Status, u"Status"},
-}};
+constexpr std::array<StringId, package_column::kCount> kPackageHeadings{
+    StringId::TimeReceived, StringId::From, StringId::To, StringId::Subject, StringId::Status,
+};
 
 }  // namespace
 
@@ -23,7 +17,7 @@ PackageRow::PackageRow(const DirectoryEntry& entry, TreeItem item)
     : name(entry.name), treeItem(item) {}
 
 PackageListModel::PackageListModel(QObject* parent)
-    : ReportModel(kHeadings, parent), image_(LoadIcon(kPackageIcon)) {}
+    : ReportModel(kPackageHeadings, parent), image_(LoadIcon(Icon::Folder)) {}
 
 QVariant PackageListModel::data(const QModelIndex& index, int role) const {
   if (!index.isValid() || !HasRow(index.row())) {

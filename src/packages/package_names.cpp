@@ -1,8 +1,7 @@
 #include "packages/package_names.h"
 
 #include "engine/package.h"
-#include "engine/task_store.h"
-#include "packages/service_names.h"
+#include "localdata/file_names.h"
 
 namespace updown {
 

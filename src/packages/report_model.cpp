@@ -7,9 +7,7 @@
 
 namespace updown {
 
-QString HeadingText(const ColumnHeading& heading) { return Text(heading.text, heading.fallback); }
-
-ReportModel::ReportModel(std::span<const ColumnHeading> headings, QObject* parent)
+ReportModel::ReportModel(std::span<const StringId> headings, QObject* parent)
     : QAbstractTableModel(parent), headings_(headings) {}
 
 int ReportModel::rowCount(const QModelIndex& parent) const {
@@ -25,7 +23,7 @@ QVariant ReportModel::headerData(int section, Qt::Orientation orientation, int r
       section >= columnCount()) {
     return QAbstractTableModel::headerData(section, orientation, role);
   }
-  return HeadingText(headings_[static_cast<std::size_t>(section)]);
+  return Text(headings_[static_cast<std::size_t>(section)]);
 }
 
 void ReportModel::Reorder(const std::function<bool(int, int)>& isBefore,

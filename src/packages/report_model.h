@@ -3,26 +3,18 @@
 #include <QAbstractTableModel>
 #include <functional>
 #include <span>
-#include <string_view>
 #include <vector>
 
 #include "resources/string_id.h"
 
 namespace updown {
 
-struct ColumnHeading {
-  StringId text;
-  std::u16string_view fallback;
-};
-
-QString HeadingText(const ColumnHeading& heading);
-
 // What the models of the views' lists share: rows without children under fixed headings.
 class ReportModel : public QAbstractTableModel {
   Q_OBJECT
 
  public:
-  ReportModel(std::span<const ColumnHeading> headings, QObject* parent);
+  ReportModel(std::span<const StringId> headings, QObject* parent);
 
   int rowCount(const QModelIndex& parent = {}) const override;
   int columnCount(const QModelIndex& parent = {}) const override;
@@ -39,7 +31,7 @@ class ReportModel : public QAbstractTableModel {
                const std::function<void(const std::vector<int>&)>& apply);
 
  private:
-  std::span<const ColumnHeading> headings_;
+  std::span<const StringId> headings_;
 };
 
 }  // namespace updown

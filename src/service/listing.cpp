@@ -11,7 +11,7 @@ namespace updown {
 
 namespace {
 
-constexpr std::size_t kLengthSize = 4;
+constexpr std::size_t kEntryLengthSize = 4;
 
 std::unique_ptr<DirectoryEntry> DecodeEntry(Bytes list) {
   AttributeTable table;
@@ -72,19 +72,19 @@ int ReadEntries(int socket, MessageBuffer& buffer, DirectoryList& chain) {
 
 TakenEntry TakeEntry(Bytes bytes) {
   TakenEntry taken;
-  if (bytes.size() < kLengthSize) {
+  if (bytes.size() < kEntryLengthSize) {
     return taken;
   }
   const std::size_t length = ReadBigEndian32(bytes.data());
-  if (bytes.size() - kLengthSize < length) {
+  if (bytes.size() - kEntryLengthSize < length) {
     return taken;
   }
-  taken.consumed = static_cast<std::uint32_t>(kLengthSize + length);
+  taken.consumed = static_cast<std::uint32_t>(kEntryLengthSize + length);
   if (length == 0) {
     taken.kind = EntryKind::End;
     return taken;
   }
-  taken.entry = DecodeEntry(bytes.subspan(kLengthSize, length));
+  taken.entry = DecodeEntry(bytes.subspan(kEntryLengthSize, length));
   taken.kind = taken.entry ? EntryKind::Entry : EntryKind::Bad;
   return taken;
 }

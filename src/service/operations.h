@@ -45,6 +45,7 @@ class TransferProgress {
 // The nine operations of the file service in one dialect. Sockets are blocking and joined to the
 // service; strings are UTF-8; results are those of result_codes.h.
 struct ServiceOps {
+  // NOLINTBEGIN(readability-identifier-naming): called as functions are
   int (*OpenSession)(int socket, std::string& sessid, std::string_view appid, std::uint32_t code);
   int (*Authenticate)(int socket, std::string_view appid, std::string_view userName,
                       std::string_view password, std::string_view realm);
@@ -57,6 +58,7 @@ struct ServiceOps {
                       TransferProgress* progress);
   int (*UploadFile)(int socket, const std::string& sessid, TransferRecord& record,
                     TransferProgress* progress);
+  // NOLINTEND(readability-identifier-naming)
 };
 
 const ServiceOps& FirstDialect();

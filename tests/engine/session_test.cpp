@@ -13,7 +13,7 @@ namespace {
 
 using peer::Fault;
 
-class Session : public testing::TestWithParam<int> {
+class Session : public ::testing::TestWithParam<int> {
  protected:
   Session() {
     launch.serverName = "fileservice";
@@ -123,7 +123,7 @@ TEST_P(Session, IsOpenedAnewWhenAReplyWasGivenUp) {
   EXPECT_EQ(session.Ops().ListFolder(session.Socket(), "/").error, result::kOk);
 }
 
-INSTANTIATE_TEST_SUITE_P(Dialects, Session, testing::Values(1, 2));
+INSTANTIATE_TEST_SUITE_P(Dialects, Session, ::testing::Values(1, 2));
 
 }  // namespace
 }  // namespace updown

@@ -16,7 +16,7 @@
 
 #include "packages/pane_links.h"
 #include "platform/text.h"
-#include "resources/strings.h"
+#include "resources/texts.h"
 #include "tests/support/granted_session.h"
 #include "tests/support/person.h"
 #include "tests/support/temporary_folder.h"
