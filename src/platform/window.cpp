@@ -13,6 +13,8 @@ namespace {
 // Dispatch returns to its event loop, which has input and painting to serve.
 constexpr std::size_t kFurtherMessages = 64;
 
+}  // namespace
+
 struct Answer {
   bool given = false;
   MessageResult result = 0;
@@ -23,6 +25,8 @@ struct QueuedMessage {
   WindowMessage message;
   std::shared_ptr<Answer> answer;  // null for a posted message
 };
+
+namespace {
 
 // Which queue a window belongs to.
 struct Registry {
