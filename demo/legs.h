@@ -35,7 +35,7 @@ void LoginLeg(LegContext& context);
 void LooksLeg(LegContext& context);
 void DarkLeg(LegContext& context);
 
-// Roads that several legs take.
+// Steps that several legs take.
 void AwaitFullList(LegContext& context);      // all packages listed, header texts there
 void SelectWalkPackage(LegContext& context);  // Completed, its attachments on show
 void SaveAttachment(LegContext& context, const QString& name, const QString& path);

@@ -13,7 +13,6 @@
 namespace updown {
 namespace {
 
-constexpr int kProgramIcon = 128;
 constexpr int kPictureSize = 48;
 constexpr int kMargin = 16;
 constexpr int kTextWidth = 280;  // so that the title, which is the same text, is not cut
@@ -31,8 +30,8 @@ void ShowAboutBox(QWidget* owner) {
   layout->setColumnMinimumWidth(1, kTextWidth);
 
   auto* picture = new QLabel;
-  picture->setPixmap(
-      LoadIcon(kProgramIcon).pixmap(QSize(kPictureSize, kPictureSize), dialog.devicePixelRatioF()));
+  picture->setPixmap(LoadIcon(Icon::Program)
+                         .pixmap(QSize(kPictureSize, kPictureSize), dialog.devicePixelRatioF()));
   layout->addWidget(picture, 0, 0);
   layout->addWidget(new QLabel(Text(StringId::AboutText)), 0, 1);
 

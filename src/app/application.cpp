@@ -9,22 +9,19 @@
 
 #include "app/command_line.h"
 #include "app/launch_identity.h"
+#include "platform/qt/text.h"
 #include "platform/unique_fd.h"
 #include "resources/qt/texts.h"
-#include "resources/strings.h"
+#include "resources/texts.h"
 #include "widgets/icons.h"
 #include "widgets/message_boxes.h"
 
 namespace updown {
 namespace {
 
-constexpr int kProgramIcon = 128;
-
 // Texts of the toolkit's own dialogs, where its translations are installed.
-void TranslateToolkit(AnsiCodePage codePage) {
-  const QString name = codePage == AnsiCodePage::SimplifiedChinese    ? u"qtbase_zh_CN"_qs
-                       : codePage == AnsiCodePage::TraditionalChinese ? u"qtbase_zh_TW"_qs
-                                                                      : QString();
+void TranslateToolkit() {
+  const QString name = ToQString(CurrentLanguage().qtCatalog);
   auto translator = std::make_unique<QTranslator>(QCoreApplication::instance());
   if (!name.isEmpty() &&
       translator->load(name, QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
@@ -46,9 +43,9 @@ bool Application::Start() {
   if (!BecomeInstance()) {
     return false;
   }
-  TranslateToolkit(launch_.CodePage());
+  TranslateToolkit();
   QGuiApplication::setDesktopFileName(u"net.updown.UpDown"_qs);
-  QApplication::setWindowIcon(LoadIcon(kProgramIcon));
+  QApplication::setWindowIcon(LoadIcon(Icon::Program));
   QApplication::setQuitOnLastWindowClosed(false);
   if (!CheckCommandLine()) {
     return false;
@@ -78,8 +75,8 @@ bool Application::CheckCommandLine() {
   launch_.serverName = parameters.serverName;
   launch_.serverPort = parameters.serverPort;
   if (!parameters.Accepted()) {
-    ShowBox(nullptr, Text(StringId::InvalidParameters, u"Invalid parameters!"),
-            Text(StringId::ProgramTitle), BoxIcon::Stop);
+    ShowBox(nullptr, Text(StringId::InvalidParameters), Text(StringId::ProgramTitle),
+            BoxIcon::Stop);
   }
   return parameters.Accepted();
 }

@@ -7,7 +7,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 
-#include "engine/task_store.h"
+#include "localdata/file_names.h"
 #include "platform/qt/text.h"
 #include "resources/qt/texts.h"
 #include "resources/string_id.h"
@@ -16,7 +16,6 @@
 namespace updown {
 namespace {
 
-constexpr int kProgramIcon = 128;
 constexpr int kFieldWidth = 260;
 // What the session keeps of either text, in bytes and so at most in characters.
 constexpr int kFieldCharacters = static_cast<int>(kPathCapacity) - 1;
@@ -52,7 +51,7 @@ std::optional<LoginAnswer> AskForLogin(QWidget* owner, bool refused) {
   QDialog dialog(owner);
   dialog.setObjectName(u"loginDialog"_qs);
   dialog.setWindowTitle(Text(StringId::LoginTitle));
-  dialog.setWindowIcon(LoadIcon(kProgramIcon));
+  dialog.setWindowIcon(LoadIcon(Icon::Program));
   auto* layout = new QFormLayout(&dialog);
   layout->setSizeConstraint(QLayout::SetFixedSize);
   if (refused) {

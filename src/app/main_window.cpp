@@ -20,7 +20,6 @@
 namespace updown {
 namespace {
 
-constexpr int kWindowIcon = 128;
 constexpr int kInstancePollMs = 50;
 constexpr QSize kFirstSize{960, 720};
 constexpr int kTreeWidth = 200;  // when the keyboard opens it
@@ -53,7 +52,7 @@ MainWindow::MainWindow(const LaunchState& launch, FileService& service,
   requests_.OpenSession();
   setWindowTitle(Text(StringId::FrameTitle));
   setAccessibleName(windowTitle());
-  setWindowIcon(LoadIcon(kWindowIcon));
+  setWindowIcon(LoadIcon(Icon::Program));
   resize(kFirstSize);
   MakeShortcuts();
   CreatePanes();

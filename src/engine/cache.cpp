@@ -5,7 +5,7 @@
 #include <system_error>
 #include <utility>
 
-#include "engine/folder_walk.h"
+#include "localdata/file_names.h"
 #include "localdata/files.h"
 #include "platform/folders.h"
 

@@ -1,9 +1,6 @@
 #include "engine/folder_walk.h"
 
-#include <climits>
-
-#include "engine/task_store.h"
-#include "engine/worker.h"
+#include "localdata/file_names.h"
 #include "localdata/files.h"
 #include "platform/folders.h"
 
@@ -16,8 +13,7 @@ struct WalkPlace {
   std::string local;
 
   bool Fits(std::string_view name) const {
-    return remote.size() + name.size() < kPathCapacity &&
-           local.size() + name.size() < kPathCapacity;
+    return FitsPath(remote + std::string(name)) && FitsPath(local + std::string(name));
   }
 };
 
@@ -32,14 +28,14 @@ bool ReadyChild(TransferTask& task) {
   return true;
 }
 
-int FetchFile(SchedulerContext& context, TransferTask& task, TransferProgress& progress,
-              const WalkPlace& place, const DirectoryEntry& entry) {
+int FetchFile(TransferTask& task, const ChildFetcher& fetchChild, const WalkPlace& place,
+              const DirectoryEntry& entry) {
   const std::string localPath = place.local + entry.name;
   task.childRecord->StartFile({place.remote + entry.name, localPath});
   if (LocalFileSize(localPath) == entry.size || !ReadyChild(task)) {
     return result::kOk;
   }
-  return TransferChild(context, task, progress);
+  return fetchChild();
 }
 
 int OutcomeOf(const SessionResult& failed) {
@@ -49,12 +45,7 @@ int OutcomeOf(const SessionResult& failed) {
 
 }  // namespace
 
-bool IsSafeName(std::string_view name) {
-  return !name.empty() && name != "." && name != ".." && name.size() <= NAME_MAX &&
-         name.find_first_of(std::string_view("/\\\0", 3)) == std::string_view::npos;
-}
-
-int FolderWalk(SchedulerContext& context, TransferTask& task, TransferProgress& progress,
+int FolderWalk(SchedulerContext& context, TransferTask& task, const ChildFetcher& fetchChild,
                const std::string& relativeLocal, const std::string& relativeRemote) {
   const RecordPaths root = task.record->Paths();
   const WalkPlace place{root.remotePath + "/" + relativeRemote,
@@ -76,10 +67,10 @@ int FolderWalk(SchedulerContext& context, TransferTask& task, TransferProgress& 
     }
     // The "/" behind a folder's name bounds the depth: each level takes two bytes of 260.
     if (entry.type == kEntryFile && place.Fits(entry.name)) {
-      outcome = FetchFile(context, task, progress, place, entry);
+      outcome = FetchFile(task, fetchChild, place, entry);
     } else if (entry.type == kEntryFolder && place.Fits(entry.name + "/")) {
       MakeFolder(place.local + entry.name);
-      outcome = FolderWalk(context, task, progress, relativeLocal + entry.name + "/",
+      outcome = FolderWalk(context, task, fetchChild, relativeLocal + entry.name + "/",
                            relativeRemote + entry.name + "/");
     }
   }

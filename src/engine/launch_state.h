@@ -3,12 +3,12 @@
 #include <cstdint>
 #include <string>
 
-#include "platform/text.h"
+#include "resources/languages.h"
 
 namespace updown {
 
 inline constexpr std::uint32_t kDefaultServerPort = 8080;
-inline constexpr std::int32_t kDefaultLanguage = 1033;
+inline constexpr std::int32_t kDefaultLanguage = kLanguages.front().id;
 
 // What this launch is: written by start-up before any other thread exists, read-only from then on
 // and passed by reference to whoever needs it. It outlives all windows and threads.
@@ -19,7 +19,7 @@ struct LaunchState {
   std::uint32_t serverPort = kDefaultServerPort;  // -p; connections use the low 16 bits
   std::int32_t languageId = kDefaultLanguage;
 
-  AnsiCodePage CodePage() const { return AnsiCodePageOf(languageId); }
+  AnsiCodePage CodePage() const { return LanguageOf(languageId).codePage; }
 };
 
 }  // namespace updown

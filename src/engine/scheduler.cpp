@@ -6,8 +6,6 @@
 #include <utility>
 #include <vector>
 
-#include "engine/worker.h"
-
 namespace updown {
 namespace {
 

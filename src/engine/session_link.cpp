@@ -3,7 +3,7 @@
 #include <chrono>
 #include <utility>
 
-#include "engine/tasks.h"
+#include "localdata/file_names.h"
 #include "platform/text.h"
 #include "resources/string_id.h"
 #include "service/messages.h"

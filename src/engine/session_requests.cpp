@@ -3,8 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "engine/folder_walk.h"
-#include "engine/tasks.h"
+#include "localdata/file_names.h"
 #include "resources/string_id.h"
 
 namespace updown {

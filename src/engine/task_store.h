@@ -9,12 +9,12 @@
 #include "engine/launch_state.h"
 #include "engine/record_index.h"
 #include "engine/task_queue.h"
+#include "localdata/file_names.h"
 #include "localdata/transfer_record.h"
 
 namespace updown {
 
 inline constexpr std::uint32_t kStreamLimit = 5;   // unfinished user tasks at a time
-inline constexpr std::size_t kPathCapacity = 260;  // bytes or characters, terminator included
 
 // What a window asks to fetch, before there is a task for it.
 struct TaskDraft {

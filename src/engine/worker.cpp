@@ -17,6 +17,15 @@ int Transfer(SchedulerContext& context, const TransferTask& task, TransferRecord
       .code;
 }
 
+// Takes the counts of a child that ended Finished up into the folder record.
+int TransferChild(SchedulerContext& context, TransferTask& task, TransferProgress& progress) {
+  const int outcome = Transfer(context, task, *task.childRecord, progress);
+  if (task.childRecord->state == TransferState::Finished) {
+    task.TakeUpChild();
+  }
+  return outcome;
+}
+
 // A child without a path has never stood for a file; a stopped one may have all of its file.
 bool ChildIsOutstanding(const TransferRecord& child) {
   const bool complete =
@@ -32,9 +41,10 @@ void SetFolderOutcome(TransferTask& task, int outcome) {
 }
 
 int RunFolderTask(SchedulerContext& context, TransferTask& task, TransferProgress& progress) {
+  const ChildFetcher fetchChild = [&] { return TransferChild(context, task, progress); };
   int outcome = result::kOk;
   if (ChildIsOutstanding(*task.childRecord)) {
-    outcome = TransferChild(context, task, progress);
+    outcome = fetchChild();
   }
   if (outcome != result::kOk) {
     // The task stays Queued and the next pass takes it up again, at the pace of a block.
@@ -45,7 +55,7 @@ int RunFolderTask(SchedulerContext& context, TransferTask& task, TransferProgres
     return outcome;
   }
   MakeFolder(task.record->LocalPath());
-  outcome = FolderWalk(context, task, progress, "", "");
+  outcome = FolderWalk(context, task, fetchChild, "", "");
   // Without a listing at the program's end the task is not Failed and runs at next start.
   if (outcome != kListerGone) {
     SetFolderOutcome(task, outcome);
@@ -71,14 +81,6 @@ int RunGuarded(SchedulerContext& context, TransferTask& task) {
 void WorkerProgress::BlockDone(TransferRecord& /*record*/) {
   context_.workersStop.WaitFor(context_.pace);
   context_.events->BlockDone(task_);
-}
-
-int TransferChild(SchedulerContext& context, TransferTask& task, TransferProgress& progress) {
-  const int outcome = Transfer(context, task, *task.childRecord, progress);
-  if (task.childRecord->state == TransferState::Finished) {
-    task.TakeUpChild();
-  }
-  return outcome;
 }
 
 int RunTransferWorker(SchedulerContext& context, const TaskPointer& task) {

@@ -7,14 +7,15 @@
 #include <cerrno>
 #include <limits>
 
+#include "localdata/file_names.h"
+
 namespace updown {
 namespace {
 
-constexpr std::size_t kPathBuffer = 260;  // terminator included
 constexpr std::size_t kMostBytes = std::numeric_limits<int>::max();
 
 bool UsablePath(const std::string& path) {
-  return !path.empty() && path.size() < kPathBuffer && path.find('\0') == std::string::npos;
+  return !path.empty() && FitsPath(path) && path.find('\0') == std::string::npos;
 }
 
 // Repeats `call` while signals interrupt it. Its count, or the negated errno.

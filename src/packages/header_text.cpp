@@ -2,8 +2,7 @@
 
 #include <string_view>
 
-#include "engine/launch_state.h"
-#include "resources/strings.h"
+#include "resources/texts.h"
 
 namespace updown {
 namespace {
@@ -12,13 +11,12 @@ constexpr std::size_t kMostShown = 1000;  // characters of one value
 constexpr std::size_t kLongestLine = 8000;
 constexpr std::u16string_view kLineEnd = u"\r\n";
 
-std::u16string Label(StringId id, std::int32_t languageId) {
-  const bool english = languageId == kDefaultLanguage;
+std::u16string Label(StringId id) {
   const std::u16string_view text = LoadText(id);
-  const std::size_t width = english ? 7 : 5;
+  const Language& language = CurrentLanguage();
   std::u16string label = std::u16string(text) + std::u16string(LoadText(StringId::Colon));
-  for (std::size_t length = text.size(); length < width; ++length) {
-    label += english ? u" " : u"  ";
+  for (std::size_t length = text.size(); length < language.labelWidth; ++length) {
+    label += language.labelFill;
   }
   return label;
 }
@@ -27,8 +25,8 @@ std::u16string_view Shown(std::u16string_view value) { return value.substr(0, kM
 
 }  // namespace
 
-std::u16string HeaderText(const PackageHeader& header, std::int32_t languageId) {
-  std::u16string text = Label(StringId::From, languageId);
+std::u16string HeaderText(const PackageHeader& header) {
+  std::u16string text = Label(StringId::From);
   text += Shown(header.from);
   text += u"\t\t";
   text += LoadText(StringId::TimeReceived);
@@ -36,13 +34,13 @@ std::u16string HeaderText(const PackageHeader& header, std::int32_t languageId) 
   text += u"\t";
   text += Shown(header.sendTime);
   text += kLineEnd;
-  text += Label(StringId::To, languageId);
+  text += Label(StringId::To);
   text += Shown(header.to);
   text += kLineEnd;
-  text += Label(StringId::Cc, languageId);
+  text += Label(StringId::Cc);
   text += Shown(header.cc);
   text += kLineEnd;
-  text += Label(StringId::Subject, languageId);
+  text += Label(StringId::Subject);
   text += Shown(header.subject);
   return text;
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <string>
 
 #include "engine/package.h"
@@ -8,10 +7,10 @@
 namespace updown {
 
 // The four lines above the notes, in the language in force, with CR LF between them. Labels are
-// filled up so that the values stand below each other: with blanks in English (1033), with double
-// ones for the wider characters of the other languages. Of each value the part that a line can
+// filled up so that the values stand below each other: with the blanks that the language
+// has for it, double ones where characters are wider. Of each value the part that a line can
 // show.
-std::u16string HeaderText(const PackageHeader& header, std::int32_t languageId);
+std::u16string HeaderText(const PackageHeader& header);
 
 // The text with line breaks put into lines of many thousand characters, which an edit control takes
 // minutes to lay out.

@@ -2,6 +2,7 @@
 #include <unicode/ucnv_cb.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <limits>
 #include <memory>
 
@@ -15,10 +16,10 @@ struct CloseConverter {
 };
 using Converter = std::unique_ptr<UConverter, CloseConverter>;
 
-constexpr std::size_t kMostUnits = std::numeric_limits<std::int32_t>::max() / 8;
+constexpr std::size_t kMostConverted = std::numeric_limits<std::int32_t>::max() / 8;
 
-std::int32_t Length(std::size_t size) {
-  return static_cast<std::int32_t>(std::min(size, kMostUnits));
+std::int32_t ConvertedLength(std::size_t size) {
+  return static_cast<std::int32_t>(std::min(size, kMostConverted));
 }
 
 // The library's own substitution writes U+001A for some bytes, and nothing at all for characters
@@ -68,33 +69,22 @@ UConverter* ConverterFor(AnsiCodePage codePage) {
 
 }  // namespace
 
-AnsiCodePage AnsiCodePageOf(std::int32_t languageId) {
-  switch (languageId) {
-    case 2052:
-      return AnsiCodePage::SimplifiedChinese;
-    case 1028:
-      return AnsiCodePage::TraditionalChinese;
-    default:
-      return AnsiCodePage::Western;
-  }
-}
-
 std::u16string AnsiToWide(std::string_view bytes, AnsiCodePage codePage) {
-  std::u16string wide(static_cast<std::size_t>(Length(bytes.size())) * 2, u'\0');
+  std::u16string wide(static_cast<std::size_t>(ConvertedLength(bytes.size())) * 2, u'\0');
   UErrorCode error = U_ZERO_ERROR;
   const std::int32_t written =
       ucnv_toUChars(ConverterFor(codePage), wide.data(), static_cast<std::int32_t>(wide.size()),
-                    bytes.data(), Length(bytes.size()), &error);
+                    bytes.data(), ConvertedLength(bytes.size()), &error);
   wide.resize(U_SUCCESS(error) ? static_cast<std::size_t>(written) : 0);
   return wide;
 }
 
 std::string WideToAnsi(std::u16string_view wide, AnsiCodePage codePage) {
-  std::string bytes(static_cast<std::size_t>(Length(wide.size())) * 2, '\0');
+  std::string bytes(static_cast<std::size_t>(ConvertedLength(wide.size())) * 2, '\0');
   UErrorCode error = U_ZERO_ERROR;
   const std::int32_t written =
       ucnv_fromUChars(ConverterFor(codePage), bytes.data(), static_cast<std::int32_t>(bytes.size()),
-                      wide.data(), Length(wide.size()), &error);
+                      wide.data(), ConvertedLength(wide.size()), &error);
   bytes.resize(U_SUCCESS(error) ? static_cast<std::size_t>(written) : 0);
   return bytes;
 }

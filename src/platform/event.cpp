@@ -3,8 +3,6 @@
 #include <condition_variable>
 #include <mutex>
 
-#include "platform/immortal.h"
-
 namespace updown {
 namespace {
 
@@ -15,8 +13,9 @@ struct Signals {
 };
 
 Signals& AllSignals() {
-  static Immortal<Signals> signals;
-  return signals.Get();
+  // Never destroyed: threads may outlive the statics of a process that ends.
+  static auto& signals = *new Signals;
+  return signals;
 }
 
 // A span beyond this would overflow the clock; nobody is there to see the difference.

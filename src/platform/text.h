@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -19,10 +18,8 @@ std::string WideToUtf8(std::u16string_view wide);
 // The same in at most `most` bytes, cut at a character.
 std::string WideToUtf8(std::u16string_view wide, std::size_t most);
 
-// The ANSI code page of a language identifier: 2052 is windows-936, 1028 is windows-950, every
-// other one windows-1252.
+// Windows code pages, by number.
 enum class AnsiCodePage { Western = 1252, SimplifiedChinese = 936, TraditionalChinese = 950 };
-AnsiCodePage AnsiCodePageOf(std::int32_t languageId);
 
 std::u16string AnsiToWide(std::string_view bytes, AnsiCodePage codePage);
 std::string WideToAnsi(std::u16string_view wide, AnsiCodePage codePage);

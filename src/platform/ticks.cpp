@@ -2,8 +2,6 @@
 
 #include <chrono>
 
-#include "platform/immortal.h"
-
 namespace updown {
 namespace {
 
@@ -19,8 +17,9 @@ class MonotonicTicks : public TickCounter {
 }  // namespace
 
 const TickCounter& SystemTicks() {
-  static Immortal<MonotonicTicks> ticks;
-  return ticks.Get();
+  // Never destroyed: threads may outlive the statics of a process that ends.
+  static const auto& ticks = *new MonotonicTicks;
+  return ticks;
 }
 
 }  // namespace updown

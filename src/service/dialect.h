@@ -12,7 +12,7 @@ namespace updown {
 // The two dialects of the file service share frames, message codes and the steps of every
 // operation; they differ in how a reply says yes or no and in how a session is granted. The
 // operations are therefore written once, with the dialect as their first argument, and
-// operations.cpp makes the two tables of them.
+// dialect.cpp makes the two tables of them.
 enum class Dialect { First, Second };
 
 // One exchange of the dialect. 0 or a result code; in the second dialect the reply is not judged.

@@ -47,6 +47,7 @@ class TransferProgress {
 // result::kNotDecodable the connection is closed, since whatever still comes on it would answer
 // nothing.
 struct ServiceOps {
+  // NOLINTBEGIN(readability-identifier-naming): called as functions are
   int (*OpenSession)(Connection& connection, std::string& sessid, std::string_view appid,
                      std::uint32_t code);
   int (*Authenticate)(Connection& connection, std::string_view appid, std::string_view userName,
@@ -60,6 +61,7 @@ struct ServiceOps {
                                  TransferRecord& record, TransferProgress* progress);
   TransferResult (*UploadFile)(Connection& connection, const std::string& sessid,
                                TransferRecord& record, TransferProgress* progress);
+  // NOLINTEND(readability-identifier-naming)
 };
 
 const ServiceOps& FirstDialect();

@@ -1,8 +1,8 @@
 #include "transfers/row_updates.h"
 
+#include "engine/result_texts.h"
 #include "platform/qt/text.h"
 #include "resources/qt/texts.h"
-#include "resources/strings.h"
 #include "service/result_codes.h"
 #include "transfers/rate_statistics.h"
 #include "transfers/transfer_texts.h"
@@ -12,11 +12,6 @@ namespace updown {
 namespace {
 
 QString NotAvailable() { return QStringLiteral("N/A"); }
-
-QString TextOfNumber(std::uint32_t id) {
-  const std::u16string_view text = LoadText(id);
-  return text.empty() ? Text(StringId::UnknownError, u"Unknown error.") : ToQString(text);
-}
 
 }  // namespace
 
@@ -73,7 +68,7 @@ void RowUpdates::ShowEnded(TaskId id, const TransferResult& result) {
   if (ShowState(row, *task, state) && result.code != result::kOk) {
     const std::uint32_t code = result::WithoutSign(result.code);
     task->lastResult = static_cast<std::int32_t>(code);
-    ShowOutcome(row, state, TextOfNumber(TextOfCode(code)));
+    ShowOutcome(row, state, ToQString(ResultRowText(code)));
   }
   model_.Touch(row);
 }
@@ -96,7 +91,7 @@ bool RowUpdates::ShowState(int row, TransferTask& task, TransferState state) {
       }
       break;
     case TransferState::Finished:
-      model_.SetText(row, StatusColumn::Progress, Text(StringId::Completed, u"Completed"));
+      model_.SetText(row, StatusColumn::Progress, Text(StringId::Completed));
       model_.SetText(row, StatusColumn::Remaining, {});
       if (!ShowFinalRate(row, task)) {
         return false;

@@ -6,8 +6,8 @@
 #include "platform/qt/text.h"
 #include "resources/qt/texts.h"
 #include "service/result_codes.h"
-#include "transfers/local_removal.h"
-#include "transfers/move_with_progress.h"
+#include "transfers/local_files.h"
+#include "transfers/move_box.h"
 #include "transfers/rate_statistics.h"
 #include "widgets/busy_pointer.h"
 #include "widgets/message_boxes.h"
@@ -89,13 +89,11 @@ void TransferCommands::ResumeTask(TransferTask& task) {
 }
 
 void TransferCommands::RedoTask(const TaskPointer& task) {
-  if (!ReopenIfRefused(*task) ||
-      !Asked(StringId::ConfirmRedo, u"Are you sure you want to redo the task?")) {
+  if (!ReopenIfRefused(*task) || !Asked(StringId::ConfirmRedo)) {
     return;
   }
   if (task->record->state == TransferState::Finished && tasks_.StreamLimitReached()) {
-    ShowNotice(owner_, StringId::StreamLimit,
-               u"The maximum number of data streams has been reached. Operation aborted.");
+    ShowNotice(owner_, StringId::StreamLimit);
     return;
   }
   const int row = model_.RowOfTask(task->id);
@@ -135,7 +133,7 @@ void TransferCommands::DeleteRow(int row) {
     model_.Remove(row);
     return;
   }
-  if (!Asked(StringId::ConfirmDelete, u"Are you sure you want to make this deletion?")) {
+  if (!Asked(StringId::ConfirmDelete)) {
     return;
   }
   StopRecords(*task);
@@ -161,12 +159,11 @@ void TransferCommands::MoveTaskFile(const TaskPointer& task) {
     return;
   }
   const QPointer<QWidget> alive(owner_);
-  const QString title = Text(StringId::MoveFile, u"Move File");
-  const QString folder = desktop_.askFolder(owner_, title);
+  const QString folder = desktop_.askFolder(owner_, Text(StringId::MoveFile));
   if (!alive || folder.isEmpty()) {
     return;
   }
-  const auto moved = MoveWithProgress(owner_, title, path, ToUtf8(folder));
+  const auto moved = MoveInBox(owner_, path, ToUtf8(folder));
   if (!alive) {
     return;
   }
@@ -193,9 +190,9 @@ bool TransferCommands::ReopenIfRefused(TransferTask& task) {
 }
 
 // False also if the window, and this object with it, went while the question stood.
-bool TransferCommands::Asked(StringId question, std::u16string_view fallback) {
+bool TransferCommands::Asked(StringId question) {
   const QPointer<QWidget> alive(owner_);
-  return Confirm(owner_, question, fallback) && alive;
+  return Confirm(owner_, question) && alive;
 }
 
 }  // namespace updown

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QWidget>
-#include <string_view>
 
 #include "platform/ticks.h"
 #include "resources/string_id.h"
@@ -34,7 +33,7 @@ class TransferCommands {
 
   // False ends the command: the service refused the task's session and no new one could be opened.
   bool ReopenIfRefused(TransferTask& task);
-  bool Asked(StringId question, std::u16string_view fallback);
+  bool Asked(StringId question);
   void StartAgain(TransferTask& task);
 
   TransferTasks& tasks_;

@@ -11,20 +11,20 @@ namespace {
 
 struct Heading {
   StringId text;
-  const char16_t* fallback;
   Qt::AlignmentFlag alignment;
 };
 
 constexpr std::array<Heading, kStatusColumns> kHeadings{{
-    {StringId::SourceEnd, u"From", Qt::AlignLeft},
-    {StringId::TargetEnd, u"To", Qt::AlignLeft},
-    {StringId::Transferred, u"Transferred", Qt::AlignRight},
-    {StringId::Progress, u"Progress", Qt::AlignRight},
-    {StringId::TransferRate, u"Transfer Rate", Qt::AlignRight},
-    {StringId::TimeRemaining, u"Time Remaining", Qt::AlignRight},
+    {StringId::SourceEnd, Qt::AlignLeft},
+    {StringId::TargetEnd, Qt::AlignLeft},
+    {StringId::Transferred, Qt::AlignRight},
+    {StringId::Progress, Qt::AlignRight},
+    {StringId::TransferRate, Qt::AlignRight},
+    {StringId::TimeRemaining, Qt::AlignRight},
 }};
 
-constexpr std::array<int, kRowImages> kImageIcons{137, 136, 141, 142, 144};
+constexpr std::array<Icon, kRowImages> kImageIcons{Icon::Upload, Icon::Download, Icon::Finished,
+                                                   Icon::Failed, Icon::Stopped};
 
 // A tip that looks like markup is taken for it, and names come from the service.
 QString PlainTip(const QString& text) {
@@ -167,7 +167,7 @@ QVariant TransferModel::headerData(int section, Qt::Orientation orientation, int
   const Heading& heading = kHeadings[static_cast<std::size_t>(section)];
   switch (role) {
     case Qt::DisplayRole:
-      return Text(heading.text, heading.fallback);
+      return Text(heading.text);
     case Qt::TextAlignmentRole:
       return QVariant::fromValue<int>(heading.alignment | Qt::AlignVCenter);
     default:

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "resources/string_id.h"
-#include "service/result_codes.h"
 #include "widgets/size_texts.h"
 
 namespace updown {
@@ -13,28 +11,6 @@ std::string TwoDigits(std::uint64_t value) {
   std::string text = std::to_string(value);
   return text.size() < 2 ? "0" + text : text;
 }
-
-struct CodeText {
-  int code;
-  StringId text;
-};
-
-// More than a message box tells: a row says why its one transfer ended.
-constexpr CodeText kCodeTexts[] = {
-    {result::kConnection, StringId::NetworkError},
-    {result::kNotEncodable, StringId::ShortOfResources},
-    {result::kAuthentication, StringId::AuthenticationFailed},
-    {result::kAccessRefused, StringId::AccessDenied},
-    {result::kBusy, StringId::SystemBusy},
-    {result::kFileOpen, StringId::OpenFailed},
-    {result::kNoSuchRemoteFile, StringId::OpenFailed},
-    {result::kFileWrite, StringId::WriteFailed},
-    {result::kService8210, StringId::Blank},
-    {result::kBadCharacters, StringId::BadCharacters},
-    {result::kLanguageSettings, StringId::IncompatibleLanguage},
-    {result::kInterrupted, StringId::SessionInterrupted},
-    {result::kNotImplemented, StringId::NotImplemented},
-};
 
 }  // namespace
 
@@ -59,13 +35,6 @@ std::string FormatRemaining(double seconds) {
   const auto whole = static_cast<std::uint64_t>(std::clamp(seconds, 0.0, kMost));
   return TwoDigits(whole / 3600) + " : " + TwoDigits(whole % 3600 / 60) + " : " +
          TwoDigits(whole % 60) + " ";
-}
-
-std::uint32_t TextOfCode(std::uint32_t code) {
-  const auto* const found = std::find_if(
-      std::begin(kCodeTexts), std::end(kCodeTexts),
-      [code](const CodeText& entry) { return static_cast<std::uint32_t>(-entry.code) == code; });
-  return found == std::end(kCodeTexts) ? code : static_cast<std::uint32_t>(found->text);
 }
 
 }  // namespace updown

@@ -14,8 +14,4 @@ std::string FormatRate(float rate);
 // "01 : 02 : 03 ", hours without an upper limit, parts of a second cut off.
 std::string FormatRemaining(double seconds);
 
-// The number of the text that tells a result code (without its sign) in a row. A value that is no
-// result code of a transfer, such as the number of a text, stands for itself.
-std::uint32_t TextOfCode(std::uint32_t code);
-
 }  // namespace updown

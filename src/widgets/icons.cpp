@@ -1,6 +1,5 @@
 #include "widgets/icons.h"
 
-#include <QFile>
 #include <QIconEngine>
 #include <QPainter>
 #include <QPixmap>
@@ -45,12 +44,35 @@ class VectorIconEngine : public QIconEngine {
   std::shared_ptr<QSvgRenderer> renderer_;
 };
 
+QString PathOf(Icon icon) {
+  switch (icon) {
+    case Icon::Program:
+      return QStringLiteral(":/icons/program.svg");
+    case Icon::OpenFolder:
+      return QStringLiteral(":/icons/open-folder.svg");
+    case Icon::Folder:
+      return QStringLiteral(":/icons/folder.svg");
+    case Icon::File:
+      return QStringLiteral(":/icons/file.svg");
+    case Icon::Download:
+      return QStringLiteral(":/icons/download.svg");
+    case Icon::Upload:
+      return QStringLiteral(":/icons/upload.svg");
+    case Icon::Finished:
+      return QStringLiteral(":/icons/finished.svg");
+    case Icon::Failed:
+      return QStringLiteral(":/icons/failed.svg");
+    case Icon::Stopped:
+      return QStringLiteral(":/icons/stopped.svg");
+  }
+  return {};
+}
+
 }  // namespace
 
-QIcon LoadIcon(int number) {
+QIcon LoadIcon(Icon icon) {
   InitIconResources();
-  const QString path = QStringLiteral(":/icons/%1.svg").arg(number);
-  return QFile::exists(path) ? QIcon(new VectorIconEngine(path)) : QIcon();
+  return QIcon(new VectorIconEngine(PathOf(icon)));
 }
 
 }  // namespace updown

@@ -57,12 +57,14 @@ void ShowBox(QWidget* owner, const QString& text, const QString& caption, BoxIco
   RunBox(owner, text, caption, icon, QMessageBox::Ok);
 }
 
-void ShowNotice(QWidget* owner, StringId text, std::u16string_view fallback) {
-  ShowBox(owner, Text(text, fallback), Text(StringId::ProgramTitle), BoxIcon::Information);
+void ShowNotice(QWidget* owner, StringId text) {
+  ShowBox(owner, Text(text), Text(StringId::ProgramTitle), BoxIcon::Information);
 }
 
-bool Confirm(QWidget* owner, StringId question, std::u16string_view fallback) {
-  return RunBox(owner, Text(question, fallback), Text(StringId::ProgramTitle), BoxIcon::Question,
+bool Confirm(QWidget* owner, StringId question) { return Confirm(owner, Text(question)); }
+
+bool Confirm(QWidget* owner, const QString& question) {
+  return RunBox(owner, question, Text(StringId::ProgramTitle), BoxIcon::Question,
                 QMessageBox::Ok | QMessageBox::Cancel) == QMessageBox::Ok;
 }
 

@@ -2,7 +2,6 @@
 
 #include <QString>
 #include <QWidget>
-#include <string_view>
 
 #include "resources/string_id.h"
 
@@ -16,9 +15,10 @@ enum class BoxIcon { Information, Exclamation, Stop, Question };
 void ShowBox(QWidget* owner, const QString& text, const QString& caption, BoxIcon icon);
 
 // The string with the program's title as caption and the information icon.
-void ShowNotice(QWidget* owner, StringId text, std::u16string_view fallback);
+void ShowNotice(QWidget* owner, StringId text);
 
 // OK and Cancel with the question icon; true unless Cancel.
-bool Confirm(QWidget* owner, StringId question, std::u16string_view fallback);
+bool Confirm(QWidget* owner, const QString& question);
+bool Confirm(QWidget* owner, StringId question);
 
 }  // namespace updown

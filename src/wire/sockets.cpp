@@ -35,23 +35,14 @@ void WatchPeer(int socket) {
   SetOption(socket, IPPROTO_TCP, TCP_NODELAY, 1);
 }
 
-// A non-blocking TCP socket whose number lies above the standard streams', or a negated errno.
+// A non-blocking TCP socket, or a negated errno.
 int MakeSocket() {
   const int made = socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, IPPROTO_TCP);
   if (made < 0) {
     return -errno;
   }
-  int usable = made;
-  if (made <= STDERR_FILENO) {
-    usable = fcntl(made, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-    const int error = errno;
-    close(made);
-    if (usable < 0) {
-      return -error;
-    }
-  }
-  WatchPeer(usable);
-  return usable;
+  WatchPeer(made);
+  return made;
 }
 
 std::int32_t TimeLeft(std::uint32_t deadline) { return TicksLeft(deadline, SystemTicks().Now()); }

@@ -13,7 +13,7 @@ using test::Pattern;
 using test::ReadFile;
 using test::WriteFile;
 
-class FolderTask : public testing::TestWithParam<int> {
+class FolderTask : public ::testing::TestWithParam<int> {
  protected:
   FolderTask() { std::filesystem::create_directories(Served("sub/deep")); }
 
@@ -108,7 +108,7 @@ TEST_P(FolderTask, FailedListingOrFileFailsTheTask) {
   EXPECT_EQ(world.told->outcomes.back().second, result::kFileOpen);
 }
 
-INSTANTIATE_TEST_SUITE_P(Dialects, FolderTask, testing::Values(1, 2));
+INSTANTIATE_TEST_SUITE_P(Dialects, FolderTask, ::testing::Values(1, 2));
 
 }  // namespace
 }  // namespace updown

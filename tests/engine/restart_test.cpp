@@ -58,7 +58,7 @@ class ListRunner {
   std::unique_ptr<FILE, int (*)(FILE*)> output_{nullptr, &fclose};
 };
 
-class Restart : public testing::TestWithParam<int> {};
+class Restart : public ::testing::TestWithParam<int> {};
 
 TEST_P(Restart, AfterAKillInMidTransferTheBytesAreRight) {
   test::EngineWorld world(test::Dialect(GetParam()));
@@ -99,7 +99,7 @@ TEST_P(Restart, AfterAKillInMidTransferTheBytesAreRight) {
   EXPECT_TRUE(LoadTaskList(list).empty());
 }
 
-INSTANTIATE_TEST_SUITE_P(Dialects, Restart, testing::Values(1, 2));
+INSTANTIATE_TEST_SUITE_P(Dialects, Restart, ::testing::Values(1, 2));
 
 }  // namespace
 }  // namespace updown

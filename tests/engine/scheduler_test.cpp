@@ -17,7 +17,7 @@ using test::WriteFile;
 
 constexpr std::chrono::seconds kLong{30};
 
-class Transfers : public testing::TestWithParam<int> {};
+class Transfers : public ::testing::TestWithParam<int> {};
 
 TEST_P(Transfers, StatesBeforeAndAfter) {
   constexpr auto kForeign = static_cast<TransferState>(77);
@@ -40,7 +40,8 @@ TEST_P(Transfers, StatesBeforeAndAfter) {
   world.Start();
   EXPECT_TRUE(world.told->Until([&] { return world.told->outcomes.size() == 3; }));
   EXPECT_TRUE(world.End());
-  EXPECT_THAT(world.told->started, testing::ElementsAre(tasks[1]->id, tasks[3]->id, tasks[5]->id));
+  EXPECT_THAT(world.told->started,
+              ::testing::ElementsAre(tasks[1]->id, tasks[3]->id, tasks[5]->id));
   for (std::size_t i = 0; i < tasks.size(); ++i) {
     EXPECT_EQ(tasks[i]->record->state, std::get<2>(cases[i])) << std::get<0>(cases[i]);
   }
@@ -92,7 +93,7 @@ TEST_P(Transfers, DeletedTasksEndAndAreFreed) {
   EXPECT_TRUE(world.store->Records().empty());
 }
 
-INSTANTIATE_TEST_SUITE_P(Dialects, Transfers, testing::Values(1, 2));
+INSTANTIATE_TEST_SUITE_P(Dialects, Transfers, ::testing::Values(1, 2));
 
 TEST(Scheduler, TenRunTwoWaitInQueueOrder) {
   std::array<Event, 12> gates;

@@ -7,7 +7,7 @@ namespace {
 
 using Scope = TaskStore::DuplicateScope;
 
-class Tasks : public testing::Test {
+class Tasks : public ::testing::Test {
  protected:
   TaskPointer Add(const std::string& remotePath, bool keep = true) {
     return store.AddDownload({"name", remotePath, "sessid", "server", 80}, "/local", keep);

@@ -1,35 +1,10 @@
 #include "packages/attachment_record.h"
 #include "packages/file_type_names.h"
-#include "packages/package_list_model.h"
 #include "packages/package_names.h"
-#include "packages/service_names.h"
 #include "tests/packages/views_world.h"
 
 namespace updown::test {
 namespace {
-
-TEST(ServiceNames, PassThroughTheirBuffersOrAreCutAtACharacter) {
-  EXPECT_EQ(Utf8ToWideName("名.txt"), u"名.txt");
-  EXPECT_EQ(Utf8ToWideName("a\xFFz"), u"a\xFFFDz");
-  EXPECT_EQ(Utf8ToWideName({"a\0z", 3}), u"a\xFFFDz");
-  EXPECT_EQ(Utf8ToWideName(std::string(259, 'x')).size(), 259U);
-  EXPECT_EQ(Utf8ToWideName(std::string(300, 'x')).size(), 259U);
-  EXPECT_EQ(Utf8ToWideName(std::string(258, 'x') + "\U0001F600").size(), 258U);
-  EXPECT_EQ(WideToUtf8Name(std::u16string(258, u'x') + u"é"), std::string(258, 'x'));
-  EXPECT_TRUE(FitsPath(std::u16string(259, u'x')));
-  EXPECT_FALSE(FitsPath(std::u16string(130, u'é')));
-}
-
-TEST(ServiceNames, OfferTheLastComponentAlone) {
-  const std::pair<const char16_t*, const char16_t*> cases[] = {
-      {u"a.txt", u"a.txt"}, {u"../../etc/passwd", u"passwd"},
-      {u"..\\..\\x", u"x"}, {u"a/..", u""},
-      {u".", u""},          {u"a/", u""},
-      {u"...", u"..."}};
-  for (const auto& [name, last] : cases) {
-    EXPECT_EQ(LastComponent(name), last);
-  }
-}
 
 TEST(PackageNames, OnlyFoldersOfFourteenDigitsArePackages) {
   std::vector<ListedEntry> entries = {{kSecond, kEntryFile}};
@@ -60,12 +35,7 @@ TEST(PackageNames, HeaderFilesOfAnyKnownPackageAreNoAttachments) {
 TEST(FileTypeNames, FollowTheExtensionFromTheFirstDot) {
   const std::pair<const char16_t*, const char16_t*> cases[] = {
       {u"report.pdf", u"PDF File"},
-      {u"Setup.Exe", u"SETUP File"},
-      {u"isuninst.exe", u"UNINSTALL File"},
       {u"setup2.exe", u"Application"},
-      {u"a.Tiff", u"Picture File"},
-      {u"a.log", u"TEXT File"},
-      {u"a.chm", u"HTML Help"},
       {u"notes", u"NOTES File"},
       {u".txt", u".TXT File"},
       {u"my.report.pdf", u"REPORT.PDF File"},
@@ -90,60 +60,6 @@ TEST(AttachmentTexts, TipHasALineForEachColumnWithoutWidth) {
   entry.type = kEntryFolder;
   EXPECT_EQ(AttachmentTip(AttachmentRecord(entry)),
             u"Name:a.zip\r\nType:File folder\r\nCreated:2008-01-15 09:30");
-}
-
-TEST(AttachmentOrder, ComparesKeysTimesTheDirection) {
-  const auto record = [](const char* name, std::uint32_t size, std::uint16_t type) {
-    DirectoryEntry entry;
-    entry.name = name;
-    entry.size = size;
-    entry.modificationTime = size;
-    entry.type = type;
-    return AttachmentRecord(entry);
-  };
-  const AttachmentRecord small = record("B", 1, kEntryFile);
-  const AttachmentRecord large = record("a", 0xFFFFFFFF, kEntryFile);
-  const AttachmentRecord empty = record("b", 0, kEntryFile);
-  const AttachmentRecord folder = record("a", 1, kEntryFolder);
-  struct Case {
-    const AttachmentRecord& a;
-    const AttachmentRecord& b;
-    int column, ascending, descending;
-  };
-  const Case cases[] = {
-      {large, small, 0, -1, 1},  {small, empty, 0, 0, 0},   {small, large, 1, -1, 1},
-      {large, small, 1, 1, -1},  {small, small, 1, -1, -1}, {empty, small, 1, -1, -1},
-      {small, empty, 1, 1, 1},   {small, large, 3, -1, 1},  {small, large, 2, -1, -1},
-      {folder, small, 0, 1, -1}, {small, folder, 0, 1, -1}};
-  for (const Case& c : cases) {
-    EXPECT_EQ(CompareAttachments(c.a, c.b, c.column, 1), c.ascending) << c.column;
-    EXPECT_EQ(CompareAttachments(c.a, c.b, c.column, -1), c.descending) << c.column;
-  }
-}
-
-TEST(PackageOrder, ComparesTextsWithoutCaseAndKeepsTies) {
-  PackageListModel model;
-  quint64 item = 0;
-  for (const QString& from : {u"b"_qs, u""_qs, u"A"_qs, u"B"_qs, u"a"_qs}) {
-    PackageRow row(DirectoryEntry(), TreeItem{++item});
-    row.cells[package_column::kFrom] = from;
-    model.AddOnTop(std::move(row));
-  }
-  const auto order = [&model] {
-    std::string items;
-    for (int row = 0; row < model.rowCount(); ++row) {
-      items += std::to_string(static_cast<quint64>(model.Row(row).treeItem));
-    }
-    return items;
-  };
-  const QPersistentModelIndex kept = model.index(4, package_column::kFrom);
-  EXPECT_EQ(order(), "54321");
-  model.Sort(package_column::kFrom, true);
-  EXPECT_EQ(order(), "25341");
-  EXPECT_EQ(kept.row(), 4);
-  model.Sort(package_column::kFrom, false);
-  EXPECT_EQ(order(), "41532");
-  EXPECT_EQ(kept.row(), 1);
 }
 
 }  // namespace

@@ -21,24 +21,22 @@ TEST(Text, BadUtf8IsReplacedAndNothingAroundItIsLost) {
 // The mark for a line break in a package's notes is FF FF, in whatever code page they are.
 TEST(Text, CodePagesConvertBothWaysAndKeepTheLineBreakMark) {
   const struct {
-    std::int32_t languageId;
+    AnsiCodePage page;
     std::string bytes;
     std::u16string wide;
     std::u16string mark;
   } cases[] = {
-      {1033, "\x80 \xE4", u"\u20AC \u00E4", u"\u00FF\u00FF"},
-      {2052, "\xD6\xD0x", u"\u4E2Dx", u"\uF8F5\uF8F5"},
-      {1028, "\xA4\xA4x", u"\u4E2Dx", u"\uF8F8\uF8F8"},
-      {7, "\x80 \xE4", u"\u20AC \u00E4", u"\u00FF\u00FF"},
+      {AnsiCodePage::Western, "\x80 \xE4", u"\u20AC \u00E4", u"\u00FF\u00FF"},
+      {AnsiCodePage::SimplifiedChinese, "\xD6\xD0x", u"\u4E2Dx", u"\uF8F5\uF8F5"},
+      {AnsiCodePage::TraditionalChinese, "\xA4\xA4x", u"\u4E2Dx", u"\uF8F8\uF8F8"},
   };
-  for (const auto& [languageId, bytes, wide, mark] : cases) {
-    const AnsiCodePage page = AnsiCodePageOf(languageId);
-    EXPECT_EQ(AnsiToWide(bytes + "\xFF\xFF!", page), wide + mark + u"!") << languageId;
-    EXPECT_EQ(WideToAnsi(wide, page), bytes) << languageId;
+  for (const auto& [page, bytes, wide, mark] : cases) {
+    EXPECT_EQ(AnsiToWide(bytes + "\xFF\xFF!", page), wide + mark + u"!") << bytes;
+    EXPECT_EQ(WideToAnsi(wide, page), bytes) << bytes;
     EXPECT_EQ(WideToAnsi(u"a\U0001F600\u200Db", page), "a??b");
     if (page != AnsiCodePage::Western) {
-      EXPECT_EQ(AnsiToWide("\x81\xFF\xFF", page), u"\uFFFD" + mark) << languageId;
-      EXPECT_EQ(AnsiToWide("a\x81", page), u"a\uFFFD") << languageId;
+      EXPECT_EQ(AnsiToWide("\x81\xFF\xFF", page), u"\uFFFD" + mark) << bytes;
+      EXPECT_EQ(AnsiToWide("a\x81", page), u"a\uFFFD") << bytes;
     }
   }
 }

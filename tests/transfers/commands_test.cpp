@@ -8,6 +8,8 @@ namespace updown::test {
 namespace {
 
 namespace fs = std::filesystem;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 
 class StatusCommands : public WindowWorld {
  protected:
@@ -181,6 +183,18 @@ TEST_F(StatusCommands, OpensAndMoves) {
     EXPECT_EQ(Cell(0, Column::TargetEnd), path);
     EXPECT_EQ(ReadFile(path), "part");
   }
+  EXPECT_THAT(person_.seen, ElementsAre(HasSubstr("could not be moved")));
+
+  // Another file of that name is replaced only after a question, and never by a Cancel.
+  WriteFile(file, "old");
+  chosenFolder_ = FromUtf8(disk_.Path());
+  for (const auto answer : {QMessageBox::Cancel, QMessageBox::Ok}) {
+    person_.answer = answer;
+    Choose(0, u"moveFile"_qs);
+    EXPECT_EQ(ReadFile(file), answer == QMessageBox::Ok ? "part" : "old");
+  }
+  EXPECT_THAT(person_.seen.back(), HasSubstr("Replace it?"));
+  EXPECT_EQ(task->record->LocalPath(), file);
 }
 
 TEST_F(StatusCommands, TheKeyboardReachesThemAll) {

@@ -1,3 +1,5 @@
+#include "transfers/local_files.h"
+
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -5,8 +7,6 @@
 #include <filesystem>
 
 #include "tests/support/temporary_folder.h"
-#include "transfers/file_move.h"
-#include "transfers/local_removal.h"
 
 namespace updown::test {
 namespace {
@@ -55,8 +55,12 @@ class LocalMove : public LocalFiles, public ::testing::WithParamInterface<MoveRo
     fs::create_directory(target_);
     WriteFile(source_, "new");
   }
-  auto Move(const std::string& path) { return MoveLocal(path, target_, GetParam()); }
+  std::error_code Move(const std::string& path, bool replace = false) {
+    return MoveLocal(path, target_ + "/" + fs::path(path).filename().string(), replace, progress_,
+                     GetParam());
+  }
 
+  MoveProgress progress_;
   const std::string target_ = disk_.File("target");
   const std::string source_ = disk_.File("file");
   const std::string moved_ = target_ + "/file";
@@ -67,40 +71,35 @@ INSTANTIATE_TEST_SUITE_P(Roads, LocalMove, ::testing::Values(MoveRoad::Rename, M
                            return road.param == MoveRoad::Copy ? "Copy" : "Rename";
                          });
 
-TEST_P(LocalMove, MovesAFileAlsoOntoAnother) {
-  for (const char* const old : {"none", "file", "sameFile"}) {
+TEST_P(LocalMove, ReplacesAFileOnlyWhenToldTo) {
+  for (const std::string old : {"none", "file", "sameFile", "folder"}) {
     SCOPED_TRACE(old);
     WriteFile(source_, "new");
     fs::permissions(source_, fs::perms::owner_read);
     const auto written = fs::last_write_time(source_);
     fs::remove(moved_);
-    if (old == std::string("file")) {
+    if (old == "folder") {
+      fs::create_directory(moved_);
+    } else if (old == "file") {
       WriteFile(moved_, "old");
-    } else if (old == std::string("sameFile")) {
+    } else if (old == "sameFile") {
       fs::create_hard_link(source_, moved_);
     }
-    EXPECT_EQ(Move(source_), moved_);
-    EXPECT_EQ(ReadFile(moved_), "new");
-    EXPECT_EQ(fs::last_write_time(moved_), written);
-    EXPECT_EQ(fs::status(moved_).permissions(), fs::perms::owner_read);
-    EXPECT_FALSE(fs::exists(source_));
+    EXPECT_EQ(!Move(source_), old == "none");
+    const bool replaced = !Move(source_, true);
+    EXPECT_EQ(replaced, old == "file" || old == "sameFile");
+    EXPECT_EQ(fs::exists(source_), old == "folder");
     EXPECT_EQ(Count(target_), 1U);
+    if (old != "folder") {
+      EXPECT_EQ(ReadFile(moved_), "new");
+      EXPECT_EQ(fs::last_write_time(moved_), written);
+      EXPECT_EQ(fs::status(moved_).permissions(), fs::perms::owner_read);
+    }
   }
 }
 
-TEST_P(LocalMove, ReplacesNoFolder) {
-  fs::create_directory(moved_);
-  EXPECT_FALSE(Move(source_));
-  EXPECT_EQ(ReadFile(source_), "new");
-  EXPECT_TRUE(fs::is_directory(moved_));
-  fs::create_directory(target_ + "/tree");
-  EXPECT_FALSE(Move(tree_));
-  EXPECT_EQ(ReadFile(tree_ + "/a/b/deep"), "deep");
-  EXPECT_EQ(Count(target_), 2U);
-}
-
 TEST_P(LocalMove, MovesATreeWithItsLinks) {
-  EXPECT_TRUE(Move(tree_));
+  EXPECT_EQ(Move(tree_), std::error_code());
   EXPECT_EQ(ReadFile(target_ + "/tree/a/b/deep"), "deep");
   EXPECT_EQ(fs::read_symlink(target_ + "/tree/dead"), "nowhere");
   EXPECT_TRUE(fs::is_symlink(target_ + "/tree/a/folderLink"));
@@ -110,11 +109,14 @@ TEST_P(LocalMove, MovesATreeWithItsLinks) {
 
 TEST_P(LocalMove, LeavesAllAsItWasAfterAFailure) {
   ASSERT_EQ(mkfifo((tree_ + "/a/b/pipe").c_str(), 0600), 0);
-  EXPECT_FALSE(MoveLocal(tree_, disk_.File("missing"), GetParam()));
-  // A folder cannot be renamed into itself, and a pipe cannot be copied.
-  EXPECT_FALSE(GetParam() == MoveRoad::Copy ? Move(tree_) : MoveLocal(tree_, tree_ + "/a"));
-  EXPECT_FALSE(Move(disk_.File("missing")));
-  EXPECT_FALSE(MoveLocal(source_, disk_.Path(), GetParam()));  // it is there already
+  EXPECT_TRUE(MoveLocal(tree_, disk_.File("missing/tree"), false, progress_, GetParam()));
+  EXPECT_TRUE(MoveLocal(tree_, tree_ + "/a/tree", false, progress_, GetParam()));
+  EXPECT_TRUE(Move(disk_.File("missing")));
+  if (GetParam() == MoveRoad::Copy) {
+    EXPECT_TRUE(Move(tree_)) << "a pipe cannot be copied";
+    progress_.stop = true;
+    EXPECT_EQ(Move(source_), std::errc::operation_canceled);
+  }
   EXPECT_EQ(ReadFile(tree_ + "/a/b/deep"), "deep");
   EXPECT_EQ(Count(tree_ + "/a"), 2U);
   EXPECT_EQ(Count(target_), 0U);
@@ -127,7 +129,10 @@ TEST_F(LocalFiles, MovesAcrossFileSystems) {
   if (mkdtemp(other.data()) == nullptr) {
     other = disk_.File("outside");
   }
-  EXPECT_EQ(MoveLocal(tree_, other + "/"), other + "/tree");
+  MoveProgress progress;
+  EXPECT_EQ(MoveTarget(tree_ + "/", other + "/"), other + "/tree");
+  EXPECT_EQ(MoveTarget(tree_, disk_.Path()), std::nullopt) << "it is there already";
+  EXPECT_FALSE(MoveLocal(tree_, other + "/tree", false, progress));
   EXPECT_EQ(ReadFile(other + "/tree/a/b/deep"), "deep");
   EXPECT_FALSE(fs::exists(tree_));
   fs::remove_all(other + "/tree");

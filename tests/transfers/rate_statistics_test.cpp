@@ -8,7 +8,7 @@ namespace {
 constexpr float kRefused = -1;
 constexpr float kNoRate = -2;
 
-class RateStatistics : public testing::Test {
+class RateStatistics : public ::testing::Test {
  protected:
   RateStatistics() {
     task_.record = std::make_shared<TransferRecord>();

@@ -51,15 +51,6 @@ TEST(Sockets, ASilentPeerIsGivenUpWithinTwoMinutes) {
   EXPECT_TRUE(unacknowledged > 0 && unacknowledged < 120000);
 }
 
-TEST(Sockets, NumberNeverCollidesWithStandardStreams) {
-  const Listener listener;
-  const UniqueFd saved(fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 100));
-  close(STDIN_FILENO);
-  const UniqueFd client(ConnectDeadline(Loopback(), listener.Port(), In(5000)));
-  dup2(saved.Get(), STDIN_FILENO);
-  EXPECT_GT(client.Get(), STDERR_FILENO);
-}
-
 TEST(Sockets, FailuresGiveTheirCodes) {
   Connection connection;
   std::array<std::uint8_t, 4> buffer{};

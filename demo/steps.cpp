@@ -5,14 +5,14 @@
 #include "demo/legs.h"
 #include "demo/walk_package.h"
 #include "resources/qt/texts.h"
-#include "resources/strings.h"
+#include "resources/texts.h"
 
 namespace updown::demo {
 
 namespace {
 
 constexpr int kSubjectColumn = 3;
-constexpr int kStatusColumn = 4;
+constexpr int kListStatusColumn = 4;
 constexpr int kLinkColumn = 4;
 const QString kSubject = QString::fromLatin1(kWalkSubject);
 
@@ -39,7 +39,7 @@ void SelectWalkPackage(LegContext& context) {
     const int other = row == 0 ? 1 : 0;
     walker.Click(list, list->model()->index(other, 0));
     walker.Click(list, list->model()->index(row, 0));
-    return walker.CellText(list, row, kStatusColumn) == Text(StringId::Completed) &&
+    return walker.CellText(list, row, kListStatusColumn) == Text(StringId::Completed) &&
            attachments->isVisible() && attachments->model()->rowCount() == kWalkAttachments;
   });
   walker.Step(QStringLiteral("the package shows its header, notes and %1 attachments")

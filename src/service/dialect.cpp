@@ -1,6 +1,5 @@
-#include "service/operations.h"
-
 #include "service/dialect.h"
+
 #include "service/nested_list.h"
 
 namespace updown {

@@ -1,8 +1,8 @@
-#include "packages/service_names.h"
+#include "localdata/file_names.h"
 
 #include <algorithm>
+#include <climits>
 
-#include "engine/task_store.h"
 #include "platform/text.h"
 
 namespace updown {
@@ -28,7 +28,14 @@ std::u16string Utf8ToWideName(std::string_view name) {
 
 std::string WideToUtf8Name(std::u16string_view name) { return WideToUtf8(name, kPathCapacity - 1); }
 
-bool FitsPath(std::u16string_view path) { return WideToUtf8(path).size() < kPathCapacity; }
+bool FitsPath(std::string_view path) { return path.size() < kPathCapacity; }
+
+bool FitsPath(std::u16string_view path) { return FitsPath(WideToUtf8(path)); }
+
+bool IsSafeName(std::string_view name) {
+  return !name.empty() && name != "." && name != ".." && name.size() <= NAME_MAX &&
+         name.find_first_of(std::string_view("/\\\0", 3)) == std::string_view::npos;
+}
 
 std::u16string_view LastComponent(std::u16string_view name) {
   const std::size_t separator = name.find_last_of(u"/\\");
