@@ -4,7 +4,6 @@
 #include <QLineEdit>
 #include <QTest>
 #include <QTreeView>
-#include <QTreeWidget>
 #include <algorithm>
 
 #include "demo/legs.h"
@@ -23,7 +22,7 @@ const QString kAttachments = QStringLiteral("attachmentList");
 
 QStringList Column(Walker& walker, QAbstractItemView* list, int column) {
   QStringList texts;
-  for (int row = 0; row < list->model()->rowCount(); ++row) {
+  for (int row = 0; row < walker.Rows(list); ++row) {
     texts.append(walker.CellText(list, row, column));
   }
   return texts;
@@ -55,7 +54,7 @@ void ShowHalfArrived(Walker& walker) {
   const QStringList status = Column(walker, list, kStatusColumn);
   for (int row = 0; row < from.size(); ++row) {
     if (!from[row].isEmpty() && status[row] == Text(StringId::Incomplete)) {
-      walker.Click(list, list->model()->index(row, 0));
+      walker.Click(list, walker.Cell(list, row, 0));
       walker.Expect(QStringLiteral("a half-arrived package hides its attachments"),
                     !walker.FindView(kAttachments)->isVisible());
       walker.Picture(QStringLiteral("half-arrived-package"));
@@ -77,7 +76,7 @@ void HoverAndTip(LegContext& context) {
   walker.Picture(QStringLiteral("link-under-pointer"));
   walker.Step(QStringLiteral("the link under the pointer is red, with a hand"));
 
-  const QRect label = attachments->visualRect(attachments->model()->index(row, 0));
+  const QRect label = attachments->visualRect(walker.Cell(attachments, row, 0));
   walker.MoveMouse(attachments->viewport(), label.topLeft() + QPoint(40, label.height() / 2));
   walker.MoveMouse(attachments->viewport(), label.topLeft() + QPoint(44, label.height() / 2));
   walker.Expect(QStringLiteral("the link is left"), !attachments->LinkHover(row, 4));
@@ -94,29 +93,33 @@ void HoverAndTip(LegContext& context) {
 // A row whose second header file arrived behind the first tells so from the next listing on.
 void Refresh(Walker& walker) {
   QAbstractItemView* list = walker.FindView(kList);
-  const int rows = list->model()->rowCount();
+  const int rows = walker.Rows(list);
   const qsizetype incomplete =
       Column(walker, list, kStatusColumn).count(Text(StringId::Incomplete));
   walker.Key(list, Qt::Key_F5);
   walker.Await(QStringLiteral("F5 lists again"), [&] {
-    return list->model()->rowCount() == rows &&
+    return walker.Rows(list) == rows &&
            Column(walker, list, kStatusColumn).count(Text(StringId::Incomplete)) <= incomplete;
   });
   walker.Step(QStringLiteral("F5 refreshes the list"));
 }
 
+QModelIndex TreeItem(const QTreeView* tree, int package) {
+  return tree->model()->index(package, 0, tree->model()->index(0, 0));
+}
+
 void RefuseRename(Walker& walker) {
-  auto* tree = walker.Find<QTreeWidget>(QStringLiteral("packageTree"));
-  QTreeWidgetItem* item = tree->topLevelItem(0)->child(0);
-  walker.Expect(QStringLiteral("the tree has packages"), item != nullptr);
-  const QString before = item->text(0);
+  auto* tree = walker.Find<QTreeView>(QStringLiteral("packageTree"));
+  const QPersistentModelIndex item = TreeItem(tree, 0);
+  walker.Expect(QStringLiteral("the tree has packages"), item.isValid());
+  const QString before = item.data().toString();
   // The name of another package: the service does not put one over the other.
-  const QString taken = tree->topLevelItem(0)->child(1)->text(0);
-  walker.Click(tree, tree->indexFromItem(item));
+  const QString taken = TreeItem(tree, 1).data().toString();
+  walker.Click(tree, item);
   walker.Answer(
       [&] {
         tree->setFocus();
-        tree->editItem(item);
+        tree->edit(item);
         auto* editor = qobject_cast<QLineEdit*>(QApplication::focusWidget());
         if (editor == nullptr) {
           throw WalkFailure("the label is not edited in place");
@@ -129,36 +132,36 @@ void RefuseRename(Walker& walker) {
         walker.Picture(QStringLiteral("rename-refused"));
         walker.PressButton(box, Text(StringId::Ok));
       });
-  walker.Await(QStringLiteral("the label springs back"), [&] { return item->text(0) == before; });
-  walker.Step(QStringLiteral("a rename that the service refuses says so and springs back"));
+  walker.Expect(QStringLiteral("the label is the old one"), item.data().toString() == before);
+  walker.Step(QStringLiteral("a rename that the service refuses says so and changes nothing"));
 }
 
 void DeletePackage(LegContext& context) {
   Walker& walker = context.walker;
   QAbstractItemView* list = walker.FindView(kList);
-  const int before = list->model()->rowCount();
-  auto* tree = walker.Find<QTreeWidget>(QStringLiteral("packageTree"));
+  const int before = walker.Rows(list);
+  const auto* tree = walker.Find<QTreeView>(QStringLiteral("packageTree"));
   const auto names = [&] {
     QStringList all;
-    for (int i = 0; i < tree->topLevelItem(0)->childCount(); ++i) {
-      all.append(tree->topLevelItem(0)->child(i)->text(0));
+    for (int i = 0; i < tree->model()->rowCount(tree->model()->index(0, 0)); ++i) {
+      all.append(TreeItem(tree, i).data().toString());
     }
     return all;
   };
   QStringList gone = names();
   const QString subject = QString::fromLatin1(kWalkSubject);
   const int row = walker.CellText(list, 0, 3) == subject ? 1 : 0;
-  walker.Click(list, list->model()->index(row, 0));
+  walker.Click(list, walker.Cell(list, row, 0));
   const QString choice = Text(StringId::MenuPackageDelete);
   walker.Answer([&] { walker.Choose([&] { AskForMenu(list); }, choice); },
                 [&](QWidget* box) {
                   walker.Picture(QStringLiteral("deletion-asked"));
                   walker.PressButton(box, Text(StringId::Cancel));
                 });
-  walker.Expect(QStringLiteral("Cancel deletes nothing"), list->model()->rowCount() == before);
+  walker.Expect(QStringLiteral("Cancel deletes nothing"), walker.Rows(list) == before);
   walker.Answer([&] { walker.Choose([&] { AskForMenu(list); }, choice); },
                 [&](QWidget* box) { walker.PressButton(box, Text(StringId::Ok)); });
-  walker.Expect(QStringLiteral("the row is gone"), list->model()->rowCount() == before - 1);
+  walker.Await(QStringLiteral("the row is gone"), [&] { return walker.Rows(list) == before - 1; });
   const QStringList left = names();
   for (const QString& name : left) {
     gone.removeAll(name);
@@ -172,7 +175,7 @@ void DeleteAttachment(LegContext& context) {
   Walker& walker = context.walker;
   QAbstractItemView* attachments = walker.FindView(kAttachments);
   const QString name = QStringLiteral("minutes.doc");
-  walker.Click(attachments, attachments->model()->index(AttachmentRow(context, name), 0));
+  walker.Click(attachments, walker.Cell(attachments, AttachmentRow(context, name), 0));
   walker.Answer(
       [&] { walker.Choose([&] { AskForMenu(attachments); }, Text(StringId::MenuFileDelete)); },
       [&](QWidget* box) { walker.PressButton(box, Text(StringId::Ok)); });
@@ -201,7 +204,7 @@ void EmptyLeg(LegContext& context) {
   context.start();
   Walker& walker = context.walker;
   walker.Rest(600);
-  walker.Expect(QStringLiteral("no rows"), walker.FindView(kList)->model()->rowCount() == 0);
+  walker.Expect(QStringLiteral("no rows"), walker.Rows(walker.FindView(kList)) == 0);
   walker.Picture(QStringLiteral("empty-area"));
   walker.Step(QStringLiteral("an area without packages shows the hint"));
   context.close();

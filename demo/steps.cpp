@@ -22,11 +22,11 @@ void AwaitFullList(LegContext& context) {
   Walker& walker = context.walker;
   QAbstractItemView* list = walker.FindView(QStringLiteral("packageList"));
   walker.Await(QStringLiteral("packages are listed"),
-               [&] { return list->model()->rowCount() > 1; });
+               [&] { return walker.Rows(list) > 1; });
   walker.Await(QStringLiteral("header texts have arrived"),
                [&] { return walker.RowOf(list, kSubjectColumn, kSubject) >= 0; });
   walker.Step(QStringLiteral("%1 packages are listed, header texts arrived by themselves")
-                  .arg(list->model()->rowCount()));
+                  .arg(walker.Rows(list)));
 }
 
 void SelectWalkPackage(LegContext& context) {
@@ -37,10 +37,10 @@ void SelectWalkPackage(LegContext& context) {
   walker.Await(QStringLiteral("the package is Completed, with its attachments"), [&] {
     const int row = walker.RowOf(list, kSubjectColumn, kSubject);
     const int other = row == 0 ? 1 : 0;
-    walker.Click(list, list->model()->index(other, 0));
-    walker.Click(list, list->model()->index(row, 0));
+    walker.Click(list, walker.Cell(list, other, 0));
+    walker.Click(list, walker.Cell(list, row, 0));
     return walker.CellText(list, row, kListStatusColumn) == Text(StringId::Completed) &&
-           attachments->isVisible() && attachments->model()->rowCount() == kWalkAttachments;
+           attachments->isVisible() && walker.Rows(attachments) == kWalkAttachments;
   });
   walker.Step(QStringLiteral("the package shows its header, notes and %1 attachments")
                   .arg(kWalkAttachments));
@@ -62,7 +62,7 @@ void AskForMenu(QAbstractItemView* list) {
 
 int StatusRow(LegContext& context, const QString& name) {
   QAbstractItemView* transfers = context.walker.FindView(QStringLiteral("transferList"));
-  for (int row = 0; row < transfers->model()->rowCount(); ++row) {
+  for (int row = 0; row < context.walker.Rows(transfers); ++row) {
     if (context.walker.CellText(transfers, row, 0).endsWith(u'/' + name)) {
       return row;
     }
@@ -74,7 +74,7 @@ void SaveAttachment(LegContext& context, const QString& name, const QString& pat
   Walker& walker = context.walker;
   QAbstractItemView* attachments = walker.FindView(QStringLiteral("attachmentList"));
   const int row = AttachmentRow(context, name);
-  const QModelIndex link = attachments->model()->index(row, kLinkColumn);
+  const QModelIndex link = walker.Cell(attachments, row, kLinkColumn);
   walker.Answer([&] { walker.Click(attachments, link); },
                 [&](QWidget* dialog) { walker.SaveAs(dialog, path); });
   walker.Await(name + QStringLiteral(" has a row in the status window"),

@@ -56,7 +56,7 @@ void Command(LegContext& context, const QString& name, StringId item) {
   QAbstractItemView* transfers = context.walker.FindView(kTransfers);
   const int row = StatusRow(context, name);
   context.walker.Expect(name + QStringLiteral(" has a row"), row >= 0);
-  context.walker.Click(transfers, transfers->model()->index(row, 0));
+  context.walker.Click(transfers, context.walker.Cell(transfers, row, 0));
   context.walker.Choose([&] { AskForMenu(transfers); }, Text(item));
 }
 
@@ -64,7 +64,7 @@ bool Offers(LegContext& context, const QString& name, StringId item,
             const QString& picture = QString()) {
   QAbstractItemView* transfers = context.walker.FindView(kTransfers);
   bool enabled = false;
-  context.walker.Click(transfers, transfers->model()->index(StatusRow(context, name), 0));
+  context.walker.Click(transfers, context.walker.Cell(transfers, StatusRow(context, name), 0));
   context.walker.WithMenu([&] { AskForMenu(transfers); },
                           [&](QMenu* menu) {
                             if (!picture.isEmpty()) {
@@ -242,7 +242,7 @@ void LimitLeg(LegContext& context) {
   context.ask({QStringLiteral("block"), QStringLiteral("1024")});
   QAbstractItemView* attachments = walker.FindView(QStringLiteral("attachmentList"));
   const auto save = [&](const QString& name) {
-    return attachments->model()->index(AttachmentRow(context, name), 4);
+    return walker.Cell(attachments, AttachmentRow(context, name), 4);
   };
   SaveAttachment(context, kBig, context.received + QStringLiteral("/limit-1"));
   walker.Answer([&] { walker.Click(attachments, save(kBig)); },

@@ -216,12 +216,20 @@ void Walker::Key(QWidget* widget, Qt::Key key, Qt::KeyboardModifiers modifiers) 
   QTest::keyClick(window->windowHandle(), key, modifiers);
 }
 
+int Walker::Rows(const QAbstractItemView* view) {
+  return view->model()->rowCount(view->rootIndex());
+}
+
+QModelIndex Walker::Cell(const QAbstractItemView* view, int row, int column) {
+  return view->model()->index(row, column, view->rootIndex());
+}
+
 QString Walker::CellText(QAbstractItemView* view, int row, int column) {
-  return view->model()->index(row, column).data().toString();
+  return Cell(view, row, column).data().toString();
 }
 
 int Walker::RowOf(QAbstractItemView* view, int column, const QString& text) {
-  for (int row = 0; row < view->model()->rowCount(); ++row) {
+  for (int row = 0; row < Rows(view); ++row) {
     if (CellText(view, row, column) == text) {
       return row;
     }

@@ -62,6 +62,9 @@ class Walker {
   void MoveMouse(QWidget* widget, const QPoint& position);
   void Key(QWidget* widget, Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
 
+  // Below the view's root.
+  static int Rows(const QAbstractItemView* view);
+  static QModelIndex Cell(const QAbstractItemView* view, int row, int column);
   QString CellText(QAbstractItemView* view, int row, int column);
   int RowOf(QAbstractItemView* view, int column, const QString& text);  // -1 if there is none
 

@@ -89,6 +89,10 @@ void Application::Exec() {
 
 bool Application::ShutDown() {
   const bool ended = !window_ || window_->ShutDown();
+  if (!ended) {
+    // Its threads use it still: it stays as long as the process.
+    [[maybe_unused]] const MainWindow* kept = window_.release();
+  }
   window_.reset();
   signals_.reset();
   return ended;

@@ -77,7 +77,7 @@ bool Downloads::SaveFile(const std::string& name, const std::string& path) {
 }
 
 bool Downloads::FetchHeader(const std::string& package, const std::string& file) {
-  const std::string target = cache_.BeginFetch(file);
+  const std::string target = cache_.PathOf(file);
   const std::string path = "/" + package + "/" + file;
   if (target.empty() || !tasks_.AddDownload(DraftOf(file, path), target, false)) {
     return false;
@@ -92,8 +92,10 @@ std::optional<Downloads::EndedHeader> Downloads::TakeHeader(const TransferTask& 
   }
   const RecordPaths paths = task.record->Paths();
   const EndedHeader header{paths.remotePath.substr(paths.remotePath.rfind('/') + 1),
-                           task.record->state == TransferState::Finished &&
-                               cache_.EndFetch(paths.localPath)};
+                           task.record->state == TransferState::Finished};
+  if (!header.arrived) {
+    cache_.Delete(header.file);
+  }
   tasks_.RemoveTask(task.id);
   return header;
 }

@@ -47,24 +47,33 @@ void AddButtons(QFormLayout& layout, QDialog& dialog) {
 
 }  // namespace
 
-std::optional<LoginAnswer> AskForLogin(QWidget* owner, bool refused) {
-  QDialog dialog(owner);
-  dialog.setObjectName(u"loginDialog"_qs);
-  dialog.setWindowTitle(Text(StringId::LoginTitle));
-  dialog.setWindowIcon(LoadIcon(Icon::Program));
-  auto* layout = new QFormLayout(&dialog);
+void AskForLogin(QWidget* owner, const LoginRequest& request, LoginAsked answered) {
+  auto* dialog = new QDialog(owner);
+  dialog->setAttribute(Qt::WA_DeleteOnClose);
+  dialog->setObjectName(u"loginDialog"_qs);
+  dialog->setWindowTitle(Text(StringId::LoginTitle));
+  dialog->setWindowIcon(LoadIcon(Icon::Program));
+  auto* layout = new QFormLayout(dialog);
   layout->setSizeConstraint(QLayout::SetFixedSize);
-  if (refused) {
+  if (request.refused) {
     AddNotice(*layout);
   }
-  const QLineEdit* user = AddField(*layout, Text(StringId::LoginUser), u"loginUser"_qs);
+  QLineEdit* user = AddField(*layout, Text(StringId::LoginUser), u"loginUser"_qs);
   QLineEdit* password = AddField(*layout, Text(StringId::LoginPassword), u"loginPassword"_qs);
   password->setEchoMode(QLineEdit::Password);
-  AddButtons(*layout, dialog);
-  if (dialog.exec() != QDialog::Accepted) {
-    return std::nullopt;
+  user->setText(ToQString(request.user));
+  if (!request.user.empty()) {
+    password->setFocus();
   }
-  return LoginAnswer{ToWide(user->text()), ToWide(password->text())};
+  AddButtons(*layout, *dialog);
+  QObject::connect(dialog, &QDialog::finished, dialog,
+                   [user, password, answered = std::move(answered)](int result) {
+                     answered(result == QDialog::Accepted
+                                  ? std::optional<LoginAnswer>(
+                                        {ToWide(user->text()), ToWide(password->text())})
+                                  : std::nullopt);
+                   });
+  dialog->open();
 }
 
 }  // namespace updown

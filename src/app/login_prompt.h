@@ -1,15 +1,14 @@
 #pragma once
 
 #include <QWidget>
-#include <optional>
 
-#include "engine/shared_session.h"
+#include "engine/session_link.h"
 
 namespace updown {
 
-// Asks for user name and password and waits for the person; nothing on Cancel. `owner` may be null
-// (there is no frame yet); `refused` adds the notice that the last ones were refused. Object names:
-// "loginDialog", "loginUser", "loginPassword", "loginNotice".
-std::optional<LoginAnswer> AskForLogin(QWidget* owner, bool refused);
+// Asks for user name and password, in a box before `owner`, and returns at once; `answered` is
+// called when the box has closed, and never if `owner` goes first. Object names: "loginDialog",
+// "loginUser", "loginPassword", "loginNotice".
+void AskForLogin(QWidget* owner, const LoginRequest& request, LoginAsked answered);
 
 }  // namespace updown

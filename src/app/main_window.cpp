@@ -1,17 +1,18 @@
 #include "app/main_window.h"
 
 #include <QCloseEvent>
+#include <QDeadlineTimer>
+#include <QGuiApplication>
 #include <QShortcut>
 #include <chrono>
 
 #include "app/about_box.h"
 #include "app/login_prompt.h"
-#include "app/main_thread_lister.h"
 #include "app/pane_layout.h"
 #include "app/task_list_path.h"
 #include "engine/posted_events.h"
 #include "localdata/tasklist.h"
-#include "packages/pane_links.h"
+#include "platform/qt/text.h"
 #include "platform/text.h"
 #include "resources/qt/texts.h"
 #include "resources/string_id.h"
@@ -22,6 +23,7 @@ namespace {
 
 constexpr int kInstancePollMs = 50;
 constexpr QSize kFirstSize{960, 720};
+constexpr int kFirstListingDelay = 100;  // ms: the window is on the screen by then
 constexpr int kTreeWidth = 200;  // when the keyboard opens it
 // With the windows' own end this keeps the whole exit below two seconds.
 constexpr std::chrono::milliseconds kStopLimit{1500};
@@ -41,28 +43,36 @@ MainWindow::MainWindow(const LaunchState& launch, FileService& service,
       instanceEvent_(instanceEvent),
       context_(MakeContext(service)),
       cache_(PackageCache::InitPackageCache(launch.identityHash)),
-      session_(service, launch,
-               [this](bool refused) { return AskForLogin(isVisible() ? this : nullptr, refused); }),
-      requests_(session_, *this),
-      downloads_(launch, cache_, requests_, mainThread_, context_, *this),
+      session_(
+          service, launch, PostToMain(),
+          [this](const LoginRequest& request, LoginAsked answered) {
+            AskForLogin(this, request, std::move(answered));
+          },
+          [this, calls = mainThread_.Calls()] { calls->Post([this] { OnSessionGranted(); }); }),
+      downloads_(launch, cache_, session_, mainThread_, context_, *this),
+      area_(session_, downloads_, cache_, launch),
+      commands_(area_, downloads_, *this),
       saving_(downloads_.Tasks(), launch) {
   setObjectName(u"mainWindow"_qs);
   LoadStoredTasks();
   ConnectEngine();
-  requests_.OpenSession();
+  ConnectArea();
   setWindowTitle(Text(StringId::FrameTitle));
   setAccessibleName(windowTitle());
   setWindowIcon(LoadIcon(Icon::Program));
   resize(kFirstSize);
   MakeShortcuts();
   CreatePanes();
-  scheduler_ = std::make_unique<Scheduler>(context_);
 }
 
 MainWindow::~MainWindow() {
   ShutDown();
   // Panes reach the window's members up to their own end.
   outer_.reset();
+}
+
+Session::Post MainWindow::PostToMain() {
+  return [calls = mainThread_.Calls()](std::function<void()> call) { calls->Post(std::move(call)); };
 }
 
 void MainWindow::LoadStoredTasks() {
@@ -76,12 +86,30 @@ void MainWindow::LoadStoredTasks() {
 void MainWindow::ConnectEngine() {
   context_->events =
       std::make_shared<PostedEvents>(mainThread_.Calls(), static_cast<EngineEvents&>(*this));
-  context_->lister = std::make_shared<MainThreadLister>(
-      mainThread_.Calls(),
-      [this](const std::string& path) { return requests_.ListFolder(Utf8ToWide(path)); });
+  context_->session = &session_;
   connect(&downloads_, &Downloads::SaveNeeded, &saving_, &TaskListSaving::Request);
   connect(&downloads_, &Downloads::TaskAdded, this, &MainWindow::ShowAddedTask);
   connect(&downloads_, &Downloads::TaskRestored, this, &MainWindow::ShowRestoredTask);
+  connect(&downloads_, &Downloads::TaskMoved, this, [this](TaskId task) {
+    TellStatus([task](CTransferStatusDlg& status) { status.ShowPaths(task); });
+  });
+}
+
+void MainWindow::ConnectArea() {
+  connect(&area_, &PackageArea::PackageRenamed, &downloads_, &Downloads::FollowRename);
+  connect(&commands_, &PackageCommands::TransfersWanted, this, &MainWindow::ShowStatus);
+  connect(qGuiApp, &QGuiApplication::applicationStateChanged, &area_,
+          [this](Qt::ApplicationState state) {
+            area_.SetActive(state == Qt::ApplicationActive);
+          });
+}
+
+// Nothing is transferred before the service has granted a session.
+void MainWindow::OnSessionGranted() {
+  downloads_.SessionGranted();
+  if (!scheduler_) {
+    scheduler_ = std::make_unique<Scheduler>(context_);
+  }
 }
 
 void MainWindow::MakeShortcuts() {
@@ -89,15 +117,17 @@ void MainWindow::MakeShortcuts() {
   connect(about, &QShortcut::activated, this, [this] { ShowAboutBox(this); });
   const auto* tree = new QShortcut(QKeySequence(Qt::Key_F6), this);
   connect(tree, &QShortcut::activated, this, &MainWindow::GoToTreeOrBack);
+  const auto* cancel = new QShortcut(QKeySequence(Qt::Key_Escape), this);
+  connect(cancel, &QShortcut::activated, &area_, &PackageArea::Cancel);
 }
 
 void MainWindow::CreatePanes() {
   instanceTimer_.start(kInstancePollMs, this);
   outer_ = std::make_unique<CMySplitter>(Qt::Horizontal);
-  tree_ = new CMyFolderTree(requests_, downloads_, cache_);
+  tree_ = new PackageTree(area_);
   inner_ = new CMySplitter(Qt::Vertical);
-  list_ = new CMyFileListFormView(requests_, cache_, launch_);
-  form_ = new CMyFormView(requests_, downloads_, cache_, launch_);
+  list_ = new PackageList(area_, ToQString(AnsiToWide(launch_.serverName, launch_.CodePage())));
+  form_ = new PackageForm(area_);
   outer_->setObjectName(u"outerSplitter"_qs);
   outer_->setAccessibleName(windowTitle());
   inner_->setObjectName(u"innerSplitter"_qs);
@@ -111,15 +141,15 @@ void MainWindow::CreatePanes() {
   ConnectPanes();
   downloads_.RestoreTasks();
   statusWindow_ = std::make_unique<CTransferStatusDlg>(downloads_, SystemTicks());
-  list_->FocusList();
+  list_->setFocus(Qt::OtherFocusReason);
 }
 
 void MainWindow::ConnectPanes() {
-  LinkPanes(*tree_, *list_, *form_);
-  connect(tree_, &CMyFolderTree::FolderListed, this, [this] { inner_->refresh(); });
-  connect(tree_, &CMyFolderTree::PackagesShown, this,
-          [this] { mainThread_.Post([this] { list_->SelectTopRow(); }); });
-  connect(form_, &CMyFormView::TransfersWanted, this, &MainWindow::ShowStatus);
+  const AttachmentList& files = form_->Attachments();
+  connect(list_, &PackageList::DeleteWanted, &commands_, &PackageCommands::DeletePackage);
+  connect(&files, &AttachmentList::SaveWanted, &commands_, &PackageCommands::SaveFile);
+  connect(&files, &AttachmentList::DeleteWanted, &commands_, &PackageCommands::DeleteFile);
+  connect(&files, &AttachmentList::TransfersWanted, this, &MainWindow::ShowStatus);
 }
 
 void MainWindow::LayOutPanes() {
@@ -135,7 +165,7 @@ void MainWindow::LayOutPanes() {
 // What dragging the bar does for the mouse: without it the keyboard could not rename a package.
 void MainWindow::GoToTreeOrBack() {
   if (tree_->hasFocus()) {
-    list_->FocusList();
+    list_->setFocus(Qt::ShortcutFocusReason);
     return;
   }
   if (outer_->sizes().constFirst() == 0) {
@@ -150,6 +180,7 @@ void MainWindow::showEvent(QShowEvent* event) {
   if (!laidOut_) {
     laidOut_ = true;
     LayOutPanes();
+    firstListing_.start(kFirstListingDelay, this);
   }
 }
 
@@ -158,6 +189,9 @@ void MainWindow::timerEvent(QTimerEvent* event) {
     if (instanceEvent_.TestAndReset()) {
       Raise();
     }
+  } else if (event->timerId() == firstListing_.timerId()) {
+    firstListing_.stop();
+    area_.Refresh(AskedBy::Program);
   } else {
     QMainWindow::timerEvent(event);
   }
@@ -181,15 +215,19 @@ bool MainWindow::ShutDown() {
     return *threadsEnded_;
   }
   instanceTimer_.stop();
+  firstListing_.stop();
   hide();
   if (statusWindow_) {
     statusWindow_->hide();
   }
   Tasks().DropUnkeptRecords();
   saving_.SaveAtEnd();
-  // A worker that waits for a listing gets none, and goes on to its end.
   mainThread_.Close();
-  threadsEnded_ = !scheduler_ || scheduler_->Stop(kStopLimit);
+  const QDeadlineTimer deadline(kStopLimit);
+  // First: a worker that waits for a listing gets none, and goes on to its end.
+  const bool sessionEnded = session_.Stop(kStopLimit);
+  const std::chrono::milliseconds left(deadline.remainingTime());
+  threadsEnded_ = (!scheduler_ || scheduler_->Stop(left)) && sessionEnded;
   Tasks().Clear();
   statusWindow_.reset();
   return *threadsEnded_;

@@ -7,12 +7,14 @@
 
 #include "app/downloads.h"
 #include "app/task_list_saving.h"
-#include "app/window_requests.h"
 #include "engine/engine_events.h"
 #include "engine/scheduler.h"
-#include "packages/my_file_list_form_view.h"
-#include "packages/my_folder_tree.h"
-#include "packages/my_form_view.h"
+#include "engine/session.h"
+#include "packages/package_area.h"
+#include "packages/package_commands.h"
+#include "packages/package_form.h"
+#include "packages/package_list.h"
+#include "packages/package_tree.h"
 #include "platform/instance_event.h"
 #include "platform/qt/main_thread.h"
 #include "transfers/transfer_status_dlg.h"
@@ -20,26 +22,26 @@
 
 namespace updown {
 
-// The main window: the three panes and what stands behind them. It owns session, tasks and engine,
-// ties the panes together, and passes on what the engine tells.
+// The main window: three panes over the package area, and what stands behind them. It owns session,
+// area, tasks and engine, ties the panes together, and passes on what the engine tells.
 class MainWindow final : public QMainWindow, private EngineEvents {
   Q_OBJECT
 
  public:
-  // Reads the stored tasks, opens the session (it may ask for a login, and waits for the service),
-  // makes panes and status window and starts the scheduler. All three outlive every thread of the
-  // engine, so the process if ShutDown gives false.
+  // Reads the stored tasks, makes panes and status window; never waits. The service is asked once
+  // the window has been shown. All three outlive every thread of the engine, so the process if
+  // ShutDown gives false.
   MainWindow(const LaunchState& launch, FileService& service, InstanceEvent& instanceEvent);
   ~MainWindow() override;
 
-  // The window's end, once: hides its windows, stores what is unfinished, and stops the engine.
-  // False if a thread of the engine could not be brought to an end in time; the process must then
-  // end without destroying what the constructor was given.
+  // The window's end, once: hides its windows, stores what is unfinished, and stops session and
+  // engine. False if one of their threads could not be brought to an end in time; the process must
+  // then end without destroying what the constructor was given.
   bool ShutDown();
 
   Downloads& AllDownloads() { return downloads_; }
   TaskStore& Tasks() { return downloads_.Tasks(); }
-  SharedSession& Session() { return session_; }
+  PackageArea& Area() { return area_; }
   const PackageCache& Cache() const { return cache_; }
 
  Q_SIGNALS:
@@ -53,6 +55,7 @@ class MainWindow final : public QMainWindow, private EngineEvents {
  private:
   void LoadStoredTasks();
   void ConnectEngine();
+  void ConnectArea();
   void MakeShortcuts();
   void CreatePanes();
   void ConnectPanes();
@@ -60,6 +63,8 @@ class MainWindow final : public QMainWindow, private EngineEvents {
   void GoToTreeOrBack();
   void Raise();
   void ShowStatus();
+  Session::Post PostToMain();
+  void OnSessionGranted();
 
   void TaskStarted(TaskId task) noexcept override;
   void BlockDone(TaskId task) noexcept override;
@@ -76,20 +81,22 @@ class MainWindow final : public QMainWindow, private EngineEvents {
 
   std::shared_ptr<SchedulerContext> context_;
   PackageCache cache_;
-  SharedSession session_;
-  WindowRequests requests_;
+  Session session_;
   Downloads downloads_;
+  PackageArea area_;
+  PackageCommands commands_;
   TaskListSaving saving_;
-  std::unique_ptr<Scheduler> scheduler_;
+  std::unique_ptr<Scheduler> scheduler_;  // from the first session on
 
   std::unique_ptr<CMySplitter> outer_;  // tree, and beside it the inner one
   CMySplitter* inner_ = nullptr;        // list above form; panes belong to their splitter
-  CMyFolderTree* tree_ = nullptr;
-  CMyFileListFormView* list_ = nullptr;
-  CMyFormView* form_ = nullptr;
+  PackageTree* tree_ = nullptr;
+  PackageList* list_ = nullptr;
+  PackageForm* form_ = nullptr;
   std::unique_ptr<CTransferStatusDlg> statusWindow_;
 
   QBasicTimer instanceTimer_;
+  QBasicTimer firstListing_;
   bool laidOut_ = false;
   std::optional<bool> threadsEnded_;  // set by ShutDown
 };

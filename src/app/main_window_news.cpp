@@ -1,5 +1,4 @@
 #include "app/main_window.h"
-#include "engine/package.h"
 
 // What the engine tells, on the main thread.
 
@@ -31,13 +30,9 @@ void MainWindow::TaskEnded(TaskId task, const TransferResult& result) noexcept {
     return;
   }
   TellStatus([task, result](CTransferStatusDlg& status) { status.ShowEnded(task, result); });
-  if (!ended->record) {
-    return;
+  if (const auto header = downloads_.TakeHeader(*ended)) {
+    area_.HeaderEnded(header->file, header->arrived);
   }
-  if (result.code == 0 && EndsInIni(ended->record->LocalPath())) {
-    list_->RefreshHeaderlessRows();
-  }
-  downloads_.DropFailedHeader(*ended->record);
 }
 
 void MainWindow::SaveNeeded() noexcept { saving_.Request(); }
@@ -52,6 +47,10 @@ void MainWindow::ShowAddedTask(TaskId task) {
 void MainWindow::ShowRestoredTask(TaskId task) {
   mainThread_.Post([this, task] {
     if (statusWindow_ && downloads_.Find(task)) {
+      // Shown first: a window manager maps a window that is minimised before that as a normal one.
+      if (!statusWindow_->isVisible()) {
+        statusWindow_->show();
+      }
       statusWindow_->showMinimized();
       TellStatus([task](CTransferStatusDlg& status) { status.AddRow(task); });
     }

@@ -40,27 +40,27 @@ std::uint32_t RecordIndex::LowestFreeId() const {
   return lowestFree_;
 }
 
-bool RecordIndex::Meets(std::string_view servicePath, bool queuedOnly) const {
+bool RecordIndex::Meets(std::string_view servicePath) const {
   NameRecords();
   const std::string wanted = KeyOf(servicePath);
-  if (HasRecord(wanted, queuedOnly)) {
+  if (HasRecord(wanted)) {
     return true;
   }
   for (std::size_t slash = wanted.find('/'); slash != std::string::npos;
        slash = wanted.find('/', slash + 1)) {
-    if (HasRecord(wanted.substr(0, slash), queuedOnly)) {
+    if (HasRecord(wanted.substr(0, slash))) {
       return true;
     }
   }
   return false;
 }
 
-bool RecordIndex::HasRecord(const std::string& key, bool queuedOnly) const {
+bool RecordIndex::HasRecord(const std::string& key) const {
   const auto [first, last] = byPath_.equal_range(key);
-  return std::any_of(first, last, [queuedOnly](const auto& entry) {
+  return std::any_of(first, last, [](const auto& entry) {
     const TransferRecord& record = *entry.second;
     return record.parentRecordId == 0 && record.direction == 0 &&
-           (!queuedOnly || record.state == TransferState::Queued);
+           record.keepAcrossRestart != 0;
   });
 }
 

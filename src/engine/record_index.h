@@ -21,12 +21,12 @@ class RecordIndex {
 
   std::uint32_t LowestFreeId() const;  // from 1
 
-  // True if a top record for downloading, and Queued if `queuedOnly`, has this path or is a folder
+  // True if a top record for downloading that is kept across restarts has this path or is a folder
   // above it. One "/" at the end of either path does not count, nor does the case of ASCII letters.
-  bool Meets(std::string_view servicePath, bool queuedOnly) const;
+  bool Meets(std::string_view servicePath) const;
 
  private:
-  bool HasRecord(const std::string& key, bool queuedOnly) const;
+  bool HasRecord(const std::string& key) const;
   void NameRecords() const;
 
   std::unordered_set<std::uint32_t> usedIds_;

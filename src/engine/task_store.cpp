@@ -61,9 +61,25 @@ TaskPointer TaskStore::AddDownload(const TaskDraft& draft, const std::string& lo
   return task;
 }
 
-bool TaskStore::IsDuplicate(std::u16string_view wantedPath, DuplicateScope scope) const {
-  return wantedPath.empty() ||
-         Index().Meets(WideToUtf8(wantedPath), scope == DuplicateScope::QueuedOnly);
+bool TaskStore::IsDuplicate(std::string_view wantedPath) const {
+  return wantedPath.empty() || Index().Meets(wantedPath);
+}
+
+std::vector<TaskId> TaskStore::FollowRename(const std::string& oldPath,
+                                            const std::string& newPath) {
+  std::vector<TaskId> moved;
+  queue_->ForEach([&](const TransferTask& task) {
+    if (!task.record || task.record->state == TransferState::Finished) {
+      return;
+    }
+    const bool top = task.record->MoveRemotePath(oldPath, newPath);
+    const bool child = task.childRecord && task.childRecord->MoveRemotePath(oldPath, newPath);
+    if (top || child) {
+      moved.push_back(task.id);
+    }
+  });
+  indexStale_ = indexStale_ || !moved.empty();
+  return moved;
 }
 
 bool TaskStore::StreamLimitReached() const {

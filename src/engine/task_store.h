@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "engine/launch_state.h"
 #include "engine/record_index.h"
@@ -45,11 +46,15 @@ class TaskStore {
   // scheduler.
   TaskPointer AddDownload(const TaskDraft& draft, const std::string& localPath, bool keep);
 
-  // Duplicate tests of a wanted service path against the top records, "inside an existing folder"
-  // included; without regard to the case of ASCII letters, one "/" at the end not counted. An empty
-  // path is a duplicate.
-  enum class DuplicateScope { EveryState, QueuedOnly };
-  bool IsDuplicate(std::u16string_view wantedPath, DuplicateScope scope) const;
+  // Whether the user has the wanted service path among the top records of any state, "inside an
+  // existing folder" included; without regard to the case of ASCII letters, one "/" at the end not
+  // counted. What the program fetches for itself does not count. An empty path is a duplicate.
+  bool IsDuplicate(std::string_view wantedPath) const;
+
+  // The service has renamed the folder `oldPath`: what is not Finished and has its service path
+  // there, or below, gets the new one, unless that does not fit. The tasks whose path changed; one
+  // that runs uses it from its next start on.
+  std::vector<TaskId> FollowRename(const std::string& oldPath, const std::string& newPath);
 
   // kStreamLimit or more tasks with keepAcrossRestart whose state is not Finished.
   bool StreamLimitReached() const;

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "localdata/file_names.h"
+
 namespace updown {
 
 TransferRecord::TransferRecord(const StoredRecord& stored)
@@ -46,6 +48,20 @@ void TransferRecord::StartFile(RecordPaths paths) {
 void TransferRecord::SetPaths(RecordPaths paths) {
   const std::lock_guard lock(pathLock_);
   paths_ = std::move(paths);
+}
+
+bool TransferRecord::MoveRemotePath(std::string_view from, std::string_view to) {
+  const std::lock_guard lock(pathLock_);
+  const std::string_view path = paths_.remotePath;
+  if (!path.starts_with(from) || (path.size() > from.size() && path[from.size()] != '/')) {
+    return false;
+  }
+  std::string moved = std::string(to).append(path.substr(from.size()));
+  if (!FitsPath(moved)) {
+    return false;
+  }
+  paths_.remotePath = std::move(moved);
+  return true;
 }
 
 bool TransferRecord::ChangeState(TransferState from, TransferState to) {

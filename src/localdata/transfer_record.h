@@ -6,6 +6,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace updown {
@@ -80,6 +81,9 @@ class TransferRecord {
   // Takes up another file: counts and time go to 0 and both paths change, in one step for Store().
   void StartFile(RecordPaths paths);
   void SetPaths(RecordPaths paths);
+  // Puts `to` in the place of the folder `from` at the front of the service path. False, changing
+  // nothing, if that is not the path's folder nor the path itself, or if the result does not fit.
+  bool MoveRemotePath(std::string_view from, std::string_view to);
 
   // Changes `from` into `to`; false, changing nothing, if the state is another one by now.
   bool ChangeState(TransferState from, TransferState to);

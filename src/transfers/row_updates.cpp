@@ -31,6 +31,16 @@ void RowUpdates::AddRow(const TaskPointer& task) {
   model_.Append(task, std::move(texts), ImageOfState(record.state, record.direction, first));
 }
 
+void RowUpdates::ShowPaths(TaskId id) {
+  const int row = model_.RowOfTask(id);
+  if (const TaskPointer task = model_.TaskAt(row)) {
+    const RecordPaths paths = task->record->Paths();
+    const bool upload = task->record->direction == 1;
+    model_.SetText(row, upload ? StatusColumn::TargetEnd : StatusColumn::SourceEnd,
+                   FromUtf8(paths.remotePath));
+  }
+}
+
 void RowUpdates::ShowBlock(TaskId id) {
   const int row = model_.RowOfTask(id);
   const TaskPointer task = model_.TaskAt(row);

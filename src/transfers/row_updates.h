@@ -19,6 +19,9 @@ class RowUpdates {
   // Begins the task's statistics and appends its row.
   void AddRow(const TaskPointer& task);
 
+  // The task's service path is another one.
+  void ShowPaths(TaskId id);
+
   // A run of the task has begun, a block has arrived, the run has ended. The code of the end is
   // kept in the task's lastResult, without its sign.
   void ShowStarted(TaskId id);

@@ -5,7 +5,6 @@
 
 #include "platform/qt/text.h"
 #include "resources/qt/texts.h"
-#include "service/result_codes.h"
 #include "transfers/local_files.h"
 #include "transfers/move_box.h"
 #include "transfers/rate_statistics.h"
@@ -74,9 +73,7 @@ void TransferCommands::PauseTask(const TransferTask& task) {
 }
 
 void TransferCommands::ResumeTask(TransferTask& task) {
-  if (!ReopenIfRefused(task)) {
-    return;
-  }
+  task.SetSessid(tasks_.Sessid());
   task.lastResult = 0;
   task.record->statistics.lastSampleTick = ticks_.Now();
   if (task.record->isFolder != 0 && task.childRecord) {
@@ -89,7 +86,7 @@ void TransferCommands::ResumeTask(TransferTask& task) {
 }
 
 void TransferCommands::RedoTask(const TaskPointer& task) {
-  if (!ReopenIfRefused(*task) || !Asked(StringId::ConfirmRedo)) {
+  if (!Asked(StringId::ConfirmRedo)) {
     return;
   }
   if (task->record->state == TransferState::Finished && tasks_.StreamLimitReached()) {
@@ -111,6 +108,7 @@ void TransferCommands::RedoTask(const TaskPointer& task) {
 void TransferCommands::StartAgain(TransferTask& task) {
   TransferRecord& record = *task.record;
   DeleteTarget(record);
+  task.SetSessid(tasks_.Sessid());
   task.lastResult = 0;
   record.totalBytes = 0;
   record.doneBytes = 0;
@@ -174,19 +172,6 @@ void TransferCommands::MoveTaskFile(const TaskPointer& task) {
   task->record->SetLocalPath(*moved);
   const bool upload = task->record->direction == 1;
   model_.SetText(row, upload ? StatusColumn::SourceEnd : StatusColumn::TargetEnd, FromUtf8(*moved));
-}
-
-bool TransferCommands::ReopenIfRefused(TransferTask& task) {
-  if (task.lastResult != -result::kAuthentication) {
-    return true;
-  }
-  const QPointer<QWidget> alive(owner_);
-  const std::optional<std::string> sessid = tasks_.RenewSession();
-  if (!sessid || !alive) {
-    return false;
-  }
-  task.SetSessid(*sessid);
-  return true;
 }
 
 // False also if the window, and this object with it, went while the question stood.

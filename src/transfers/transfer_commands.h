@@ -31,8 +31,6 @@ class TransferCommands {
   void OpenTaskFolder(const TransferTask& task);
   void MoveTaskFile(const TaskPointer& task);
 
-  // False ends the command: the service refused the task's session and no new one could be opened.
-  bool ReopenIfRefused(TransferTask& task);
   bool Asked(StringId question);
   void StartAgain(TransferTask& task);
 

@@ -89,6 +89,8 @@ void CTransferStatusDlg::InitMenu() {
 
 void CTransferStatusDlg::AddRow(TaskId task) { rows_.AddRow(tasks_.Find(task)); }
 
+void CTransferStatusDlg::ShowPaths(TaskId task) { rows_.ShowPaths(task); }
+
 void CTransferStatusDlg::ShowStarted(TaskId task) { rows_.ShowStarted(task); }
 
 void CTransferStatusDlg::ShowBlock(TaskId task) { rows_.ShowBlock(task); }

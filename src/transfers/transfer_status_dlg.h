@@ -30,6 +30,7 @@ class CTransferStatusDlg : public QDialog {
 
   // News about a task that is gone, or that has no row, do nothing.
   void AddRow(TaskId task);
+  void ShowPaths(TaskId task);
   void ShowStarted(TaskId task);
   void ShowBlock(TaskId task);
   void ShowEnded(TaskId task, const TransferResult& result);

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <optional>
 #include <string>
 
 #include "engine/task_store.h"
@@ -16,9 +15,8 @@ class TransferTasks {
   virtual bool StreamLimitReached() const = 0;
   virtual void RemoveTask(TaskId task) = 0;
 
-  // Opens the session anew: what transfers present from now on; nothing if it cannot be opened.
-  // The user may be asked for a login meanwhile.
-  virtual std::optional<std::string> RenewSession() = 0;
+  // What a task presents that starts from now on.
+  virtual std::string Sessid() const = 0;
 
   // Lets the scheduler look for runnable tasks, once the caller's work is done.
   virtual void WakeScheduler() = 0;

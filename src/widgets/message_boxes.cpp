@@ -27,10 +27,9 @@ QMessageBox::Icon QtIcon(BoxIcon icon) {
   return QMessageBox::Information;
 }
 
-// The button pressed; NoButton if the owner went while the box stood, and the box with it.
-int RunBox(QWidget* owner, const QString& text, const QString& caption, BoxIcon icon,
-           QMessageBox::StandardButtons buttons) {
-  const QPointer<QMessageBox> box = new QMessageBox(QtIcon(icon), caption, text, buttons, owner);
+QMessageBox* MakeBox(QWidget* owner, const QString& text, const QString& caption, BoxIcon icon,
+                     QMessageBox::StandardButtons buttons) {
+  auto* box = new QMessageBox(QtIcon(icon), caption, text, buttons, owner);
   box->setObjectName(QStringLiteral("messageBox"));
   box->setTextFormat(Qt::PlainText);
   box->setDefaultButton(QMessageBox::Ok);
@@ -43,6 +42,11 @@ int RunBox(QWidget* owner, const QString& text, const QString& caption, BoxIcon 
     // Else a short question makes a box in which the title is cut.
     grid->addItem(new QSpacerItem(kLeastWidth, 0), grid->rowCount(), 0, 1, grid->columnCount());
   }
+  return box;
+}
+
+// The button pressed; NoButton if the owner went while the box stood, and the box with it.
+int RunBox(const QPointer<QMessageBox>& box) {
   const int pressed = box->exec();
   if (!box) {
     return QMessageBox::NoButton;
@@ -51,10 +55,21 @@ int RunBox(QWidget* owner, const QString& text, const QString& caption, BoxIcon 
   return pressed;
 }
 
+QMessageBox* MakeQuestion(QWidget* owner, const QString& question) {
+  return MakeBox(owner, question, Text(StringId::ProgramTitle), BoxIcon::Question,
+                 QMessageBox::Ok | QMessageBox::Cancel);
+}
+
 }  // namespace
 
 void ShowBox(QWidget* owner, const QString& text, const QString& caption, BoxIcon icon) {
-  RunBox(owner, text, caption, icon, QMessageBox::Ok);
+  RunBox(MakeBox(owner, text, caption, icon, QMessageBox::Ok));
+}
+
+void TellBox(QWidget* owner, const QString& text, const QString& caption, BoxIcon icon) {
+  QMessageBox* box = MakeBox(owner, text, caption, icon, QMessageBox::Ok);
+  box->setAttribute(Qt::WA_DeleteOnClose);
+  box->open();
 }
 
 void ShowNotice(QWidget* owner, StringId text) {
@@ -64,8 +79,13 @@ void ShowNotice(QWidget* owner, StringId text) {
 bool Confirm(QWidget* owner, StringId question) { return Confirm(owner, Text(question)); }
 
 bool Confirm(QWidget* owner, const QString& question) {
-  return RunBox(owner, question, Text(StringId::ProgramTitle), BoxIcon::Question,
-                QMessageBox::Ok | QMessageBox::Cancel) == QMessageBox::Ok;
+  return RunBox(MakeQuestion(owner, question)) == QMessageBox::Ok;
+}
+
+bool ConfirmLoss(QWidget* owner, const QString& question) {
+  QMessageBox* box = MakeQuestion(owner, question);
+  box->setDefaultButton(QMessageBox::Cancel);
+  return RunBox(box) == QMessageBox::Ok;
 }
 
 }  // namespace updown

@@ -7,12 +7,15 @@
 
 namespace updown {
 
-// The program's message boxes. All wait for the user; `owner` may be null. Object names for tests
-// and screen readers: "messageBox".
+// The program's message boxes; `owner` may be null. All but TellBox wait for the user. Object names
+// for tests and screen readers: "messageBox".
 
 enum class BoxIcon { Information, Exclamation, Stop, Question };
 
 void ShowBox(QWidget* owner, const QString& text, const QString& caption, BoxIcon icon);
+
+// Returns at once, with the box before its owner.
+void TellBox(QWidget* owner, const QString& text, const QString& caption, BoxIcon icon);
 
 // The string with the program's title as caption and the information icon.
 void ShowNotice(QWidget* owner, StringId text);
@@ -20,5 +23,7 @@ void ShowNotice(QWidget* owner, StringId text);
 // OK and Cancel with the question icon; true unless Cancel.
 bool Confirm(QWidget* owner, const QString& question);
 bool Confirm(QWidget* owner, StringId question);
+// The same, with Cancel as default.
+bool ConfirmLoss(QWidget* owner, const QString& question);
 
 }  // namespace updown

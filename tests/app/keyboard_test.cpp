@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <QTest>
-#include <QTreeWidget>
 
 #include "app/main_window.h"
 #include "tests/app/served_launch.h"
@@ -19,7 +18,7 @@ TEST(Keyboard, ReachesTheTreeOnlyWhereItCanBeSeen) {
   MainWindow window(served.Launch(), service, *made.event);
   window.show();
   window.activateWindow();
-  auto* const tree = window.findChild<QTreeWidget*>();
+  auto* const tree = window.findChild<PackageTree*>();
   auto* const list = window.findChild<RowListView*>(u"packageList"_qs);
   ASSERT_TRUE(QTest::qWaitFor([list] { return list->SelectedRow() == 0; }, kPatienceMs));
   ASSERT_TRUE(QTest::qWaitFor([list] { return list->hasFocus(); }, kPatienceMs));

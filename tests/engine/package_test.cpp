@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "engine/cache.h"
 #include "tests/support/environment.h"
 #include "tests/support/temporary_folder.h"
 
@@ -9,34 +10,33 @@ namespace updown {
 namespace {
 
 TEST(Package, Names) {
-  for (const char16_t* name : {u"20080115093012", u"20080115093012###"}) {
+  for (const char* name : {"20080115093012", "20080115093012###"}) {
     EXPECT_TRUE(IsPackageName(name));
   }
-  for (const char16_t* name : {u"", u"##############", u"2008011509301#", u"120080115093012",
-                               u"x0080115093012", u"20080115093012#x"}) {
+  for (const char* name : {"", "##############", "2008011509301#", "120080115093012",
+                           "x0080115093012", "20080115093012#x"}) {
     EXPECT_FALSE(IsPackageName(name));
   }
-  EXPECT_TRUE(EndsInIni("/a/b.INI"));
-  EXPECT_FALSE(EndsInIni("ini") || EndsInIni("/a.ini.zip"));
+  for (const bool start : {true, false}) {
+    const auto parsed = ParseHeaderFile(HeaderFileOf("20080115093012#", start));
+    ASSERT_TRUE(parsed);
+    EXPECT_EQ(parsed->package, "20080115093012#");
+    EXPECT_EQ(parsed->start, start);
+  }
+  EXPECT_FALSE(ParseHeaderFile("20080115093012.INI"));
 }
 
-TEST(Package, CacheDecidesStatusAndFile) {
+TEST(Package, TheCacheIsOneFolderForEachIdentity) {
   const test::TemporaryFolder data;
   const test::ScopedEnvironment environment({{"XDG_DATA_HOME", data.Path()}});
   const PackageCache cache = PackageCache::InitPackageCache("hash");
   EXPECT_EQ(cache.Root(), data.Path() + "/oxapp/INICache/hash");
-  const std::u16string package = u"20080115093012#";
-
-  EXPECT_EQ(FindPackageFiles(cache, package).readPath, "");
-  test::WriteFile(cache.PathOf("20080115093012#.ini"), "");
-  EXPECT_EQ(FindPackageFiles(cache, package).readPath, cache.PathOf("20080115093012#.ini"));
-  EXPECT_EQ(FindPackageFiles(cache, package).status, StringId::Incomplete);
-  test::WriteFile(cache.PathOf("20080115093012#_Start.ini"), "");
-  EXPECT_EQ(FindPackageFiles(cache, package).readPath, cache.PathOf("20080115093012#_Start.ini"));
-  EXPECT_EQ(FindPackageFiles(cache, package).status, StringId::Completed);
-  cache.Delete("20080115093012#.ini");
-  EXPECT_EQ(FindPackageFiles(cache, package).status, StringId::Incomplete);
-  EXPECT_FALSE(cache.IsPackageIniCached("../hash"));
+  test::WriteFile(cache.PathOf("a.ini"), "a");
+  test::WriteFile(cache.PathOf("b.ini"), "b");
+  cache.Rename("a.ini", "c.ini");
+  cache.Delete("b.ini");
+  cache.Rename("c.ini", "../c.ini");
+  EXPECT_EQ(cache.Names(), std::unordered_set<std::string>{"c.ini"});
 }
 
 TEST(Package, HeaderInThreeCodePages) {

@@ -5,7 +5,6 @@
 namespace updown {
 namespace {
 
-using Scope = TaskStore::DuplicateScope;
 
 class Tasks : public ::testing::Test {
  protected:
@@ -38,32 +37,59 @@ TEST_F(Tasks, NumbersAreTheLowestFreeOnes) {
 }
 
 TEST_F(Tasks, DuplicatesByCaseEndAndFolder) {
-  const std::tuple<const char*, const char16_t*, bool> cases[] = {
-      {"/pkg/x.zip", u"/PKG/X.ZIP", true},
-      {"/a/b", u"/a/b/", true},
-      {"/a/b/", u"/a/b", true},
-      {"/pkg", u"/pkg/sub/x.zip", true},
-      {"/pkg/x.zip", u"/pkg", false},
-      {"/pkg", u"/pkg2", false},
-      {"/", u"/anything", true},
-      {"/pkg", u"", true},
-      {"/\u00c4", u"/\u00e4", false},
+  const std::tuple<const char*, const char*, bool> cases[] = {
+      {"/pkg/x.zip", "/PKG/X.ZIP", true},
+      {"/a/b", "/a/b/", true},
+      {"/a/b/", "/a/b", true},
+      {"/pkg", "/pkg/sub/x.zip", true},
+      {"/pkg/x.zip", "/pkg", false},
+      {"/pkg", "/pkg2", false},
+      {"/", "/anything", true},
+      {"/pkg", "", true},
+      {"/\u00c4", "/\u00e4", false},
   };
   for (const auto& [existing, wanted, duplicate] : cases) {
     const TaskPointer task = Add(existing);
-    EXPECT_EQ(store.IsDuplicate(wanted, Scope::EveryState), duplicate) << existing;
+    EXPECT_EQ(store.IsDuplicate(wanted), duplicate) << existing;
     store.RemoveTask(task->id);
   }
   const TaskPointer task = Add("/x");
-  EXPECT_TRUE(store.IsDuplicate(u"/x", Scope::QueuedOnly));
   for (const TransferState state :
        {TransferState::Stopped, TransferState::Finished, TransferState::Failed}) {
     task->record->state = state;
-    EXPECT_TRUE(store.IsDuplicate(u"/x", Scope::EveryState));
-    EXPECT_FALSE(store.IsDuplicate(u"/x", Scope::QueuedOnly));
+    EXPECT_TRUE(store.IsDuplicate("/x"));
   }
+  Add("/header", false);
+  EXPECT_FALSE(store.IsDuplicate("/header")) << "the program's own";
   AddStored(9, 4, false)->SetPaths({"/child", "/c"});
-  EXPECT_FALSE(store.IsDuplicate(u"/child", Scope::EveryState));
+  EXPECT_FALSE(store.IsDuplicate("/child"));
+}
+
+TEST_F(Tasks, WhatIsUnfinishedFollowsARenamedFolder) {
+  const std::string fits(240, 'x');
+  const std::tuple<std::string, TransferState, std::string> cases[] = {
+      {"/old/a/b", TransferState::Queued, "/renamed/a/b"},
+      {"/old", TransferState::Stopped, "/renamed"},
+      {"/old/c", TransferState::Failed, "/renamed/c"},
+      {"/old/d", TransferState::Finished, "/old/d"},
+      {"/older/e", TransferState::Queued, "/older/e"},
+      {"/x/old/f", TransferState::Queued, "/x/old/f"},
+      {"/old/" + fits + "123456", TransferState::Queued, "/old/" + fits + "123456"},
+  };
+  std::vector<TaskPointer> tasks;
+  for (const auto& [path, state, moved] : cases) {
+    tasks.push_back(Add(path));
+    tasks.back()->record->state = state;
+  }
+  tasks[0]->childRecord = std::make_shared<TransferRecord>();
+  tasks[0]->childRecord->SetPaths({"/old/a/b/c", "/local"});
+  EXPECT_EQ(store.FollowRename("/old", "/renamed"),
+            (std::vector{tasks[0]->id, tasks[1]->id, tasks[2]->id}));
+  for (std::size_t i = 0; i < tasks.size(); ++i) {
+    EXPECT_EQ(tasks[i]->record->RemotePath(), std::get<2>(cases[i]));
+  }
+  EXPECT_EQ(tasks[0]->childRecord->RemotePath(), "/renamed/a/b/c");
+  EXPECT_TRUE(store.IsDuplicate("/renamed/a/b"));
 }
 
 TEST_F(Tasks, DraftsThatDoNotFitMakeNothing) {

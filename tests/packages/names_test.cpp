@@ -1,36 +1,14 @@
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "engine/launch_state.h"
 #include "packages/attachment_record.h"
 #include "packages/file_type_names.h"
-#include "packages/package_names.h"
-#include "tests/packages/views_world.h"
+#include "resources/texts.h"
 
-namespace updown::test {
+namespace updown {
 namespace {
-
-TEST(PackageNames, OnlyFoldersOfFourteenDigitsArePackages) {
-  std::vector<ListedEntry> entries = {{kSecond, kEntryFile}};
-  for (const std::string& name :
-       {std::string("."), kFirst, kFirst + "##", "x" + kFirst, kFirst.substr(1), kFirst + "1",
-        kFirst.substr(1) + "#", "../" + kFirst, kFirst + '\0', kFirst + "\xFF",
-        kFirst + std::string(245, '#'), kFirst + std::string(244, '#')}) {
-    entries.push_back({name, kEntryFolder});
-  }
-  std::vector<std::size_t> lengths;
-  for (const ListedPackage& package : PackagesIn(MakeListing(entries))) {
-    lengths.push_back(package.name.size());
-  }
-  EXPECT_THAT(lengths, ElementsAre(14, 16, 258));
-}
-
-TEST(PackageNames, HeaderFilesOfAnyKnownPackageAreNoAttachments) {
-  PackageNames known;
-  known.Append(u"20081105093012");
-  EXPECT_TRUE(known.IsPackageIniName(u"20081105093012.ini"));
-  EXPECT_TRUE(known.IsPackageIniName(u"20081105093012_Start.ini"));
-  for (const char16_t* file : {u"20081105093012.INI", u"20081105093012_start.ini", u".ini",
-                               u"20081105093013.ini", u"20081105093012#.ini", u"setup.ini"}) {
-    EXPECT_FALSE(known.IsPackageIniName(file));
-  }
-}
 
 TEST(FileTypeNames, FollowTheExtensionFromTheFirstDot) {
   const std::pair<const char16_t*, const char16_t*> cases[] = {
@@ -55,12 +33,12 @@ TEST(AttachmentTexts, TipHasALineForEachColumnWithoutWidth) {
   entry.name = "a.zip";
   entry.type = kEntryFile;
   entry.modificationTime = 1200389400;
-  EXPECT_EQ(AttachmentTip(AttachmentRecord(entry)),
+  EXPECT_EQ(AttachmentTip(entry),
             u"Name:a.zip\r\nSize:\r\nType:ZIP File\r\nCreated:2008-01-15 09:30");
   entry.type = kEntryFolder;
-  EXPECT_EQ(AttachmentTip(AttachmentRecord(entry)),
+  EXPECT_EQ(AttachmentTip(entry),
             u"Name:a.zip\r\nType:File folder\r\nCreated:2008-01-15 09:30");
 }
 
 }  // namespace
-}  // namespace updown::test
+}  // namespace updown

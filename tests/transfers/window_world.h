@@ -9,12 +9,13 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/granted_session.h"
 #include "tests/support/person.h"
 #include "tests/support/temporary_folder.h"
 #include "transfers/transfer_status_dlg.h"
 
 namespace updown::test {
+
+using Log = std::vector<std::string>;
 
 using Column = StatusColumn;
 using State = TransferState;
@@ -25,22 +26,18 @@ class MovedTicks : public TickCounter {
   std::uint32_t now = 1000;
 };
 
-// Real tasks and a session, and a log of what the window asks.
+// Real tasks, and a log of what the window asks.
 class FakeTasks : public TransferTasks {
  public:
   TaskPointer Find(TaskId task) const override { return store.Find(task); }
   bool StreamLimitReached() const override { return store.StreamLimitReached(); }
   void RemoveTask(TaskId task) override { store.RemoveTask(task); }
-  std::optional<std::string> RenewSession() override {
-    session.Session().Close();
-    return session.Session().OpenSharedSession().open ? std::optional(session.Session().Sessid())
-                                                      : std::nullopt;
-  }
+  std::string Sessid() const override { return sessid; }
   void WakeScheduler() override { log.emplace_back("wake"); }
 
   Log log;
   LaunchState launch;
-  GrantedSession session{log};
+  std::string sessid = "granted";
   TaskStore store{std::make_shared<TaskQueue>(), launch};
 };
 
