@@ -1,8 +1,7 @@
 // The client's own windows on the offscreen platform, before a stand-in service in this process.
 //
 // First, 1,000 and 10,000 packages with their headers in the cache: from the key F5 to the new list
-// on the screen, and a sort by subject. The listing of the folder by itself, asked for on the same
-// connection, is what of this passes before the first byte arrives and while they come in.
+// on the screen, and a sort by subject.
 //
 // Then a refresh of packages whose headers are all missing: what arrives, through how many
 // connections, whether the window answers, and where memory goes. The workers' pace of a block a
@@ -16,7 +15,6 @@
 
 #include "bench/browsing_world.h"
 #include "bench/measure.h"
-#include "packages/package_list_model.h"
 
 namespace updown::bench {
 namespace {
@@ -55,12 +53,9 @@ Filled MeasureCached(int rows, int runs) {
     std::puts("the list was not filled");
     return {};
   }
-  Times listing;
   Times fill;
   Times sort;
-  SharedSession& session = world.Window().Session();
   for (int run = 0; run < runs; ++run) {
-    listing.Take([&] { session.Ops().ListFolder(session.Link(), "/"); });
     fill.Take([&] { world.Refresh(); });
     sort.Take([&] { world.ClickHeading(package_column::kSubject); });
     QCoreApplication::processEvents();
@@ -71,7 +66,6 @@ Filled MeasureCached(int rows, int runs) {
     }
   }
   std::printf("%d packages, headers in the cache, medians of %d\n", rows, runs);
-  Print("listing alone", listing, rows);
   Print("refresh", fill, rows);
   Print("sort by subject", sort, rows);
   std::printf("  %-20s %8.1f ms wall   goal for 10,000: below 2000\n", "both",
@@ -116,7 +110,7 @@ Memory PrintMemory(const BrowsingWorld& world, const char* when, long peak = 0) 
 
 void RefreshToItsEnd(const BrowsingWorld& world) {
   world.Refresh();
-  while (world.Tasks(true) > 0) {
+  while (world.Tasks(false) > 0) {
     QTest::qWait(kWaitStepMs);
   }
   QTest::qWait(10 * kWaitStepMs);  // the last rows and the last save of the list
@@ -147,17 +141,12 @@ void MeasureMissing(int packages) {
   std::printf("  longest time without an answer %lld ms\n",
               static_cast<long long>(watch.LongestGap()));
   const Memory first = PrintMemory(world, "after the first refresh", watch.Peak());
-  const int firstTasks = world.Tasks(false);
   Memory last;
   for (const char* when : {"after the second", "after the third", "after the fourth"}) {
     RefreshToItsEnd(world);
     last = PrintMemory(world, when, watch.Peak());
   }
-  // What the service does not hold is asked for again, and each such task stays until the exit.
-  const int added = world.Tasks(false) - firstTasks;
-  std::printf("  growth %ld KiB in three refreshes and %d failed tasks: %.2f KiB for each\n",
-              last.allocated - first.allocated, added,
-              static_cast<double>(last.allocated - first.allocated) / std::max(added, 1));
+  std::printf("  growth %ld KiB in three refreshes\n", last.allocated - first.allocated);
 }
 
 int RunBench(int count, char** arguments) {

@@ -50,7 +50,7 @@ class BrowsingWorld {
     const auto cache = PackageCache::InitPackageCache(ReadLaunchState().identityHash);
     for (const auto& package : std::filesystem::directory_iterator(Area())) {
       const std::string name = package.path().filename();
-      if (IsPackageName(std::u16string(name.begin(), name.end()))) {
+      if (IsPackageName(name)) {
         const std::string text = "[Tallbin]\r\nTXT_From=Ann Field\r\nSend_Time=2008-" + name +
                                  "\r\nTXT_To=office\r\nTXT_Subject=Plans, part " +
                                  std::to_string(std::hash<std::string>()(name) % 100000) +
@@ -94,15 +94,19 @@ class BrowsingWorld {
   peer::StandIn& Service() const { return *service_; }
   MainWindow& Window() const { return *app_->Window(); }
   QTreeView& List() const { return *list_; }
-  int Rows() const { return list_->model()->rowCount(); }
+  int Rows() const { return list_->model()->rowCount(list_->rootIndex()); }
   std::string Cell(int row, int column) const {
-    return list_->model()->index(row, column).data().toString().toStdString();
+    return list_->model()->index(row, column, list_->rootIndex()).data().toString().toStdString();
   }
   std::string Area() const { return folder_.File("area"); }
 
   // What a person waits for: the key's work and the list's new picture.
   void Refresh() const {
     QTest::keyClick(list_, Qt::Key_F5);
+    const PackageArea& area = Window().Area();
+    if (!QTest::qWaitFor([&area] { return !area.Refreshing(); }, kPatienceMs)) {
+      std::puts("no answer");
+    }
     list_->viewport()->repaint();
   }
   void ClickHeading(int column) const {

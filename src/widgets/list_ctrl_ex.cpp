@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "resources/qt/texts.h"
 #include "widgets/list_layout.h"
 
 namespace updown {
@@ -21,29 +20,6 @@ CListCtrlEx::~CListCtrlEx() {
   if (watchedHeader_ != nullptr) {
     disconnect(watchedHeader_, nullptr, this, nullptr);
   }
-}
-
-void CListCtrlEx::EnableHint(bool on) {
-  hintEnabled_ = on;
-  if (!on) {
-    hintText_.reset();
-    hintCover_.reset();
-    return;
-  }
-  const auto make = [this](const QString& name, const QString& text) {
-    auto label = std::make_unique<CTransparentStatic>(this);
-    label->setObjectName(name);
-    label->setAlignment(Qt::AlignHCenter | Qt::AlignTop);
-    label->setWordWrap(true);
-    label->setText(text);
-    label->setGeometry(QRect());
-    return label;
-  };
-  QString hint = Text(StringId::EmptyHint);
-  hint.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
-  hintText_ = make(QStringLiteral("hintText"), hint);
-  hintCover_ = make(QStringLiteral("hintCover"), QString());
-  ScheduleLayout();
 }
 
 void CListCtrlEx::SetProgressColumn(int column) {
@@ -100,26 +76,6 @@ void CListCtrlEx::LayOut() {
   } else {
     progressBars_.clear();
   }
-  if (hintEnabled_) {
-    LayoutHint();
-  }
-}
-
-void CListCtrlEx::LayoutHint() {
-  hintText_->hide();
-  hintCover_->hide();
-  if (RowCount() > 0) {
-    return;
-  }
-  QRect client = viewport()->geometry();
-  if (!header()->isHidden()) {
-    client.setTop(header()->geometry().top());
-  }
-  const HintGeometry hint = LayOutHint(client, hintText_->fontMetrics().height());
-  hintText_->setGeometry(hint.text);
-  hintCover_->setGeometry(hint.cover);
-  hintText_->show();
-  hintCover_->show();
 }
 
 TaskPointer CListCtrlEx::TaskWithRecord(int row) const {

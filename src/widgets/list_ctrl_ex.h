@@ -9,12 +9,11 @@
 #include "engine/transfer_task.h"
 #include "widgets/progress_painter.h"
 #include "widgets/row_list_view.h"
-#include "widgets/transparent_static.h"
 
 namespace updown {
 
-// The report list of the package list and the status window: rows of text over a model, a hint
-// while there are none, and live progress bars over one column of the rows in view.
+// The report list of the status window: rows of text over a model, and live progress bars over one
+// column of the rows in view.
 //
 // Bars are children of the list, made for rows in view alone, and laid out again whenever the view
 // would paint differently; a paint by itself never causes another one. Where a task has no bar but
@@ -26,7 +25,6 @@ class CListCtrlEx : public RowListView {
   explicit CListCtrlEx(QWidget* parent = nullptr);
   ~CListCtrlEx() override;
 
-  void EnableHint(bool on);
   void SetProgressColumn(int column);  // -1: no bars
 
   // The task behind a row of the model; rows without one have no bar and no Delete key.
@@ -56,7 +54,6 @@ class CListCtrlEx : public RowListView {
 
   void LayOut();
   void PaintProgress();
-  void LayoutHint();
   void ScheduleLayout();
   void WatchHeader();
   TaskPointer TaskWithRecord(int row) const;
@@ -66,9 +63,6 @@ class CListCtrlEx : public RowListView {
 
   std::vector<ProgressBar> progressBars_;
   int progressColumn_ = 0;
-  std::unique_ptr<CTransparentStatic> hintText_;
-  std::unique_ptr<CTransparentStatic> hintCover_;
-  bool hintEnabled_ = false;
   QTimer layoutTimer_;  // once for each turn of the event loop
   TaskOfRow taskOfRow_;
   QPointer<QHeaderView> watchedHeader_;

@@ -1,7 +1,5 @@
 #include "widgets/list_layout.h"
 
-#include <algorithm>
-
 namespace updown {
 
 ProgressFacts FactsOf(const TransferTask& task) {
@@ -35,14 +33,6 @@ QRect BarRect(const QRect& cell) {
   constexpr int kGivenBack = 2;
   const int margin = cell.height() / 4;
   return cell.adjusted(0, margin - kGivenBack, 0, kGivenBack - margin);
-}
-
-HintGeometry LayOutHint(const QRect& client, int lineHeight) {
-  const int height = client.height();
-  int top = height > 2 * lineHeight ? height * 3 / 8 : 0;
-  top = std::max(top, lineHeight);
-  return {QRect(client.x(), client.y() + top, client.width(), std::max(0, height - top)),
-          QRect(client.x(), client.y() + lineHeight, client.width(), top - lineHeight)};
 }
 
 }  // namespace updown

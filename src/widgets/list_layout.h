@@ -36,13 +36,4 @@ ProgressCell ChooseProgressCell(const ProgressFacts& facts);
 // by 2 pixels on each side.
 QRect BarRect(const QRect& cell);
 
-struct HintGeometry {
-  QRect text;
-  QRect cover;
-};
-
-// The hint fills the list, header included, from 3/8 of its height down, or from one line of text
-// where the list is low. The band above `cover` stays free.
-HintGeometry LayOutHint(const QRect& client, int lineHeight);
-
 }  // namespace updown

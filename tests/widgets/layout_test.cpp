@@ -6,7 +6,6 @@
 #include "widgets/list_layout.h"
 #include "widgets/progress_painter.h"
 #include "widgets/size_texts.h"
-#include "widgets/sort_header_ctrl.h"
 
 namespace updown {
 namespace {
@@ -66,49 +65,6 @@ TEST(ProgressCellTest, FollowsTheTask) {
 TEST(BarGeometryTest, LeavesAQuarterOfTheRow) {
   EXPECT_EQ(BarRect(QRect(300, 40, 110, 19)), QRect(300, 42, 110, 15));
   EXPECT_EQ(BarRect(QRect(0, 0, 10, 24)), QRect(0, 4, 10, 16));
-}
-
-TEST(HintGeometryTest, StandsAtThreeEighthsOrBelowOneLine) {
-  // Not higher than two lines: one line down; 3/8 of the height, but never above one line.
-  for (const auto& [height, line, top] : std::initializer_list<std::array<int, 3>>{
-           {400, 16, 150}, {32, 16, 16}, {43, 16, 16}, {48, 16, 18}, {16, 16, 16}}) {
-    const HintGeometry hint = LayOutHint(QRect(1, 2, 300, height), line);
-    EXPECT_EQ(hint.text, QRect(1, 2 + top, 300, height - top)) << height;
-    EXPECT_EQ(hint.cover, QRect(1, 2 + line, 300, top - line)) << height;
-  }
-  EXPECT_TRUE(LayOutHint(QRect(0, 0, 300, 5), 16).text.isEmpty());
-}
-
-TEST(SortArrowTest, TurnsWithTheDirection) {
-  // Height 24 gives a unit of 6; the right edge lies at 200, the bottom at 24.
-  const QRect item(100, 0, 100, 24);
-  using Strokes = std::array<ArrowStroke, 3>;
-  const Strokes up{
-      {{true, {188, 6}, {194, 17}}, {true, {194, 17}, {180, 17}}, {false, {181, 17}, {188, 5}}}};
-  const Strokes down{
-      {{true, {193, 6}, {187, 18}}, {false, {186, 18}, {181, 6}}, {false, {181, 6}, {193, 6}}}};
-  for (const bool ascending : {true, false}) {
-    const Strokes arrow = SortArrow(item, ascending);
-    for (std::size_t i = 0; i < arrow.size(); ++i) {
-      const ArrowStroke& want = ascending ? up.at(i) : down.at(i);
-      EXPECT_EQ(std::tie(arrow.at(i).light, arrow.at(i).from, arrow.at(i).to),
-                std::tie(want.light, want.from, want.to))
-          << i << ascending;
-    }
-  }
-  EXPECT_EQ(HeaderTextRect(item, false), QRect(106, 0, 88, 24));
-  EXPECT_EQ(HeaderTextRect(item, true), QRect(106, 0, 70, 24));
-}
-
-TEST(SortHeaderTest, NewColumnStartsUpAndTheSameOneTurns) {
-  CSortHeaderCtrl header;
-  EXPECT_EQ(header.GetSortColumn(), -1);
-  EXPECT_TRUE(header.GetAscending());
-  for (const auto& [column, ascending] : {std::pair{2, true}, {2, false}, {2, true}, {0, true}}) {
-    header.SetSortColumn(column);
-    EXPECT_EQ(header.GetSortColumn(), column);
-    EXPECT_EQ(header.GetAscending(), ascending);
-  }
 }
 
 TEST(LinkCellsTest, TextStandsByTheColumnsAlignment) {

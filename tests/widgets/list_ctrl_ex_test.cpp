@@ -46,11 +46,6 @@ class ListCtrlExTest : public testing::Test {
     std::sort(bars.begin(), bars.end(), [](auto* a, auto* b) { return a->y() < b->y(); });
     return bars;
   }
-  bool HintShown() {
-    QCoreApplication::processEvents();
-    const auto* hint = list_.findChild<CTransparentStatic*>(u"hintText"_qs);
-    return hint != nullptr && hint->isVisible();
-  }
   void RightClick(const QPoint& point) {
     QContextMenuEvent event(QContextMenuEvent::Mouse, point, list_.viewport()->mapToGlobal(point));
     QCoreApplication::sendEvent(list_.viewport(), &event);
@@ -129,17 +124,6 @@ TEST_F(ListCtrlExTest, PaintingCausesNoFurtherPainting) {
     QCoreApplication::processEvents();
   }
   EXPECT_EQ(counter.paints, 1);
-}
-
-TEST_F(ListCtrlExTest, HintStandsWhileThereAreNoRows) {
-  list_.EnableHint(true);
-  EXPECT_TRUE(HintShown());
-  Add(1, 1, TransferState::Finished);
-  EXPECT_FALSE(HintShown());
-  model_.removeRows(0, 1);
-  EXPECT_TRUE(HintShown());
-  list_.EnableHint(false);
-  EXPECT_FALSE(HintShown());
 }
 
 TEST_F(ListCtrlExTest, DeleteKeyAsksForTasksThatDoNotRun) {
