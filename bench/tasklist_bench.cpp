@@ -12,18 +12,17 @@
 namespace updown::bench {
 namespace {
 
-RecordChain MakeChain(int records) {
-  RecordChain chain;
+std::vector<StoredRecord> MakeList(int records) {
+  std::vector<StoredRecord> list;
   for (int n = 0; n < records; ++n) {
-    auto record = std::make_shared<TransferRecord>();
-    record->recordId = static_cast<std::uint32_t>(n + 1);
-    record->totalBytes = 5000000;
-    record->doneBytes = 123456;
-    record->SetPaths({"/some package/attachment " + std::to_string(n) + ".bin",
-                      "/home/somebody/received/attachment " + std::to_string(n) + ".bin"});
-    chain.Append(std::move(record));
+    StoredRecord& record = list.emplace_back();
+    record.recordId = static_cast<std::uint32_t>(n + 1);
+    record.totalBytes = 5000000;
+    record.doneBytes = 123456;
+    record.paths = {"/some package/attachment " + std::to_string(n) + ".bin",
+                    "/home/somebody/received/attachment " + std::to_string(n) + ".bin"};
   }
-  return chain;
+  return list;
 }
 
 }  // namespace
@@ -37,13 +36,13 @@ int main(int count, char** arguments) {
   const std::string path = Option(count, arguments, "--dir", "/dev/shm") +
                            "/updown-tasklist-bench-" + std::to_string(getpid());
   for (int records = 1000; records <= most; records *= 10) {
-    const RecordChain chain = MakeChain(records);
+    const std::vector<StoredRecord> list = MakeList(records);
     std::vector<double> save;
     std::vector<double> load;
     for (int run = 0; run < runs; ++run) {
-      save.push_back(Measure([&] { SaveTaskList(chain, path); }).processor);
+      save.push_back(Measure([&] { SaveTaskList(list, path); }).processor);
       load.push_back(Measure([&] {
-                       if (LoadTaskList(path).Size() != static_cast<std::size_t>(records)) {
+                       if (LoadTaskList(path).size() != static_cast<std::size_t>(records)) {
                          std::puts("not all records came back");
                        }
                      }).processor);
