@@ -8,7 +8,9 @@
 #include <utility>
 
 #include "app/command_line.h"
+#include "app/earlier_data.h"
 #include "app/launch_identity.h"
+#include "app/launch_variables.h"
 #include "platform/unique_fd.h"
 #include "resources/strings.h"
 #include "widgets/boxes.h"
@@ -18,6 +20,14 @@ namespace updown {
 namespace {
 
 constexpr int kProgramIcon = 128;
+constexpr char kOptionsText[] =
+    "\n"
+    "  -s SERVICE  name of the file service, resolved by the relay\n"
+    "  -p PORT     its TCP port; 8080 if not given\n"
+    "  --help      this text\n"
+    "  --version   which version this is\n"
+    "\n"
+    "Started by a parent application, which sets eight environment variables: see updown(1).\n";
 
 // Texts of the toolkit's own dialogs, where its translations are installed.
 void TranslateToolkit(AnsiCodePage codePage) {
@@ -31,6 +41,17 @@ void TranslateToolkit(AnsiCodePage codePage) {
   }
 }
 
+// Questions that need neither a display nor a service.
+bool AnswerOnly(const std::vector<std::string>& arguments) {
+  const CommandLine asked = ParseCommandLine(arguments, AnsiCodePage::Western);
+  if (asked.help) {
+    std::printf("%s%s", kUsage, kOptionsText);
+  } else if (asked.version) {
+    std::puts("UpDown " UPDOWN_VERSION);
+  }
+  return asked.help || asked.version;
+}
+
 }  // namespace
 
 CUpDownApp::CUpDownApp(std::vector<std::string> arguments) : arguments_(std::move(arguments)) {}
@@ -38,7 +59,6 @@ CUpDownApp::CUpDownApp(std::vector<std::string> arguments) : arguments_(std::mov
 CUpDownApp::~CUpDownApp() { ExitInstance(); }
 
 bool CUpDownApp::InitInstance() {
-  IgnoreBrokenPipes();
   launch_ = ReadLaunchState();
   SetStringLanguage(launch_.languageId);
   // A second start brings the first one forward whatever its command line says.
@@ -52,17 +72,22 @@ bool CUpDownApp::InitInstance() {
   if (!CheckCommandLine()) {
     return false;
   }
+  TakeOverEarlierData(launch_.identityHash,
+                      EarlierNamesOf(ReadLaunchIdentity(), launch_.CodePage()));
   frame_ = std::make_unique<CMainFrame>(launch_, service_, *instanceEvent_);
-  frame_->LoadFrame();
   QObject::connect(frame_.get(), &CMainFrame::Closed, frame_.get(), [this] {
     closed_ = true;
     QCoreApplication::exit();
   });
-  // Up to here a signal ends the process as usual: nothing is lost, and the frame's making may wait
-  // long for the service.
+  // Before transfers begin. Up to here a signal ends the process at once: nothing is lost, and the
+  // frame's making may wait long for the service.
   signals_ = std::make_unique<TerminationSignals>();
   QObject::connect(signals_.get(), &TerminationSignals::Requested, frame_.get(), &QWidget::close);
-  frame_->show();
+  frame_->LoadFrame();
+  TellLaunchFaults();
+  if (!closed_) {
+    frame_->show();
+  }
   return true;
 }
 
@@ -78,10 +103,27 @@ bool CUpDownApp::CheckCommandLine() {
   launch_.serverName = parameters.serverName;
   launch_.serverPort = parameters.serverPort;
   if (!parameters.Accepted()) {
+    exitCode_ = kUsageError;
+    std::fputs(kUsage, stderr);
+    // While the box stands a right start of this identity is to find no other.
+    instanceEvent_.reset();
     ShowBox(nullptr, Text(StringId::InvalidParameters, u"Invalid parameters!"),
             Text(StringId::ProgramTitle), BoxIcon::Stop);
   }
   return parameters.Accepted();
+}
+
+void CUpDownApp::TellLaunchFaults() {
+  QStringList names;
+  for (const LaunchFault& fault : FindLaunchFaults()) {
+    std::fprintf(stderr, "updown: the variable %s %s\n", fault.name.c_str(),
+                 fault.missing ? "is missing" : "cannot be used");
+    names.append(QString::fromStdString(fault.name));
+  }
+  if (!names.isEmpty()) {
+    frame_->Notices().SetNotice(NoticeBar::Source::Launch,
+                                Text(StringId::BadLaunchVariables) + names.join(u", "_qs));
+  }
 }
 
 void CUpDownApp::Exec() {
@@ -98,14 +140,18 @@ bool CUpDownApp::ExitInstance() {
 }
 
 int RunUpDown(int argc, char** argv, const Preparation& prepare) {
+  InstallSignalHandlers();
   HoldStandardStreams();
   std::vector<std::string> arguments(argv, argv + argc);
+  if (AnswerOnly(arguments)) {
+    return EXIT_SUCCESS;
+  }
   // The toolkit's own options are none of the program's.
   int ownName = argc > 0 ? 1 : 0;
   const QApplication application(ownName, argv);
   CUpDownApp app(std::move(arguments));
   if (!app.InitInstance()) {
-    return 0;
+    return app.ExitCode();
   }
   if (prepare) {
     prepare(app);

@@ -1,27 +1,17 @@
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QStandardPaths>
-#include <algorithm>
-#include <chrono>
 
 #include "app/main_frame.h"
 #include "app/offered_name.h"
-#include "app/task_list_path.h"
 #include "engine/frame_messages.h"
-#include "localdata/files.h"
-#include "localdata/tasklist.h"
 #include "platform/qt/text.h"
-#include "platform/text.h"
 #include "service/result_codes.h"
 #include "widgets/boxes.h"
 
 namespace updown {
 namespace {
-
-constexpr std::chrono::milliseconds kSavePause{200};
-constexpr int kSavePauseFactor = 9;  // saves take at most a tenth of the main thread's time
 
 QString FirstSaveFolder() {
   const QString downloads = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
@@ -67,7 +57,7 @@ bool CMainFrame::AddUserDownload(bool keep, const TaskDraft& draft) {
   }
   context_->schedulerWake.Set();
   // Not only when a worker ends: what the user asked for outlives a crash from here on.
-  RequestSave();
+  keeper_.TasksChanged();
   if (statusWindow_) {
     statusWindow_->showNormal();
     PostWindowMessage(statusWindow_->Handle(), frame_message::kTaskAdded, task->id, 0);
@@ -76,20 +66,16 @@ bool CMainFrame::AddUserDownload(bool keep, const TaskDraft& draft) {
 }
 
 void CMainFrame::AddCacheDownload(bool keep, const TaskDraft& draft) {
-  const std::string target = cache_.PathOf(draft.displayName);
+  const std::string target = cache_.BeginFetch(draft.displayName);
   if (!target.empty() && tasks_.AddDownload(draft, target, keep, FrameWindow())) {
     context_->schedulerWake.Set();
   }
 }
 
-// The next refresh repeats a failed fetch, but passes over what lies in the cache: so the piece
-// that has arrived goes, unless such a repetition writes there already.
-void CMainFrame::DropFailedHeader(const TransferRecord& record) {
-  const RecordPaths paths = record.Paths();
-  if (record.keepAcrossRestart == 0 && record.state == TransferState::Failed &&
-      !tasks_.IsDuplicate(Utf8ToWide(paths.remotePath), TaskStore::DuplicateScope::QueuedOnly)) {
-    DeleteLocalFile(paths.localPath);
-  }
+// True if the record has brought a header that is now in the cache.
+bool CMainFrame::TakeIntoCache(const TransferRecord& record) {
+  return record.keepAcrossRestart == 0 && record.state == TransferState::Finished &&
+         cache_.EndFetch(record.LocalPath());
 }
 
 void CMainFrame::RestoreTasks() {
@@ -100,7 +86,7 @@ void CMainFrame::RestoreTasks() {
 
 void CMainFrame::RemoveTask(TaskId task) {
   tasks_.RemoveTask(task);
-  RequestSave();
+  keeper_.TasksChanged();
 }
 
 bool CMainFrame::IsDuplicateUserTask(const std::u16string& path) {
@@ -113,33 +99,13 @@ bool CMainFrame::IsDuplicateUserTask(const std::u16string& path) {
   return true;
 }
 
-void CMainFrame::RequestSave() {
-  if (saveThrottle_.Request()) {
-    SaveAndPause();
-  }
-}
-
-void CMainFrame::OnSavePause() {
-  if (saveThrottle_.PauseOver()) {
-    SaveAndPause();
+void CMainFrame::OnSavingChanged(int error) {
+  if (error == 0) {
+    notices_->ClearNotice(NoticeBar::Source::TaskList);
   } else {
-    saveTimer_.stop();
-  }
-}
-
-// A list of many thousand tasks is saved less often, or the window would do nothing else while they
-// run.
-void CMainFrame::SaveAndPause() {
-  QElapsedTimer saving;
-  saving.start();
-  SaveTasks();
-  const std::chrono::milliseconds taken(saving.elapsed());
-  saveTimer_.start(static_cast<int>(std::max(kSavePause, kSavePauseFactor * taken).count()), this);
-}
-
-void CMainFrame::SaveTasks() {
-  if (const std::optional<std::string> path = TaskListPath(launch_.identityHash)) {
-    SaveTaskList(tasks_.Records(), *path);
+    notices_->SetNotice(
+        NoticeBar::Source::TaskList,
+        QStringLiteral("%1 [%2]").arg(Text(StringId::ListNotSaved), qt_error_string(error)));
   }
 }
 

@@ -2,6 +2,7 @@
 
 #include <QCloseEvent>
 #include <QShortcut>
+#include <QVBoxLayout>
 #include <chrono>
 
 #include "app/about_box.h"
@@ -9,6 +10,7 @@
 #include "app/pane_layout.h"
 #include "app/report_result.h"
 #include "app/task_list_path.h"
+#include "engine/kept_tasks.h"
 #include "localdata/tasklist.h"
 #include "platform/qt/text.h"
 #include "resources/string_id.h"
@@ -42,9 +44,10 @@ CMainFrame::CMainFrame(const LaunchState& launch, FileService& service,
       context_(MakeContext(service)),
       tasks_(context_->queue, launch),
       cache_(PackageCache::InitPackageCache(launch.identityHash)),
-      session_(service, launch, [this](bool refused) {
-        return AskForLogin(isVisible() ? this : nullptr, refused);
-      }) {
+      session_(service, launch,
+               [this](bool refused) { return AskForLogin(isVisible() ? this : nullptr, refused); }),
+      keeper_(TaskListPath(launch.identityHash),
+              [this] { return KeptRecords(tasks_.Records(), cache_); }) {
   setObjectName(u"mainFrame"_qs);
   LoadStoredTasks();
   target_.emplace([this](const WindowMessage& message) { return WindowProc(message); });
@@ -62,10 +65,7 @@ CMainFrame::~CMainFrame() {
 
 void CMainFrame::LoadStoredTasks() {
   if (const std::optional<std::string> path = TaskListPath(launch_.identityHash)) {
-    tasks_.Records() = LoadTaskList(*path);
-  }
-  for (TransferRecord& record : tasks_.Records()) {
-    record.keepAcrossRestart = 1;
+    tasks_.Records() = RestoredRecords(LoadTaskList(*path), cache_);
   }
 }
 
@@ -97,7 +97,15 @@ void CMainFrame::OnCreateClient() {
   inner_->addWidget(form_);
   outer_->addWidget(tree_);
   outer_->addWidget(inner_);
-  setCentralWidget(outer_.get());
+  notices_ = new NoticeBar;
+  auto* const content = new QWidget;
+  auto* const column = new QVBoxLayout(content);
+  column->setContentsMargins({});
+  column->setSpacing(0);
+  column->addWidget(notices_);
+  column->addWidget(outer_.get(), 1);
+  setCentralWidget(content);
+  connect(&keeper_, &TaskListKeeper::SavingChanged, this, &CMainFrame::OnSavingChanged);
   LayOutPanes();
 
   form_->InitForm();
@@ -153,8 +161,6 @@ void CMainFrame::timerEvent(QTimerEvent* event) {
     if (instanceEvent_.TestAndReset()) {
       RaiseFrame();
     }
-  } else if (event->timerId() == saveTimer_.timerId()) {
-    OnSavePause();
   } else {
     QMainWindow::timerEvent(event);
   }
@@ -178,16 +184,18 @@ bool CMainFrame::ShutDown() {
     return *threadsEnded_;
   }
   instanceTimer_.stop();
-  saveTimer_.stop();
   hide();
   if (statusWindow_) {
     statusWindow_->hide();
   }
-  tasks_.DropUnkeptRecords();
-  SaveTasks();
+  keeper_.BeginEnd();
   // A worker that waits for a listing gets none, and goes on to its end.
   target_.reset();
   threadsEnded_ = !scheduler_ || scheduler_->Stop(kStopLimit);
+  if (*threadsEnded_) {
+    cache_.RemoveUnfinished();
+  }
+  keeper_.WaitForEnd();
   tasks_.Queue().Clear();
   tasks_.Records().Clear();
   statusWindow_.reset();

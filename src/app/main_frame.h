@@ -5,7 +5,7 @@
 #include <memory>
 #include <optional>
 
-#include "app/save_throttle.h"
+#include "app/task_list_keeper.h"
 #include "engine/frame_operations.h"
 #include "engine/scheduler.h"
 #include "packages/my_file_list_form_view.h"
@@ -14,6 +14,7 @@
 #include "platform/instance_event.h"
 #include "platform/qt/message_target.h"
 #include "transfers/transfer_status_dlg.h"
+#include "widgets/notice_bar.h"
 #include "widgets/splitters.h"
 
 namespace updown {
@@ -40,6 +41,7 @@ class CMainFrame final : public QMainWindow, public FrameOperations {
   bool ShutDown();
 
   CTransferStatusDlg* StatusWindow() const { return statusWindow_.get(); }
+  NoticeBar& Notices() { return *notices_; }  // from LoadFrame on
 
   WindowHandle FrameWindow() const override;
   void ReportResult(std::int64_t code) override;
@@ -72,16 +74,13 @@ class CMainFrame final : public QMainWindow, public FrameOperations {
   MessageResult OnFolderMessage(const WindowMessage& message);
   void OnTaskResult(const WindowMessage& message);
   void OnTaskAdded(const WindowMessage& message);
-  void DropFailedHeader(const TransferRecord& record);
   void ShowStatus();
   void ForwardToStatus(std::uint32_t number, const WindowMessage& message);
   bool IsDuplicateUserTask(const std::u16string& path);
 
   std::optional<std::string> AskForTarget(const std::string& displayName);
-  void SaveTasks();
-  void SaveAndPause();
-  void RequestSave();
-  void OnSavePause();
+  bool TakeIntoCache(const TransferRecord& record);
+  void OnSavingChanged(int error);
 
   const LaunchState& launch_;
   FileService& service_;
@@ -94,6 +93,7 @@ class CMainFrame final : public QMainWindow, public FrameOperations {
   std::optional<MessageTarget> target_;
   std::unique_ptr<Scheduler> scheduler_;
 
+  NoticeBar* notices_ = nullptr;
   std::unique_ptr<CMySplitter> outer_;  // tree, and beside it the inner one
   CMySplitter* inner_ = nullptr;        // list above form; panes belong to their splitter
   CMyFolderTree* tree_ = nullptr;
@@ -102,11 +102,10 @@ class CMainFrame final : public QMainWindow, public FrameOperations {
   std::unique_ptr<CTransferStatusDlg> statusWindow_;
 
   QBasicTimer instanceTimer_;
-  QBasicTimer saveTimer_;
-  SaveThrottle saveThrottle_;
   QString saveFolder_;  // where the last target was chosen
   bool laidOut_ = false;
   std::optional<bool> threadsEnded_;  // set by ShutDown
+  TaskListKeeper keeper_;
 };
 
 }  // namespace updown

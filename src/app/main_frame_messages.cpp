@@ -1,7 +1,6 @@
 #include "app/folder_requests.h"
 #include "app/main_frame.h"
 #include "engine/frame_messages.h"
-#include "engine/package.h"
 #include "widgets/busy_pointer.h"
 
 namespace updown {
@@ -27,13 +26,14 @@ MessageResult CMainFrame::WindowProc(const WindowMessage& message) {
       OnTaskAdded(message);
       return 0;
     case frame_message::kBlockDone:
+      keeper_.BlockDone();
       ForwardToStatus(frame_message::kBlockDone, message);
       return 0;
     case frame_message::kWakeScheduler:
       context_->schedulerWake.Set();
       return 0;
     case frame_message::kSaveTaskList:
-      RequestSave();
+      keeper_.TasksChanged();
       return 0;
     case frame_message::kLayOutPanes:
       inner_->refresh();
@@ -91,10 +91,9 @@ void CMainFrame::OnTaskResult(const WindowMessage& message) {
   if (!task->record) {
     return;
   }
-  if (message.lParam == 0 && EndsInIni(task->record->LocalPath())) {
+  if (TakeIntoCache(*task->record)) {
     list_->RefreshHeaderlessRows();
   }
-  DropFailedHeader(*task->record);
 }
 
 void CMainFrame::OnTaskAdded(const WindowMessage& message) {

@@ -9,7 +9,6 @@ namespace {
 
 constexpr std::size_t kPackageDigits = 14;
 constexpr std::string_view kHeaderSection = "Tallbin";
-constexpr std::string_view kIniEnding = ".ini";
 
 // A line break in the notes is the pair of bytes FF FF. What that pair becomes differs with the
 // code page, so it is looked for behind the conversion.
@@ -39,12 +38,6 @@ std::u16string IniNameOf(std::u16string_view package) { return std::u16string(pa
 
 std::u16string StartIniNameOf(std::u16string_view package) {
   return std::u16string(package) + u"_Start.ini";
-}
-
-bool EndsInIni(std::string_view path) {
-  return path.size() >= kIniEnding.size() &&
-         std::equal(kIniEnding.begin(), kIniEnding.end(), path.end() - kIniEnding.size(),
-                    [](char lower, char letter) { return AsciiLower(letter) == lower; });
 }
 
 PackageFiles FindPackageFiles(const PackageCache& cache, std::u16string_view package) {

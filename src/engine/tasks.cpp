@@ -139,6 +139,7 @@ void TaskStore::RestoreTask(const std::shared_ptr<TransferRecord>& record,
       task->childRecord = MakeRecord();
       task->childRecord->parentRecordId = record->recordId;
       task->childRecord->direction = record->direction;
+      task->childRecord->keepAcrossRestart = record->keepAcrossRestart;
       task->childRecord->state = record->state.load();
       AppendRecord(task->childRecord);
     }
@@ -173,18 +174,6 @@ void TaskStore::RemoveTask(TaskId id) {
       recordChain_.Remove(record.get());
     }
   }
-  indexStale_ = true;
-}
-
-void TaskStore::DropUnkeptRecords() {
-  RecordChain kept;
-  while (!recordChain_.Empty()) {
-    auto record = recordChain_.Remove(recordChain_.First());
-    if (record->keepAcrossRestart != 0) {
-      kept.Append(std::move(record));
-    }
-  }
-  recordChain_ = std::move(kept);
   indexStale_ = true;
 }
 

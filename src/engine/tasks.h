@@ -157,9 +157,6 @@ class TaskStore {
   // lives on until the worker has ended.
   void RemoveTask(TaskId id);
 
-  // The first step of the frame's end: records that are not kept go.
-  void DropUnkeptRecords();
-
  private:
   RecordIndex& Index() const;
   std::shared_ptr<TransferRecord> MakeRecord() const;

@@ -5,6 +5,7 @@
 #include "engine/folder_walk.h"
 #include "engine/frame_messages.h"
 #include "platform/folders.h"
+#include "service/result_codes.h"
 #include "service/transfer.h"
 
 namespace updown {
@@ -79,6 +80,9 @@ void PostToFrame(WindowHandle frame, std::uint32_t number, WideParam wParam,
 
 void WorkerProgress::BlockDone(TransferRecord& record) {
   context_.workersStop.WaitFor(context_.pace);
+  if (record.keepAcrossRestart == 0) {
+    return;  // no row shows it, and no list stores it
+  }
   const std::uint32_t topRecord =
       record.parentRecordId != 0 ? record.parentRecordId : record.recordId;
   PostToFrame(owner_, frame_message::kBlockDone, topRecord, 0);
@@ -97,8 +101,11 @@ int RunTransferWorker(SchedulerContext& context, const TaskPointer& task, std::u
     return 1;
   }
   const int outcome = RunGuarded(context, *task);
+  task->record->resultCode = result::WithoutSign(outcome);
   PostToFrame(task->ownerWindow, frame_message::kTaskResult, task->id, outcome);
-  PostToFrame(task->ownerWindow, frame_message::kSaveTaskList, 0, 0);
+  if (task->record->keepAcrossRestart != 0) {
+    PostToFrame(task->ownerWindow, frame_message::kSaveTaskList, 0, 0);
+  }
   task->EndRun(run);
   return outcome;
 }

@@ -83,6 +83,11 @@ enum class StringId : std::uint32_t {
   FolderTreeName = 100400,
   PackageListName = 100401,
   PackageFormName = 100402,
+
+  // The line above the panes.
+  CloseNotice = 100500,
+  ListNotSaved = 100501,
+  BadLaunchVariables = 100502,
 };
 
 }  // namespace updown

@@ -33,6 +33,9 @@ void RowUpdates::AddRow(const TaskPointer& task) {
   texts[2] = FromUtf8(FormatKiloBytes(task->Bytes()));
   const RowImage first = upload ? RowImage::WaitingUpload : RowImage::WaitingDownload;
   model_.Append(task, std::move(texts), ImageOfState(record.state, record.direction, first));
+  if (record.state == TransferState::Failed && record.resultCode != 0) {
+    ShowCode(model_.RowOfTask(task->id), *task, TransferState::Failed, record.resultCode);
+  }
 }
 
 void RowUpdates::UpdateRowProgress(std::uint32_t recordId) {

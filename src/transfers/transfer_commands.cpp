@@ -71,6 +71,8 @@ void TransferCommands::Run(StatusCommand command, int row) {
 void TransferCommands::PauseTask(const TransferTask& task) {
   StopRecords(task);
   model_.Touch(model_.RowOfTask(task.id));
+  // A pause that a kill undid would surprise.
+  PostToFrame(frame_message::kSaveTaskList);
 }
 
 void TransferCommands::ResumeTask(TransferTask& task) {
@@ -200,9 +202,11 @@ bool TransferCommands::Asked(StringId question, std::u16string_view fallback) {
   return Confirm(owner_, question, fallback) && alive;
 }
 
-void TransferCommands::WakeScheduler() {
+void TransferCommands::WakeScheduler() { PostToFrame(frame_message::kWakeScheduler); }
+
+void TransferCommands::PostToFrame(std::uint32_t number) {
   if (IsWindow(frameWindow_)) {
-    PostWindowMessage(frameWindow_, frame_message::kWakeScheduler, 0, 0);
+    PostWindowMessage(frameWindow_, number, 0, 0);
   }
 }
 

@@ -40,6 +40,7 @@ class TransferCommands {
   bool Asked(StringId question, std::u16string_view fallback);
   void StartAgain(TransferTask& task);
   void WakeScheduler();
+  void PostToFrame(std::uint32_t number);
 
   FrameOperations& frame_;
   const TickCounter& ticks_;

@@ -5,7 +5,6 @@
 
 #include "app/offered_name.h"
 #include "app/report_result.h"
-#include "app/save_throttle.h"
 #include "app/task_list_path.h"
 #include "resources/strings.h"
 #include "service/result_codes.h"
@@ -32,15 +31,6 @@ TEST(ReportResultTest, WordsCodes) {
     EXPECT_EQ(ReportText(code), text);
   }
   SetStringLanguage(1033);
-}
-
-TEST(SaveThrottleTest, KeepsTheLastRequestOfABurst) {
-  SaveThrottle throttle;
-  EXPECT_TRUE(throttle.Request());
-  EXPECT_FALSE(throttle.Request());
-  EXPECT_TRUE(throttle.PauseOver()) << "what came in the pause is saved at its end";
-  EXPECT_FALSE(throttle.PauseOver());
-  EXPECT_TRUE(throttle.Request());
 }
 
 TEST(OfferedNameTest, OffersTheLastComponentOnly) {
