@@ -13,6 +13,7 @@
 #include <thread>
 
 #include "app/main_frame.h"
+#include "engine/frame_messages.h"
 #include "localdata/tasklist.h"
 #include "service/messages.h"
 #include "tests/app/served_launch.h"
@@ -47,10 +48,16 @@ class FrameTest : public testing::Test {
     return QTest::qWaitFor([root] { return root->childCount() == 4; }, kPatienceMs);
   }
 
-  // A task whose file goes into the cache, where nobody is asked for its place.
+  // A user's task without the question for its place, or a fetch of a header.
   void Fetch(bool keep, const std::string& name) {
-    frame_->AddCacheDownload(keep, DraftOf(*frame_, name, "/notes/x.bin"));
+    const TaskDraft draft = DraftOf(*frame_, name, "/notes/x.bin");
+    if (keep) {
+      frame_->Tasks().AddDownload(draft, served_->DataFolder() + "/" + name, keep,
+                                  frame_->FrameWindow());
+    }
+    frame_->AddCacheDownload(false, draft);  // wakes the scheduler
   }
+  std::vector<StoredRecord> Stored() const { return LoadTaskList(served_->TaskListFile()); }
 
   void ExpectEndsInTime() {
     QElapsedTimer timer;
@@ -101,20 +108,17 @@ TEST_F(FrameTest, EndsInTimeWhateverAWorkerWaitsFor) {
     Fetch(true, "x.bin");
     ASSERT_TRUE(QTest::qWaitFor([&] { return served_->Saw(stalled); }, kPatienceMs)) << stalled;
     ExpectEndsInTime();
-    EXPECT_EQ(LoadTaskList(served_->TaskListFile()).Size(), 1U) << stalled;
+    EXPECT_EQ(Stored().size(), 1U) << stalled;
     frame_.reset();
   }
 }
 
 // Its listing is the main thread's to make, and the main thread is on its way out.
 TEST_F(FrameTest, EndsInTimeWhileAWorkerAsksForAListing) {
-  RecordChain stored;
-  stored.Append(std::make_shared<TransferRecord>(StoredRecord{
-      .paths = {"/notes", served_->DataFolder() + "/notes"}, .recordId = 1, .isFolder = 1}));
-  stored.Append(std::make_shared<TransferRecord>(StoredRecord{
-      .paths = {}, .recordId = 2, .parentRecordId = 1, .state = TransferState::Stopped}));
   std::filesystem::create_directories(served_->DataFolder() + "/oxapp");
-  SaveTaskList(stored, served_->TaskListFile());
+  SaveTaskList(
+      {{{.paths = {"/notes", served_->DataFolder() + "/notes"}, .recordId = 1, .isFolder = 1}}},
+      served_->TaskListFile());
   Open();
   QElapsedTimer patience;
   patience.start();
@@ -125,7 +129,7 @@ TEST_F(FrameTest, EndsInTimeWhileAWorkerAsksForAListing) {
   }
   ASSERT_TRUE(running);
   ExpectEndsInTime();
-  EXPECT_EQ(LoadTaskList(served_->TaskListFile()).Size(), 2U);
+  EXPECT_EQ(Stored().front().isFolder, 1U);
 }
 
 TEST_F(FrameTest, KeepsUserTasksAndDropsHiddenOnesAtItsEnd) {
@@ -135,12 +139,16 @@ TEST_F(FrameTest, KeepsUserTasksAndDropsHiddenOnesAtItsEnd) {
       {.kind = Kind::Stall, .message = message::kFileInformation, .times = 0});
   Fetch(true, "kept");
   Fetch(false, "hidden");
-  Fetch(true, "../out");
+  Fetch(false, "../out");
+  const std::string cache = frame_->Cache().Root();
   frame_.reset();
-  const RecordChain stored = LoadTaskList(served_->TaskListFile());
-  ASSERT_EQ(stored.Size(), 1U);
-  EXPECT_TRUE(stored.First()->LocalPath().ends_with("/kept"));
-  EXPECT_EQ(stored.First()->state.load(), TransferState::Queued) << "goes on at the next start";
+  const std::vector<StoredRecord> stored = Stored();
+  ASSERT_EQ(stored.size(), 1U);
+  EXPECT_TRUE(stored[0].paths.localPath.ends_with("/kept"));
+  EXPECT_EQ(stored[0].state, TransferState::Queued) << "goes on at the next start";
+  for (const auto& file : std::filesystem::directory_iterator(cache)) {
+    EXPECT_EQ(file.path().extension(), ".ini") << "nothing unfinished stays";
+  }
 }
 
 TEST_F(FrameTest, FetchesAHeaderAgainThatWasCutOff) {
@@ -164,6 +172,25 @@ TEST_F(FrameTest, FetchesAHeaderAgainThatWasCutOff) {
         return arrived() == sent;
       },
       kPatienceMs));
+}
+
+// A folder in the place of the temporary file makes every save fail.
+TEST_F(FrameTest, TellsThatTheListIsNotSaved) {
+  Open();
+  ASSERT_TRUE(Listed());
+  served_->Service().AddFault(
+      {.kind = Kind::Stall, .message = message::kFileInformation, .times = 0});
+  const auto* const bar = frame_->findChild<NoticeBar*>();
+  EXPECT_FALSE(bar->isVisible());
+  const std::string hindrance = served_->TaskListFile() + ".tmp";
+  std::filesystem::create_directory(hindrance);
+  Fetch(true, "kept");
+  PostWindowMessage(frame_->FrameWindow(), frame_message::kSaveTaskList, 0, 0);
+  EXPECT_TRUE(QTest::qWaitFor([bar] { return bar->isVisible(); }, kPatienceMs));
+  EXPECT_TRUE(bar->findChild<QLabel*>()->text().startsWith(u"The list of transfers"_qs));
+  std::filesystem::remove(hindrance);
+  frame_.reset();
+  EXPECT_EQ(Stored().size(), 1U) << "the end tries once more";
 }
 
 TEST_F(FrameTest, AsksForALoginBeforeThereIsAWindow) {

@@ -94,6 +94,16 @@ TEST_F(StatusRows, ShowsACodeUnlessTheTaskStoppedOrFinished) {
   }
 }
 
+TEST_F(StatusRows, ARestoredFailureTellsItsReason) {
+  const TaskPointer task = frame_.Tasks().CreateTask();
+  task->record->state = State::Failed;
+  task->record->resultCode = result::WithoutSign(result::kAuthentication);
+  Send(frame_message::kTaskAdded, task->id, 0);
+  EXPECT_EQ(Cell(0, Column::Transferred),
+            "Authentication failed, please correct your user name and password.");
+  EXPECT_EQ(task->lastResult, 8198) << "so that Resume opens the session anew";
+}
+
 TEST_F(StatusRows, FindsRowsAfterARemovalAbove) {
   const TaskPointer first = AddTask(State::Stopped);
   const TaskPointer second = AddTask(State::Queued, 0, 9000);
