@@ -62,9 +62,11 @@ class Client {
   Client(const std::string& folder, std::uint32_t seed, const peer::StandIn& service) {
     std::vector<std::string> variables;
     for (const auto& [name, value] : service.Environment()) {
-      variables.push_back(name + "=" + value);
+      variables.push_back(name);
+      variables.back().append("=").append(value);
     }
     std::vector<char*> environment;
+    environment.reserve(variables.size() + 1);
     for (std::string& variable : variables) {
       environment.push_back(variable.data());
     }
