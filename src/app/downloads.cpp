@@ -7,9 +7,7 @@
 #include <utility>
 
 #include "localdata/file_names.h"
-#include "localdata/files.h"
 #include "platform/qt/text.h"
-#include "platform/text.h"
 #include "resources/qt/texts.h"
 #include "service/result_codes.h"
 #include "widgets/message_boxes.h"
@@ -77,20 +75,15 @@ bool Downloads::SaveFile(const std::string& name, const std::string& path) {
 }
 
 void Downloads::FetchHeader(const std::string& name, const std::string& path) {
-  const std::string target = cache_.PathOf(name);
+  const std::string target = cache_.BeginFetch(name);
   if (!target.empty() && tasks_.AddDownload(DraftOf(name, path), target, false)) {
     context_->schedulerWake.Set();
   }
 }
 
-// The next refresh repeats a failed fetch, but passes over what lies in the cache: so the piece
-// that has arrived goes, unless such a repetition writes there already.
-void Downloads::DropFailedHeader(const TransferRecord& record) {
-  const RecordPaths paths = record.Paths();
-  if (record.keepAcrossRestart == 0 && record.state == TransferState::Failed &&
-      !tasks_.IsDuplicate(Utf8ToWide(paths.remotePath), TaskStore::DuplicateScope::QueuedOnly)) {
-    DeleteLocalFile(paths.localPath);
-  }
+bool Downloads::TakeIntoCache(const TransferRecord& record) {
+  return record.keepAcrossRestart == 0 && record.state == TransferState::Finished &&
+         cache_.EndFetch(record.LocalPath());
 }
 
 void Downloads::RestoreTasks() {

@@ -29,8 +29,8 @@ class Downloads : public QObject, public PackageDownloads, public TransferTasks 
 
   TaskStore& Tasks() { return tasks_; }
 
-  // Takes a header file that came in part out of the cache.
-  void DropFailedHeader(const TransferRecord& record);
+  // True if the record has brought a header that is now in the cache.
+  bool TakeIntoCache(const TransferRecord& record);
 
   void RestoreTasks() override;
   bool IsQueued(const std::u16string& path) override;
@@ -41,6 +41,7 @@ class Downloads : public QObject, public PackageDownloads, public TransferTasks 
 
   TaskPointer Find(TaskId task) const override { return tasks_.Find(task); }
   void RemoveTask(TaskId task) override;
+  void TasksChanged() override { Q_EMIT SaveNeeded(); }
   std::optional<std::string> RenewSession() override;
   void WakeScheduler() override;
 

@@ -2,6 +2,7 @@
 
 #include <QCloseEvent>
 #include <QShortcut>
+#include <QVBoxLayout>
 #include <chrono>
 
 #include "app/about_box.h"
@@ -9,6 +10,7 @@
 #include "app/main_thread_lister.h"
 #include "app/pane_layout.h"
 #include "app/task_list_path.h"
+#include "engine/kept_tasks.h"
 #include "engine/posted_events.h"
 #include "localdata/tasklist.h"
 #include "packages/pane_links.h"
@@ -45,7 +47,8 @@ MainWindow::MainWindow(const LaunchState& launch, FileService& service,
                [this](bool refused) { return AskForLogin(isVisible() ? this : nullptr, refused); }),
       requests_(session_, *this),
       downloads_(launch, cache_, requests_, mainThread_, context_, *this),
-      saving_(downloads_.Tasks(), launch) {
+      keeper_(TaskListPath(launch.identityHash),
+              [this] { return KeptRecords(Tasks().Records(), cache_); }) {
   setObjectName(u"mainWindow"_qs);
   LoadStoredTasks();
   ConnectEngine();
@@ -67,7 +70,7 @@ MainWindow::~MainWindow() {
 
 void MainWindow::LoadStoredTasks() {
   if (const std::optional<std::string> path = TaskListPath(launch_.identityHash)) {
-    for (const auto& record : LoadTaskList(*path)) {
+    for (const auto& record : RestoredRecords(LoadTaskList(*path), cache_)) {
       Tasks().AddStoredRecord(record);
     }
   }
@@ -79,7 +82,7 @@ void MainWindow::ConnectEngine() {
   context_->lister = std::make_shared<MainThreadLister>(
       mainThread_.Calls(),
       [this](const std::string& path) { return requests_.ListFolder(Utf8ToWide(path)); });
-  connect(&downloads_, &Downloads::SaveNeeded, &saving_, &TaskListSaving::Request);
+  connect(&downloads_, &Downloads::SaveNeeded, &keeper_, &TaskListKeeper::TasksChanged);
   connect(&downloads_, &Downloads::TaskAdded, this, &MainWindow::ShowAddedTask);
   connect(&downloads_, &Downloads::TaskRestored, this, &MainWindow::ShowRestoredTask);
 }
@@ -106,7 +109,15 @@ void MainWindow::CreatePanes() {
   inner_->addWidget(form_);
   outer_->addWidget(tree_);
   outer_->addWidget(inner_);
-  setCentralWidget(outer_.get());
+  notices_ = new NoticeBar;
+  auto* const content = new QWidget;
+  auto* const column = new QVBoxLayout(content);
+  column->setContentsMargins({});
+  column->setSpacing(0);
+  column->addWidget(notices_);
+  column->addWidget(outer_.get(), 1);
+  setCentralWidget(content);
+  connect(&keeper_, &TaskListKeeper::SavingChanged, this, &MainWindow::OnSavingChanged);
   LayOutPanes();
   ConnectPanes();
   downloads_.RestoreTasks();
@@ -185,11 +196,14 @@ bool MainWindow::ShutDown() {
   if (statusWindow_) {
     statusWindow_->hide();
   }
-  Tasks().DropUnkeptRecords();
-  saving_.SaveAtEnd();
+  keeper_.BeginEnd();
   // A worker that waits for a listing gets none, and goes on to its end.
   mainThread_.Close();
   threadsEnded_ = !scheduler_ || scheduler_->Stop(kStopLimit);
+  if (*threadsEnded_) {
+    cache_.RemoveUnfinished();
+  }
+  keeper_.WaitForEnd();
   Tasks().Clear();
   statusWindow_.reset();
   return *threadsEnded_;

@@ -6,7 +6,7 @@
 #include <optional>
 
 #include "app/downloads.h"
-#include "app/task_list_saving.h"
+#include "app/task_list_keeper.h"
 #include "app/window_requests.h"
 #include "engine/engine_events.h"
 #include "engine/scheduler.h"
@@ -16,6 +16,7 @@
 #include "platform/instance_event.h"
 #include "platform/qt/main_thread.h"
 #include "transfers/transfer_status_dlg.h"
+#include "widgets/notice_bar.h"
 #include "widgets/splitters.h"
 
 namespace updown {
@@ -41,6 +42,7 @@ class MainWindow final : public QMainWindow, private EngineEvents {
   TaskStore& Tasks() { return downloads_.Tasks(); }
   SharedSession& Session() { return session_; }
   const PackageCache& Cache() const { return cache_; }
+  NoticeBar& Notices() { return *notices_; }
 
  Q_SIGNALS:
   void Closed();  // the window has gone; what remains is ShutDown
@@ -65,6 +67,7 @@ class MainWindow final : public QMainWindow, private EngineEvents {
   void BlockDone(TaskId task) noexcept override;
   void TaskEnded(TaskId task, const TransferResult& result) noexcept override;
   void SaveNeeded() noexcept override;
+  void OnSavingChanged(int error);
   void ShowAddedTask(TaskId task);
   void ShowRestoredTask(TaskId task);
   template <typename News>
@@ -79,9 +82,9 @@ class MainWindow final : public QMainWindow, private EngineEvents {
   SharedSession session_;
   WindowRequests requests_;
   Downloads downloads_;
-  TaskListSaving saving_;
   std::unique_ptr<Scheduler> scheduler_;
 
+  NoticeBar* notices_ = nullptr;
   std::unique_ptr<CMySplitter> outer_;  // tree, and beside it the inner one
   CMySplitter* inner_ = nullptr;        // list above form; panes belong to their splitter
   CMyFolderTree* tree_ = nullptr;
@@ -92,6 +95,7 @@ class MainWindow final : public QMainWindow, private EngineEvents {
   QBasicTimer instanceTimer_;
   bool laidOut_ = false;
   std::optional<bool> threadsEnded_;  // set by ShutDown
+  TaskListKeeper keeper_;
 };
 
 }  // namespace updown

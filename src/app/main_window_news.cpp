@@ -1,5 +1,5 @@
 #include "app/main_window.h"
-#include "engine/package.h"
+#include "resources/qt/texts.h"
 
 // What the engine tells, on the main thread.
 
@@ -22,6 +22,7 @@ void MainWindow::TaskStarted(TaskId task) noexcept {
 }
 
 void MainWindow::BlockDone(TaskId task) noexcept {
+  keeper_.BlockDone();
   TellStatus([task](CTransferStatusDlg& status) { status.ShowBlock(task); });
 }
 
@@ -34,13 +35,22 @@ void MainWindow::TaskEnded(TaskId task, const TransferResult& result) noexcept {
   if (!ended->record) {
     return;
   }
-  if (result.code == 0 && EndsInIni(ended->record->LocalPath())) {
+  if (downloads_.TakeIntoCache(*ended->record)) {
     list_->RefreshHeaderlessRows();
   }
-  downloads_.DropFailedHeader(*ended->record);
 }
 
-void MainWindow::SaveNeeded() noexcept { saving_.Request(); }
+void MainWindow::SaveNeeded() noexcept { keeper_.TasksChanged(); }
+
+void MainWindow::OnSavingChanged(int error) {
+  if (error == 0) {
+    notices_->ClearNotice(NoticeBar::Source::TaskList);
+  } else {
+    notices_->SetNotice(
+        NoticeBar::Source::TaskList,
+        QStringLiteral("%1 [%2]").arg(Text(StringId::ListNotSaved), qt_error_string(error)));
+  }
+}
 
 void MainWindow::ShowAddedTask(TaskId task) {
   if (statusWindow_) {

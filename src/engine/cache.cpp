@@ -1,5 +1,10 @@
 #include "engine/cache.h"
 
+#include <sys/stat.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 #include "localdata/file_names.h"
@@ -10,23 +15,37 @@ namespace updown {
 namespace {
 
 constexpr char kProgramFolder[] = "/oxapp";
-constexpr char kCacheFolder[] = "/INICache";
+constexpr std::string_view kCacheFolder = "/INICache";
+// No header's name ends so: they all end in ".ini".
+constexpr std::string_view kUnfinished = ".part";
+
+std::string ProgramFolder() {
+  const auto applicationData = ApplicationDataFolder();
+  return applicationData ? *applicationData + kProgramFolder : ExecutableFolder();
+}
+
+// What all caches of this user lie in, when `root` is one of them; else `root` itself.
+std::string_view FolderOfCaches(std::string_view root) {
+  const std::string_view parent = root.substr(0, root.rfind('/'));
+  return parent.ends_with(kCacheFolder) ? parent : root;
+}
 
 }  // namespace
 
+std::string PackageCache::RootOf(const std::string& identityHash) {
+  return ProgramFolder().append(kCacheFolder) + "/" + identityHash;
+}
+
 PackageCache PackageCache::InitPackageCache(const std::string& identityHash) {
-  std::string folder;
-  if (const auto applicationData = ApplicationDataFolder()) {
-    folder = *applicationData + kProgramFolder;
-    MakeFolder(folder);
-  } else {
-    folder = ExecutableFolder();
-  }
+  std::string folder = ProgramFolder();
+  MakeFolder(folder);
   folder += kCacheFolder;
   MakeFolder(folder);
   folder += "/" + identityHash;
   MakeFolder(folder);
-  return PackageCache(folder);
+  PackageCache cache(folder);
+  cache.RemoveUnfinished();
+  return cache;
 }
 
 PackageCache::PackageCache(std::string packageCacheRoot)
@@ -36,15 +55,51 @@ std::string PackageCache::PathOf(std::string_view name) const {
   return IsSafeName(name) ? packageCacheRoot_ + "/" + std::string(name) : std::string();
 }
 
+// An empty file is what an earlier version left when it was closed in mid-fetch. A name that stands
+// for something else than a file cannot be fetched.
 bool PackageCache::IsPackageIniCached(std::string_view name) const {
   const std::string path = PathOf(name);
-  return !path.empty() && PathExists(path);
+  struct stat status {};
+  return !path.empty() && lstat(path.c_str(), &status) == 0 &&
+         (!S_ISREG(status.st_mode) || status.st_size > 0);
 }
 
 void PackageCache::Delete(std::string_view name) const {
   if (const std::string path = PathOf(name); !path.empty()) {
     DeleteLocalFile(path);
   }
+}
+
+std::string PackageCache::BeginFetch(std::string_view name) const {
+  std::string path = PathOf(name);
+  if (!path.empty()) {
+    path += kUnfinished;
+    DeleteLocalFile(path);
+  }
+  return path;
+}
+
+bool PackageCache::EndFetch(const std::string& fetchPath) const {
+  if (!Holds(fetchPath) || !fetchPath.ends_with(kUnfinished)) {
+    return false;
+  }
+  const std::string path = fetchPath.substr(0, fetchPath.size() - kUnfinished.size());
+  return std::rename(fetchPath.c_str(), path.c_str()) == 0;
+}
+
+void PackageCache::RemoveUnfinished() const {
+  std::error_code error;
+  for (std::filesystem::directory_iterator file(packageCacheRoot_, error), end;
+       !error && file != end; file.increment(error)) {
+    if (file->path().native().ends_with(kUnfinished)) {
+      DeleteLocalFile(file->path().native());
+    }
+  }
+}
+
+bool PackageCache::Holds(std::string_view path) const {
+  const std::string_view caches = FolderOfCaches(packageCacheRoot_);
+  return path.starts_with(caches) && path.substr(caches.size()).starts_with('/');
 }
 
 }  // namespace updown

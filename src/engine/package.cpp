@@ -9,7 +9,6 @@ namespace {
 
 constexpr std::size_t kPackageDigits = 14;
 constexpr std::string_view kHeaderSection = "Tallbin";
-constexpr std::string_view kIniEnding = ".ini";
 
 // A line break in the notes is the pair of bytes FF FF. What that pair becomes differs with the
 // code page, so it is looked for behind the conversion.
@@ -41,12 +40,6 @@ std::u16string StartIniNameOf(std::u16string_view package) {
   return std::u16string(package) + u"_Start.ini";
 }
 
-bool EndsInIni(std::string_view path) {
-  return path.size() >= kIniEnding.size() &&
-         std::equal(kIniEnding.begin(), kIniEnding.end(), path.end() - kIniEnding.size(),
-                    [](char lower, char letter) { return AsciiLower(letter) == lower; });
-}
-
 PackageFiles FindPackageFiles(const PackageCache& cache, std::u16string_view package) {
   PackageFiles files;
   if (package.empty()) {
@@ -71,7 +64,7 @@ PackageHeader ReadPackageHeader(const std::string& path, AnsiCodePage codePage) 
   IniFile file(path);
   file.Read();
   const auto value = [&file, codePage](std::string_view key) {
-    return AnsiToWide(file.GetValue(kHeaderSection, key, ""), codePage);
+    return AnsiToWide(file.GetValue(kHeaderSection, key), codePage);
   };
   return {.from = value("TXT_From"),
           .sendTime = value("Send_Time"),

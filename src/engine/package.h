@@ -17,9 +17,6 @@ bool IsPackageName(std::u16string_view name);
 std::u16string IniNameOf(std::u16string_view package);       // name + ".ini"
 std::u16string StartIniNameOf(std::u16string_view package);  // name + "_Start.ini"
 
-// True if a file's service name or local path ends in ".ini", without regard to case.
-bool EndsInIni(std::string_view path);
-
 // Which header files the cache holds, and so which is read and what the package's status is.
 struct PackageFiles {
   std::string readPath;                    // the file to read; empty if there is none

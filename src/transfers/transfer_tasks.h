@@ -15,6 +15,8 @@ class TransferTasks {
   virtual TaskPointer Find(TaskId task) const = 0;
   virtual bool StreamLimitReached() const = 0;
   virtual void RemoveTask(TaskId task) = 0;
+  // What the stored list says of a task is out of date.
+  virtual void TasksChanged() = 0;
 
   // Opens the session anew: what transfers present from now on; nothing if it cannot be opened.
   // The user may be asked for a login meanwhile.

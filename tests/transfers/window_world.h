@@ -31,6 +31,7 @@ class FakeTasks : public TransferTasks {
   TaskPointer Find(TaskId task) const override { return store.Find(task); }
   bool StreamLimitReached() const override { return store.StreamLimitReached(); }
   void RemoveTask(TaskId task) override { store.RemoveTask(task); }
+  void TasksChanged() override { log.emplace_back("save"); }
   std::optional<std::string> RenewSession() override {
     session.Session().Close();
     return session.Session().OpenSharedSession().open ? std::optional(session.Session().Sessid())
