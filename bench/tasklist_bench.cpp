@@ -12,16 +12,15 @@
 namespace updown::bench {
 namespace {
 
-RecordList MakeList(int records) {
-  RecordList list;
+std::vector<StoredRecord> MakeList(int records) {
+  std::vector<StoredRecord> list;
   for (int n = 0; n < records; ++n) {
-    auto record = std::make_shared<TransferRecord>();
-    record->recordId = static_cast<std::uint32_t>(n + 1);
-    record->totalBytes = 5000000;
-    record->doneBytes = 123456;
-    record->SetPaths({"/some package/attachment " + std::to_string(n) + ".bin",
-                      "/home/somebody/received/attachment " + std::to_string(n) + ".bin"});
-    list.push_back(std::move(record));
+    StoredRecord& record = list.emplace_back();
+    record.recordId = static_cast<std::uint32_t>(n + 1);
+    record.totalBytes = 5000000;
+    record.doneBytes = 123456;
+    record.paths = {"/some package/attachment " + std::to_string(n) + ".bin",
+                    "/home/somebody/received/attachment " + std::to_string(n) + ".bin"};
   }
   return list;
 }
@@ -37,7 +36,7 @@ int main(int count, char** arguments) {
   const std::string path = Option(count, arguments, "--dir", "/dev/shm") +
                            "/updown-tasklist-bench-" + std::to_string(getpid());
   for (int records = 1000; records <= most; records *= 10) {
-    const RecordList list = MakeList(records);
+    const std::vector<StoredRecord> list = MakeList(records);
     std::vector<double> save;
     std::vector<double> load;
     for (int run = 0; run < runs; ++run) {

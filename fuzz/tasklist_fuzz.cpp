@@ -3,15 +3,14 @@
 #include <cstdint>
 #include <cstdlib>
 #include <string>
+#include <vector>
 
 #include "fuzz/memory_file.h"
 #include "localdata/tasklist.h"
 
 namespace {
 
-bool SameRecord(const updown::TransferRecord& a, const updown::TransferRecord& b) {
-  const updown::StoredRecord left = a.Store();
-  const updown::StoredRecord right = b.Store();
+bool SameRecord(const updown::StoredRecord& left, const updown::StoredRecord& right) {
   return left.paths.remotePath == right.paths.remotePath &&
          left.paths.localPath == right.paths.localPath && left.totalBytes == right.totalBytes &&
          left.doneBytes == right.doneBytes && left.remoteTime == right.remoteTime &&
@@ -26,23 +25,23 @@ bool SameRecord(const updown::TransferRecord& a, const updown::TransferRecord& b
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const std::string path = "/dev/shm/updown-tasklist-fuzz-" + std::to_string(getpid());
   const updown::fuzz::MemoryFile input({data, size});
-  const updown::RecordList loaded = updown::LoadTaskList(input.Path());
-  updown::SaveTaskList(loaded, path);
-  const updown::RecordList back = updown::LoadTaskList(path);
+  const std::vector<updown::StoredRecord> loaded = updown::LoadTaskList(input.Path());
+  if (updown::SaveTaskList(loaded, path) != 0) {
+    std::abort();
+  }
+  const std::vector<updown::StoredRecord> back = updown::LoadTaskList(path);
   unlink(path.c_str());
-  auto record = back.begin();
-  for (const auto& original : loaded) {
-    const updown::RecordPaths paths = original->Paths();
-    const bool fits = paths.remotePath.size() + paths.localPath.size() <= 961;
-    if (original->state == updown::TransferState::Finished || !fits) {
+  auto next = back.begin();
+  for (const updown::StoredRecord& original : loaded) {
+    const bool fits = original.paths.remotePath.size() + original.paths.localPath.size() <= 961;
+    if (original.state == updown::TransferState::Finished || !fits) {
       continue;
     }
-    if (record == back.end() || !SameRecord(*original, **record)) {
+    if (next == back.end() || !SameRecord(original, *next++)) {
       std::abort();
     }
-    ++record;
   }
-  if (record != back.end()) {
+  if (next != back.end()) {
     std::abort();
   }
   return 0;

@@ -8,7 +8,9 @@
 #include <utility>
 
 #include "app/command_line.h"
+#include "app/earlier_data.h"
 #include "app/launch_identity.h"
+#include "app/launch_variables.h"
 #include "platform/qt/text.h"
 #include "platform/unique_fd.h"
 #include "resources/qt/texts.h"
@@ -18,6 +20,15 @@
 
 namespace updown {
 namespace {
+
+constexpr char kOptionsText[] =
+    "\n"
+    "  -s SERVICE  name of the file service, resolved by the relay\n"
+    "  -p PORT     its TCP port; 8080 if not given\n"
+    "  --help      this text\n"
+    "  --version   which version this is\n"
+    "\n"
+    "Started by a parent application, which sets eight environment variables: see updown(1).\n";
 
 // Texts of the toolkit's own dialogs, where its translations are installed.
 void TranslateToolkit() {
@@ -29,6 +40,17 @@ void TranslateToolkit() {
   }
 }
 
+// Questions that need neither a display nor a service.
+bool AnswerOnly(const std::vector<std::string>& arguments) {
+  const CommandLine asked = ParseCommandLine(arguments, AnsiCodePage::Western);
+  if (asked.help) {
+    std::printf("%s%s", kUsage, kOptionsText);
+  } else if (asked.version) {
+    std::puts("UpDown " UPDOWN_VERSION);
+  }
+  return asked.help || asked.version;
+}
+
 }  // namespace
 
 Application::Application(std::vector<std::string> arguments) : arguments_(std::move(arguments)) {}
@@ -36,7 +58,6 @@ Application::Application(std::vector<std::string> arguments) : arguments_(std::m
 Application::~Application() { ShutDown(); }
 
 bool Application::Start() {
-  IgnoreBrokenPipes();
   launch_ = ReadLaunchState();
   SetStringLanguage(launch_.languageId);
   // A second start brings the first one forward whatever its command line says.
@@ -50,16 +71,20 @@ bool Application::Start() {
   if (!CheckCommandLine()) {
     return false;
   }
+  TakeOverEarlierData(launch_.identityHash,
+                      EarlierNamesOf(ReadLaunchIdentity(), launch_.CodePage()));
+  // Before transfers begin. Up to here a signal ends the process at once: nothing is lost.
+  signals_ = std::make_unique<TerminationSignals>();
   window_ = std::make_unique<MainWindow>(launch_, service_, *instanceEvent_);
   QObject::connect(window_.get(), &MainWindow::Closed, window_.get(), [this] {
     closed_ = true;
     QCoreApplication::exit();
   });
-  // Up to here a signal ends the process as usual: nothing is lost, and the window's making may
-  // wait long for the service.
-  signals_ = std::make_unique<TerminationSignals>();
   QObject::connect(signals_.get(), &TerminationSignals::Requested, window_.get(), &QWidget::close);
-  window_->show();
+  TellLaunchFaults();
+  if (!closed_) {
+    window_->show();
+  }
   return true;
 }
 
@@ -75,10 +100,27 @@ bool Application::CheckCommandLine() {
   launch_.serverName = parameters.serverName;
   launch_.serverPort = parameters.serverPort;
   if (!parameters.Accepted()) {
+    exitCode_ = kUsageError;
+    std::fputs(kUsage, stderr);
+    // While the box stands a right start of this identity is to find no other.
+    instanceEvent_.reset();
     ShowBox(nullptr, Text(StringId::InvalidParameters), Text(StringId::ProgramTitle),
             BoxIcon::Stop);
   }
   return parameters.Accepted();
+}
+
+void Application::TellLaunchFaults() {
+  QStringList names;
+  for (const LaunchFault& fault : FindLaunchFaults()) {
+    std::fprintf(stderr, "updown: the variable %s %s\n", fault.name.c_str(),
+                 fault.missing ? "is missing" : "cannot be used");
+    names.append(QString::fromStdString(fault.name));
+  }
+  if (!names.isEmpty()) {
+    window_->Notices().SetNotice(NoticeBar::Source::Launch,
+                                 Text(StringId::BadLaunchVariables) + names.join(u", "_qs));
+  }
 }
 
 void Application::Exec() {
@@ -99,14 +141,18 @@ bool Application::ShutDown() {
 }
 
 int RunUpDown(int argc, char** argv, const Preparation& prepare) {
+  InstallSignalHandlers();
   HoldStandardStreams();
   std::vector<std::string> arguments(argv, argv + argc);
+  if (AnswerOnly(arguments)) {
+    return EXIT_SUCCESS;
+  }
   // The toolkit's own options are none of the program's.
   int ownName = argc > 0 ? 1 : 0;
   const QApplication application(ownName, argv);
   Application app(std::move(arguments));
   if (!app.Start()) {
-    return 0;
+    return app.ExitCode();
   }
   if (prepare) {
     prepare(app);

@@ -19,9 +19,11 @@ class Application {
   explicit Application(std::vector<std::string> arguments);  // the process's, UTF-8
   ~Application();
 
-  // Start-up. False if the process is to end at once: another instance of this identity runs and
-  // has been brought forward, or the command line is refused and the user has been told.
+  // Start-up. False if the process is to end at once, with ExitCode(): another instance of this
+  // identity runs and has been brought forward, or the command line is refused and the user has
+  // been told.
   bool Start();
+  int ExitCode() const { return exitCode_; }
 
   // Runs until the window is closed.
   void Exec();
@@ -36,6 +38,7 @@ class Application {
  private:
   bool BecomeInstance();
   bool CheckCommandLine();
+  void TellLaunchFaults();
 
   std::vector<std::string> arguments_;
   LaunchState launch_;
@@ -44,6 +47,7 @@ class Application {
   std::unique_ptr<MainWindow> window_;
   std::unique_ptr<TerminationSignals> signals_;
   bool closed_ = false;
+  int exitCode_ = 0;
 };
 
 // The whole program but for its main: gives the exit code, or ends the process itself when a thread

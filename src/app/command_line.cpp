@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <optional>
 
 #include "platform/environment.h"
 
@@ -10,12 +11,14 @@ namespace {
 
 constexpr std::size_t kPortCharacters = 260;
 
-std::uint32_t PortOf(const std::string& argument, AnsiCodePage codePage) {
+// The number at the front of blanks and digits, 0 if there is none; nothing if there is anything
+// else in it.
+std::optional<std::uint32_t> PortOf(const std::string& argument, AnsiCodePage codePage) {
   const std::u16string wide = Utf8ToWide(argument).substr(0, kPortCharacters);
   const std::string text = WideToAnsi(wide, codePage);
   const bool plain = std::all_of(text.begin(), text.end(),
                                  [](char c) { return c == ' ' || (c >= '0' && c <= '9'); });
-  return plain ? static_cast<std::uint32_t>(LeadingNumber(text)) : 0;
+  return plain ? std::optional(static_cast<std::uint32_t>(LeadingNumber(text))) : std::nullopt;
 }
 
 }  // namespace
@@ -24,6 +27,8 @@ CommandLine ParseCommandLine(std::span<const std::string> arguments, AnsiCodePag
   CommandLine result;
   for (std::size_t i = 0; i < arguments.size(); ++i) {
     const std::string& option = arguments[i];
+    result.help = result.help || option == "--help";
+    result.version = result.version || option == "--version";
     const bool name = option == "-s" || option == "-S";
     const bool port = option == "-p" || option == "-P";
     if (!name && !port) {
@@ -36,8 +41,9 @@ CommandLine ParseCommandLine(std::span<const std::string> arguments, AnsiCodePag
       result.serverName = WideToAnsi(Utf8ToWide(arguments[i]), codePage);
       continue;
     }
-    result.serverPort = PortOf(arguments[i], codePage);
-    if (result.serverPort == 0) {
+    const std::optional<std::uint32_t> number = PortOf(arguments[i], codePage);
+    result.serverPort = number.value_or(0);
+    if (!number) {
       break;
     }
   }

@@ -9,7 +9,6 @@
 #include "engine/result_texts.h"
 #include "localdata/file_names.h"
 #include "platform/qt/text.h"
-#include "platform/text.h"
 #include "resources/qt/texts.h"
 #include "service/result_codes.h"
 #include "widgets/message_boxes.h"
@@ -77,7 +76,7 @@ bool Downloads::SaveFile(const std::string& name, const std::string& path) {
 }
 
 bool Downloads::FetchHeader(const std::string& package, const std::string& file) {
-  const std::string target = cache_.PathOf(file);
+  const std::string target = cache_.BeginFetch(file);
   const std::string path = "/" + package + "/" + file;
   if (target.empty() || !tasks_.AddDownload(DraftOf(file, path), target, false)) {
     return false;
@@ -92,10 +91,8 @@ std::optional<Downloads::EndedHeader> Downloads::TakeHeader(const TransferTask& 
   }
   const RecordPaths paths = task.record->Paths();
   const EndedHeader header{paths.remotePath.substr(paths.remotePath.rfind('/') + 1),
-                           task.record->state == TransferState::Finished};
-  if (!header.arrived) {
-    cache_.Delete(header.file);
-  }
+                           task.record->state == TransferState::Finished &&
+                               cache_.EndFetch(paths.localPath)};
   tasks_.RemoveTask(task.id);
   return header;
 }
@@ -131,7 +128,7 @@ void Downloads::RemoveTask(TaskId task) {
 }
 
 bool Downloads::IsDuplicate(const std::string& path) const {
-  return tasks_.IsDuplicate(Utf8ToWide(path));
+  return tasks_.IsDuplicate(path);
 }
 
 void Downloads::WakeScheduler() {

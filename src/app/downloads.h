@@ -58,6 +58,7 @@ class Downloads : public QObject,
 
   TaskPointer Find(TaskId task) const override { return tasks_.Find(task); }
   void RemoveTask(TaskId task) override;
+  void TasksChanged() override { Q_EMIT SaveNeeded(); }
   std::string Sessid() const override { return session_.Key().sessid; }
   void WakeScheduler() override;
 

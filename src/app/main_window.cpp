@@ -4,13 +4,16 @@
 #include <QDeadlineTimer>
 #include <QGuiApplication>
 #include <QShortcut>
+#include <QVBoxLayout>
 #include <chrono>
 
 #include "app/about_box.h"
 #include "app/login_prompt.h"
 #include "app/pane_layout.h"
 #include "app/task_list_path.h"
+#include "engine/kept_tasks.h"
 #include "engine/posted_events.h"
+#include "engine/result_texts.h"
 #include "localdata/tasklist.h"
 #include "platform/qt/text.h"
 #include "platform/text.h"
@@ -24,7 +27,7 @@ namespace {
 constexpr int kInstancePollMs = 50;
 constexpr QSize kFirstSize{960, 720};
 constexpr int kFirstListingDelay = 100;  // ms: the window is on the screen by then
-constexpr int kTreeWidth = 200;  // when the keyboard opens it
+constexpr int kTreeWidth = 200;          // when the keyboard opens it
 // With the windows' own end this keeps the whole exit below two seconds.
 constexpr std::chrono::milliseconds kStopLimit{1500};
 
@@ -51,8 +54,9 @@ MainWindow::MainWindow(const LaunchState& launch, FileService& service,
           [this, calls = mainThread_.Calls()] { calls->Post([this] { OnSessionGranted(); }); }),
       downloads_(launch, cache_, session_, mainThread_, context_, *this),
       area_(session_, downloads_, cache_, launch),
-      commands_(area_, downloads_, *this),
-      saving_(downloads_.Tasks(), launch) {
+      commands_(area_, downloads_, this),
+      keeper_(TaskListPath(launch.identityHash),
+              [this] { return KeptRecords(Tasks().Records(), cache_); }) {
   setObjectName(u"mainWindow"_qs);
   LoadStoredTasks();
   ConnectEngine();
@@ -77,7 +81,7 @@ Session::Post MainWindow::PostToMain() {
 
 void MainWindow::LoadStoredTasks() {
   if (const std::optional<std::string> path = TaskListPath(launch_.identityHash)) {
-    for (const auto& record : LoadTaskList(*path)) {
+    for (const auto& record : RestoredRecords(LoadTaskList(*path), cache_)) {
       Tasks().AddStoredRecord(record);
     }
   }
@@ -87,12 +91,10 @@ void MainWindow::ConnectEngine() {
   context_->events =
       std::make_shared<PostedEvents>(mainThread_.Calls(), static_cast<EngineEvents&>(*this));
   context_->session = &session_;
-  connect(&downloads_, &Downloads::SaveNeeded, &saving_, &TaskListSaving::Request);
+  connect(&downloads_, &Downloads::SaveNeeded, &keeper_, &TaskListKeeper::TasksChanged);
   connect(&downloads_, &Downloads::TaskAdded, this, &MainWindow::ShowAddedTask);
   connect(&downloads_, &Downloads::TaskRestored, this, &MainWindow::ShowRestoredTask);
-  connect(&downloads_, &Downloads::TaskMoved, this, [this](TaskId task) {
-    TellStatus([task](CTransferStatusDlg& status) { status.ShowPaths(task); });
-  });
+  connect(&downloads_, &Downloads::TaskMoved, this, &MainWindow::ShowMovedTask);
 }
 
 void MainWindow::ConnectArea() {
@@ -136,7 +138,15 @@ void MainWindow::CreatePanes() {
   inner_->addWidget(form_);
   outer_->addWidget(tree_);
   outer_->addWidget(inner_);
-  setCentralWidget(outer_.get());
+  notices_ = new NoticeBar;
+  auto* const content = new QWidget;
+  auto* const column = new QVBoxLayout(content);
+  column->setContentsMargins({});
+  column->setSpacing(0);
+  column->addWidget(notices_);
+  column->addWidget(outer_.get(), 1);
+  setCentralWidget(content);
+  connect(&keeper_, &TaskListKeeper::SavingChanged, this, &MainWindow::OnSavingChanged);
   LayOutPanes();
   ConnectPanes();
   downloads_.RestoreTasks();
@@ -150,6 +160,12 @@ void MainWindow::ConnectPanes() {
   connect(&files, &AttachmentList::SaveWanted, &commands_, &PackageCommands::SaveFile);
   connect(&files, &AttachmentList::DeleteWanted, &commands_, &PackageCommands::DeleteFile);
   connect(&files, &AttachmentList::TransfersWanted, this, &MainWindow::ShowStatus);
+  connect(&area_, &PackageArea::Failed, notices_, [this](quint32 report) {
+    notices_->SetNotice(NoticeBar::Source::Service, ToQString(ResultBoxText(report)));
+  });
+  connect(&area_, &PackageArea::Recovered, notices_,
+          [this] { notices_->ClearNotice(NoticeBar::Source::Service); });
+  connect(notices_, &NoticeBar::TryAgain, &area_, [this] { area_.Refresh(AskedBy::Person); });
 }
 
 void MainWindow::LayOutPanes() {
@@ -220,14 +236,17 @@ bool MainWindow::ShutDown() {
   if (statusWindow_) {
     statusWindow_->hide();
   }
-  Tasks().DropUnkeptRecords();
-  saving_.SaveAtEnd();
+  keeper_.BeginEnd();
   mainThread_.Close();
   const QDeadlineTimer deadline(kStopLimit);
   // First: a worker that waits for a listing gets none, and goes on to its end.
   const bool sessionEnded = session_.Stop(kStopLimit);
   const std::chrono::milliseconds left(deadline.remainingTime());
   threadsEnded_ = (!scheduler_ || scheduler_->Stop(left)) && sessionEnded;
+  if (*threadsEnded_) {
+    cache_.RemoveUnfinished();
+  }
+  keeper_.WaitForEnd();
   Tasks().Clear();
   statusWindow_.reset();
   return *threadsEnded_;

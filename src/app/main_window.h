@@ -6,7 +6,7 @@
 #include <optional>
 
 #include "app/downloads.h"
-#include "app/task_list_saving.h"
+#include "app/task_list_keeper.h"
 #include "engine/engine_events.h"
 #include "engine/scheduler.h"
 #include "engine/session.h"
@@ -18,6 +18,7 @@
 #include "platform/instance_event.h"
 #include "platform/qt/main_thread.h"
 #include "transfers/transfer_status_dlg.h"
+#include "widgets/notice_bar.h"
 #include "widgets/splitters.h"
 
 namespace updown {
@@ -43,6 +44,7 @@ class MainWindow final : public QMainWindow, private EngineEvents {
   TaskStore& Tasks() { return downloads_.Tasks(); }
   PackageArea& Area() { return area_; }
   const PackageCache& Cache() const { return cache_; }
+  NoticeBar& Notices() { return *notices_; }
 
  Q_SIGNALS:
   void Closed();  // the window has gone; what remains is ShutDown
@@ -70,8 +72,10 @@ class MainWindow final : public QMainWindow, private EngineEvents {
   void BlockDone(TaskId task) noexcept override;
   void TaskEnded(TaskId task, const TransferResult& result) noexcept override;
   void SaveNeeded() noexcept override;
+  void OnSavingChanged(int error);
   void ShowAddedTask(TaskId task);
   void ShowRestoredTask(TaskId task);
+  void ShowMovedTask(TaskId task);
   template <typename News>
   void TellStatus(News news);
 
@@ -85,9 +89,9 @@ class MainWindow final : public QMainWindow, private EngineEvents {
   Downloads downloads_;
   PackageArea area_;
   PackageCommands commands_;
-  TaskListSaving saving_;
   std::unique_ptr<Scheduler> scheduler_;  // from the first session on
 
+  NoticeBar* notices_ = nullptr;
   std::unique_ptr<CMySplitter> outer_;  // tree, and beside it the inner one
   CMySplitter* inner_ = nullptr;        // list above form; panes belong to their splitter
   PackageTree* tree_ = nullptr;
@@ -99,6 +103,7 @@ class MainWindow final : public QMainWindow, private EngineEvents {
   QBasicTimer firstListing_;
   bool laidOut_ = false;
   std::optional<bool> threadsEnded_;  // set by ShutDown
+  TaskListKeeper keeper_;
 };
 
 }  // namespace updown

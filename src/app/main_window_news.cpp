@@ -1,4 +1,5 @@
 #include "app/main_window.h"
+#include "resources/qt/texts.h"
 
 // What the engine tells, on the main thread.
 
@@ -21,6 +22,7 @@ void MainWindow::TaskStarted(TaskId task) noexcept {
 }
 
 void MainWindow::BlockDone(TaskId task) noexcept {
+  keeper_.BlockDone();
   TellStatus([task](CTransferStatusDlg& status) { status.ShowBlock(task); });
 }
 
@@ -35,13 +37,27 @@ void MainWindow::TaskEnded(TaskId task, const TransferResult& result) noexcept {
   }
 }
 
-void MainWindow::SaveNeeded() noexcept { saving_.Request(); }
+void MainWindow::SaveNeeded() noexcept { keeper_.TasksChanged(); }
+
+void MainWindow::OnSavingChanged(int error) {
+  if (error == 0) {
+    notices_->ClearNotice(NoticeBar::Source::TaskList);
+  } else {
+    notices_->SetNotice(
+        NoticeBar::Source::TaskList,
+        QStringLiteral("%1 [%2]").arg(Text(StringId::ListNotSaved), qt_error_string(error)));
+  }
+}
 
 void MainWindow::ShowAddedTask(TaskId task) {
   if (statusWindow_) {
     statusWindow_->showNormal();
     TellStatus([task](CTransferStatusDlg& status) { status.AddRow(task); });
   }
+}
+
+void MainWindow::ShowMovedTask(TaskId task) {
+  TellStatus([task](CTransferStatusDlg& status) { status.ShowPaths(task); });
 }
 
 void MainWindow::ShowRestoredTask(TaskId task) {

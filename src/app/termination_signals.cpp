@@ -7,20 +7,25 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <ctime>
 
 namespace updown {
 namespace {
 
-constexpr std::array kSignals = {SIGINT, SIGTERM};
+constexpr std::array kEndingSignals = {SIGHUP, SIGINT, SIGTERM};
 constexpr std::time_t kPatienceSeconds = 2;
 
 // All that the handler may use; lock-free, as a handler needs it.
+std::atomic<bool> someoneListens{false};
 std::atomic<int> wakeFd{-1};
 std::atomic<std::time_t> firstSignal{0};
 
-extern "C" void OnTerminationSignal(int number) {
+extern "C" void OnEndingSignal(int number) {
   const int savedErrno = errno;
+  if (!someoneListens) {
+    _exit(EXIT_SUCCESS);
+  }
   timespec now{};
   clock_gettime(CLOCK_MONOTONIC, &now);
   std::time_t first = 0;
@@ -30,45 +35,56 @@ extern "C" void OnTerminationSignal(int number) {
   }
   const char byte = 0;
   // A full pipe wakes the reader as well as one more byte would.
-  [[maybe_unused]] const ssize_t written = write(wakeFd.load(), &byte, 1);
+  [[maybe_unused]] const ssize_t written = write(wakeFd, &byte, 1);
   errno = savedErrno;
 }
 
-void Handle(void (*handler)(int)) {
+void Handle(int number, void (*handler)(int)) {
   struct sigaction action {};
   action.sa_handler = handler;
   action.sa_flags = SA_RESTART;
-  for (const int number : kSignals) {
-    sigaction(number, &action, nullptr);
-  }
+  sigaction(number, &action, nullptr);
+}
+
+bool IsIgnored(int number) {
+  struct sigaction action {};
+  return sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
+// The end to read from; the handler writes to the other. Both stay open as long as the process.
+int WakePipe() {
+  static const int readEnd = [] {
+    std::array<int, 2> ends{-1, -1};
+    if (pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) == 0) {
+      wakeFd = ends[1];
+    }
+    return ends[0];
+  }();
+  return readEnd;
 }
 
 }  // namespace
 
-TerminationSignals::TerminationSignals(QObject* parent) : QObject(parent) {
-  std::array<int, 2> ends{};
-  if (pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
-    return;
+void InstallSignalHandlers() {
+  Handle(SIGPIPE, SIG_IGN);
+  Handle(SIGXFSZ, SIG_IGN);
+  for (const int number : kEndingSignals) {
+    if (number != SIGHUP || !IsIgnored(number)) {
+      Handle(number, &OnEndingSignal);
+    }
   }
-  readEnd_.Reset(ends[0]);
-  writeEnd_.Reset(ends[1]);
-  notifier_ = std::make_unique<QSocketNotifier>(readEnd_.Get(), QSocketNotifier::Read);
-  connect(notifier_.get(), &QSocketNotifier::activated, this, [this] {
-    notifier_->setEnabled(false);
+}
+
+TerminationSignals::TerminationSignals(QObject* parent)
+    : QObject(parent), notifier_(WakePipe(), QSocketNotifier::Read) {
+  connect(&notifier_, &QSocketNotifier::activated, this, [this] {
+    notifier_.setEnabled(false);
     Q_EMIT Requested();
   });
   firstSignal = 0;
-  wakeFd = writeEnd_.Get();
-  Handle(&OnTerminationSignal);
+  someoneListens = true;
 }
 
-TerminationSignals::~TerminationSignals() {
-  if (notifier_) {
-    Handle(SIG_DFL);
-    wakeFd = -1;
-  }
-}
-
-void IgnoreBrokenPipes() { std::signal(SIGPIPE, SIG_IGN); }
+TerminationSignals::~TerminationSignals() { someoneListens = false; }
 
 }  // namespace updown

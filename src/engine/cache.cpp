@@ -13,23 +13,37 @@ namespace updown {
 namespace {
 
 constexpr char kProgramFolder[] = "/oxapp";
-constexpr char kCacheFolder[] = "/INICache";
+constexpr std::string_view kCacheFolder = "/INICache";
+// No header's name ends so: they all end in ".ini".
+constexpr std::string_view kUnfinished = ".part";
+
+std::string ProgramFolder() {
+  const auto applicationData = ApplicationDataFolder();
+  return applicationData ? *applicationData + kProgramFolder : ExecutableFolder();
+}
+
+// What all caches of this user lie in, when `root` is one of them; else `root` itself.
+std::string_view FolderOfCaches(std::string_view root) {
+  const std::string_view parent = root.substr(0, root.rfind('/'));
+  return parent.ends_with(kCacheFolder) ? parent : root;
+}
 
 }  // namespace
 
+std::string PackageCache::RootOf(const std::string& identityHash) {
+  return ProgramFolder().append(kCacheFolder) + "/" + identityHash;
+}
+
 PackageCache PackageCache::InitPackageCache(const std::string& identityHash) {
-  std::string folder;
-  if (const auto applicationData = ApplicationDataFolder()) {
-    folder = *applicationData + kProgramFolder;
-    MakeFolder(folder);
-  } else {
-    folder = ExecutableFolder();
-  }
+  std::string folder = ProgramFolder();
+  MakeFolder(folder);
   folder += kCacheFolder;
   MakeFolder(folder);
   folder += "/" + identityHash;
   MakeFolder(folder);
-  return PackageCache(folder);
+  PackageCache cache(folder);
+  cache.RemoveUnfinished();
+  return cache;
 }
 
 PackageCache::PackageCache(std::string packageCacheRoot)
@@ -37,11 +51,6 @@ PackageCache::PackageCache(std::string packageCacheRoot)
 
 std::string PackageCache::PathOf(std::string_view name) const {
   return IsSafeName(name) ? packageCacheRoot_ + "/" + std::string(name) : std::string();
-}
-
-bool PackageCache::IsPackageIniCached(std::string_view name) const {
-  const std::string path = PathOf(name);
-  return !path.empty() && PathExists(path);
 }
 
 void PackageCache::Delete(std::string_view name) const {
@@ -66,6 +75,41 @@ std::unordered_set<std::string> PackageCache::Names() const {
     names.insert(file->path().filename().native());
   }
   return names;
+}
+
+std::string PackageCache::BeginFetch(std::string_view name) const {
+  std::string path = PathOf(name);
+  if (!path.empty()) {
+    path += kUnfinished;
+    DeleteLocalFile(path);
+  }
+  return path;
+}
+
+bool PackageCache::EndFetch(const std::string& fetchPath) const {
+  if (!Holds(fetchPath) || !fetchPath.ends_with(kUnfinished)) {
+    return false;
+  }
+  const std::string path = fetchPath.substr(0, fetchPath.size() - kUnfinished.size());
+  return std::rename(fetchPath.c_str(), path.c_str()) == 0;
+}
+
+void PackageCache::RemoveUnfinished() const {
+  std::error_code error;
+  std::error_code ignored;
+  for (std::filesystem::directory_iterator file(packageCacheRoot_, error), end;
+       !error && file != end; file.increment(error)) {
+    // An empty file is what an earlier version left when it was closed in mid-fetch.
+    if (file->path().native().ends_with(kUnfinished) ||
+        (file->is_regular_file(ignored) && file->file_size(ignored) == 0)) {
+      DeleteLocalFile(file->path().native());
+    }
+  }
+}
+
+bool PackageCache::Holds(std::string_view path) const {
+  const std::string_view caches = FolderOfCaches(packageCacheRoot_);
+  return path.starts_with(caches) && path.substr(caches.size()).starts_with('/');
 }
 
 }  // namespace updown

@@ -56,7 +56,7 @@ PackageHeader ReadPackageHeader(const std::string& path, AnsiCodePage codePage) 
   IniFile file(path);
   file.Read();
   const auto value = [&file, codePage](std::string_view key) {
-    return AnsiToWide(file.GetValue(kHeaderSection, key, ""), codePage);
+    return AnsiToWide(file.GetValue(kHeaderSection, key), codePage);
   };
   return {.from = value("TXT_From"),
           .sendTime = value("Send_Time"),

@@ -136,6 +136,7 @@ std::shared_ptr<TransferRecord> TaskStore::MakeChild(const TransferRecord& folde
   auto child = MakeRecord();
   child->parentRecordId = folder.recordId;
   child->direction = folder.direction;
+  child->keepAcrossRestart = folder.keepAcrossRestart;
   child->state = folder.state.load();
   AppendRecord(child);
   return child;
@@ -166,11 +167,6 @@ void TaskStore::RemoveTask(TaskId id) {
       std::erase(records_, record);
     }
   }
-  indexStale_ = true;
-}
-
-void TaskStore::DropUnkeptRecords() {
-  std::erase_if(records_, [](const auto& record) { return record->keepAcrossRestart == 0; });
   indexStale_ = true;
 }
 

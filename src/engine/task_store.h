@@ -15,7 +15,7 @@
 
 namespace updown {
 
-inline constexpr std::uint32_t kStreamLimit = 5;   // unfinished user tasks at a time
+inline constexpr std::uint32_t kStreamLimit = 5;  // unfinished user tasks at a time
 
 // What a window asks to fetch, before there is a task for it.
 struct TaskDraft {
@@ -68,8 +68,7 @@ class TaskStore {
   // lives on until the worker has ended.
   void RemoveTask(TaskId id);
 
-  // The program's end: first the records that are not kept go, at last all tasks and records.
-  void DropUnkeptRecords();
+  // At the program's end, when no worker runs any more.
   void Clear();
 
  private:

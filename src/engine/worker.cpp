@@ -4,6 +4,7 @@
 
 #include "engine/folder_walk.h"
 #include "platform/folders.h"
+#include "service/result_codes.h"
 #include "service/transfer.h"
 
 namespace updown {
@@ -78,9 +79,11 @@ int RunGuarded(SchedulerContext& context, TransferTask& task) {
 
 }  // namespace
 
-void WorkerProgress::BlockDone(TransferRecord& /*record*/) {
+void WorkerProgress::BlockDone(TransferRecord& record) {
   context_.workersStop.WaitFor(context_.pace);
-  context_.events->BlockDone(task_);
+  if (record.keepAcrossRestart != 0) {  // else no row shows it, and no list stores it
+    context_.events->BlockDone(task_);
+  }
 }
 
 int RunTransferWorker(SchedulerContext& context, const TaskPointer& task) {
@@ -88,8 +91,11 @@ int RunTransferWorker(SchedulerContext& context, const TaskPointer& task) {
     return 1;
   }
   const int outcome = RunGuarded(context, *task);
+  task->record->resultCode = result::WithoutSign(outcome);
   context.events->TaskEnded(task->id, {outcome, 0, {}});
-  context.events->SaveNeeded();
+  if (task->record->keepAcrossRestart != 0) {
+    context.events->SaveNeeded();
+  }
   task->EndRun();
   return outcome;
 }

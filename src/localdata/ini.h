@@ -4,50 +4,33 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
-#include <vector>
 
 namespace updown {
 
-// Bytes; what lies behind is not read. A header file has some dozen lines, so a longer file is no
-// header.
-inline constexpr std::size_t kIniReadLimit = std::size_t{8} << 20;
+// Bytes; what lies behind is not read. A header file has some dozen lines.
+inline constexpr std::size_t kIniReadLimit = std::size_t{256} << 10;
 
 // Reader of a package's header file. The first of the characters ; # [ = in a line decides what the
 // line is; nothing is trimmed, and all comparison and storage is on bytes, without regard to case
-// (ASCII) for names. What the bytes mean is the caller's business.
+// (ASCII) for names. A UTF-8 mark at the file's front is passed over; what the other bytes mean is
+// the caller's business.
 class IniFile {
  public:
   explicit IniFile(std::string path);
-  virtual ~IniFile() = default;
 
-  // True if the file was read and holds at least one section. A line that begins with a byte that
-  // is not printable ends it with false; what was read before that stays. Call once.
+  // True if the file was read and holds at least one section. A line that begins with a control
+  // character ends it with false; what was read before that stays. Call once.
   bool Read();
 
-  int FindSection(std::string_view name) const;            // index, or -1
-  int FindValue(int section, std::string_view key) const;  // index, or -1
-  int AddSection(std::string_view name);                   // also if there is one of that name
-  bool SetValue(std::string_view section, std::string_view key, std::string_view value,
-                bool create);
-  std::string GetValue(std::string_view section, std::string_view key,
-                       std::string_view fallback) const;
+  // The last value of that name in the sections of that name, empty if there is none.
+  std::string GetValue(std::string_view section, std::string_view key) const;
 
  private:
-  using Index = std::unordered_map<std::string, int>;  // first place of each folded name
-  struct Section {
-    std::vector<std::string> keys;
-    std::vector<std::string> values;
-    Index keyIndex;
-  };
-  enum class LineOutcome { Continue, Refused };
-  LineOutcome TakeLine(std::string_view line, std::string& currentSection);
-  std::string Folded(std::string_view name) const;
+  using Section = std::unordered_map<std::string, std::string>;  // values by folded key
+  bool TakeLine(std::string_view line, std::string& currentSection);
 
-  bool caseInsensitive_ = true;
   std::string path_;
-  std::vector<Section> sections_;
-  std::vector<std::string> sectionNames_;
-  Index sectionIndex_;
+  std::unordered_map<std::string, Section> sections_;  // by folded name
 };
 
 }  // namespace updown

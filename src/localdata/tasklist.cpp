@@ -1,15 +1,14 @@
 #include "localdata/tasklist.h"
 
-#include <unistd.h>
-
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <span>
 #include <string>
+#include <utility>
 
 #include "localdata/files.h"
+#include "platform/file_replacement.h"
 #include "wire/attributes.h"
 #include "wire/message_buffer.h"
 
@@ -27,10 +26,14 @@ enum Tag : std::uint8_t {
   kParentRecordId = 8,
   kIsFolder = 9,
   kState = 10,
+  kResultCode = 11,
+  kSystemError = 12,
 };
 
 // Far beyond any real list; keeps a file of nothing but end marks from filling the memory.
 constexpr std::size_t kMostRecords = 100000;
+
+constexpr mode_t kTaskListMode = 0600;
 
 // Numbers stand in the file as the process has held them from the start: low byte first.
 std::array<std::uint8_t, 4> LittleEndian32(std::uint32_t number) {
@@ -77,7 +80,9 @@ class RecordWriter {
   bool complete_ = true;
 };
 
-bool EncodeRecord(const StoredRecord& record, MessageBuffer& buffer) {
+enum class Reason { Stored, LeftOut };
+
+bool EncodeRecord(const StoredRecord& record, Reason reason, MessageBuffer& buffer) {
   buffer.Reset();
   RecordWriter writer(buffer);
   writer.Number(kDirection, record.direction);
@@ -90,7 +95,18 @@ bool EncodeRecord(const StoredRecord& record, MessageBuffer& buffer) {
   writer.Number(kParentRecordId, record.parentRecordId);
   writer.Number(kIsFolder, record.isFolder);
   writer.Number(kState, static_cast<std::uint32_t>(record.state));
+  if (reason == Reason::Stored) {
+    writer.Number(kResultCode, record.resultCode);
+    writer.Number(kSystemError, record.systemError);
+  }
   return writer.End();
+}
+
+// A record that is too long with its reason goes without it.
+bool EncodeRecord(const StoredRecord& record, MessageBuffer& buffer) {
+  const bool failed = record.state == TransferState::Failed;
+  return (failed && EncodeRecord(record, Reason::Stored, buffer)) ||
+         EncodeRecord(record, Reason::LeftOut, buffer);
 }
 
 StoredRecord RecordOf(const AttributeTable& table) {
@@ -106,6 +122,8 @@ StoredRecord RecordOf(const AttributeTable& table) {
   TakeNumber(table, kParentRecordId, record.parentRecordId);
   TakeNumber(table, kIsFolder, record.isFolder);
   TakeNumber(table, kState, state);
+  TakeNumber(table, kResultCode, record.resultCode);
+  TakeNumber(table, kSystemError, record.systemError);
   record.state = static_cast<TransferState>(state);
   return record;
 }
@@ -128,14 +146,16 @@ std::size_t DecodeWholeList(AttributeTable& table, Bytes source) {
   return DecodeAttributes(shorter, source.first(length - 1)) == result - 1 ? length : 0;
 }
 
-// Moves all whole records of the buffer to `records`. False when no more are to be read.
-bool TakeRecords(MessageBuffer& buffer, RecordList& records) {
+// Takes all whole records out of the buffer. False when no more are to be read.
+bool TakeRecords(MessageBuffer& buffer, std::vector<StoredRecord>& records) {
   AttributeTable table;
   while (const std::size_t length = DecodeWholeList(table, buffer.UnreadBytes())) {
     if (records.size() == kMostRecords) {
       return false;
     }
-    records.push_back(std::make_shared<TransferRecord>(RecordOf(table)));
+    if (StoredRecord record = RecordOf(table); !record.paths.remotePath.empty()) {
+      records.push_back(std::move(record));
+    }
     buffer.AdvanceRead(static_cast<std::uint32_t>(length));
   }
   buffer.CompactUnread();
@@ -144,29 +164,21 @@ bool TakeRecords(MessageBuffer& buffer, RecordList& records) {
 
 }  // namespace
 
-void SaveTaskList(const RecordList& records, const std::string& path) {
-  DeleteLocalFile(path);
-  const UniqueFd file = OpenLocalFile(path, OpenMode::ReadWrite, FileDisposition::OpenAlways);
-  // A file that could not be deleted must not show its old records behind the new ones.
-  if (!file || ftruncate(file.Get(), 0) != 0) {
-    return;
-  }
+int SaveTaskList(std::span<const StoredRecord> records, const std::string& path) {
+  FileReplacement file(path);
   MessageBuffer buffer(kTaskListCapacity);
-  for (const auto& record : records) {
-    const StoredRecord stored = record->Store();
-    if (stored.state == TransferState::Finished || !EncodeRecord(stored, buffer)) {
-      continue;
-    }
-    // A record cut short by a full disk must stay the last one.
-    if (WriteLocalFile(file, buffer.UnreadBytes()) != static_cast<int>(buffer.Unread())) {
-      return;
+  for (const StoredRecord& record : records) {
+    if (record.state != TransferState::Finished && EncodeRecord(record, buffer)) {
+      file.Write(buffer.UnreadBytes());
     }
   }
+  return file.Commit();
 }
 
-RecordList LoadTaskList(const std::string& path) {
-  RecordList records;
-  const UniqueFd file = OpenLocalFile(path, OpenMode::Read, FileDisposition::OpenAlways);
+std::vector<StoredRecord> LoadTaskList(const std::string& path) {
+  std::vector<StoredRecord> records;
+  const UniqueFd file =
+      OpenFile(path, FileAccess::Read, FileDisposition::OpenAlways, kTaskListMode);
   if (!file) {
     return records;
   }

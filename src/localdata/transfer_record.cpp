@@ -15,6 +15,8 @@ TransferRecord::TransferRecord(const StoredRecord& stored)
       totalBytes(stored.totalBytes),
       doneBytes(stored.doneBytes),
       remoteTime(stored.remoteTime),
+      resultCode(stored.resultCode),
+      systemError(stored.systemError),
       paths_(stored.paths) {}
 
 RecordPaths TransferRecord::Paths() const {
@@ -85,6 +87,8 @@ StoredRecord TransferRecord::Store() const {
   stored.parentRecordId = parentRecordId;
   stored.isFolder = isFolder;
   stored.state = state;
+  stored.resultCode = resultCode;
+  stored.systemError = systemError;
   // Under the lock, so that no file's paths meet another one's counts.
   const std::lock_guard lock(pathLock_);
   stored.paths = paths_;

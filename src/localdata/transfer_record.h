@@ -36,6 +36,8 @@ struct StoredRecord {
   std::uint32_t parentRecordId = 0;
   std::uint32_t isFolder = 0;
   TransferState state = TransferState::Queued;
+  std::uint32_t resultCode = 0;   // of a Failed record, without its sign; 0: not known
+  std::uint32_t systemError = 0;  // errno behind it; 0: none
 };
 
 // Statistics of the status window. Main thread only; ticks in ms, rates in bytes per second.
@@ -70,7 +72,10 @@ class TransferRecord {
   std::atomic<std::uint32_t> doneBytes{0};   // the local file is known to be good up to here
   std::atomic<std::uint32_t> remoteTime{0};  // as last reported by the service
 
-  std::uint32_t keepAcrossRestart = 0;  // main thread only; 0: dropped at exit
+  std::atomic<std::uint32_t> resultCode{0};   // why the last run failed, without its sign
+  std::atomic<std::uint32_t> systemError{0};  // errno behind it; 0: none
+
+  std::uint32_t keepAcrossRestart = 0;  // set before a worker knows the record; 0: never stored
   TransferStatistics statistics;        // main thread only
 
   RecordPaths Paths() const;

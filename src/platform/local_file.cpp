@@ -8,12 +8,10 @@
 namespace updown {
 namespace {
 
-constexpr mode_t kFileMode = 0666;  // less the umask
-
-int OpenInterruptible(const std::string& path, int flags) {
+int OpenInterruptible(const std::string& path, int flags, mode_t mode) {
   int fd = -1;
   do {
-    fd = open(path.c_str(), flags, kFileMode);
+    fd = open(path.c_str(), flags, mode);
   } while (fd < 0 && errno == EINTR);
   return fd;
 }
@@ -32,7 +30,8 @@ int ErrorOfFileKind(int fd) {
 
 }  // namespace
 
-UniqueFd OpenFile(const std::string& path, FileAccess access, FileDisposition disposition) {
+UniqueFd OpenFile(const std::string& path, FileAccess access, FileDisposition disposition,
+                  mode_t mode) {
   if (path.find('\0') != std::string::npos) {
     errno = EINVAL;  // the call would take the part in front of it
     return {};
@@ -41,7 +40,7 @@ UniqueFd OpenFile(const std::string& path, FileAccess access, FileDisposition di
   int flags = O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
   flags |= access == FileAccess::Read ? O_RDONLY : O_RDWR;
   flags |= disposition == FileDisposition::OpenAlways ? O_CREAT : 0;
-  UniqueFd file(OpenInterruptible(path, flags));
+  UniqueFd file(OpenInterruptible(path, flags, mode));
   if (!file) {
     return {};
   }

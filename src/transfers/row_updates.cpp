@@ -29,6 +29,9 @@ void RowUpdates::AddRow(const TaskPointer& task) {
   texts[2] = FromUtf8(FormatKiloBytes(task->Bytes()));
   const RowImage first = upload ? RowImage::WaitingUpload : RowImage::WaitingDownload;
   model_.Append(task, std::move(texts), ImageOfState(record.state, record.direction, first));
+  if (record.state == TransferState::Failed && record.resultCode != 0) {
+    ShowCode(model_.RowOfTask(task->id), *task, record.state, record.resultCode);
+  }
 }
 
 void RowUpdates::ShowPaths(TaskId id) {
@@ -76,9 +79,7 @@ void RowUpdates::ShowEnded(TaskId id, const TransferResult& result) {
   }
   const TransferState state = task->record->state;
   if (ShowState(row, *task, state) && result.code != result::kOk) {
-    const std::uint32_t code = result::WithoutSign(result.code);
-    task->lastResult = static_cast<std::int32_t>(code);
-    ShowOutcome(row, state, ToQString(ResultRowText(code)));
+    ShowCode(row, *task, state, result::WithoutSign(result.code));
   }
   model_.Touch(row);
 }
@@ -152,6 +153,11 @@ bool RowUpdates::ShowFinalRate(int row, TransferTask& task) {
     model_.SetText(row, StatusColumn::Rate, NotAvailable());
   }
   return true;
+}
+
+void RowUpdates::ShowCode(int row, TransferTask& task, TransferState state, std::uint32_t code) {
+  task.lastResult = static_cast<std::int32_t>(code);
+  ShowOutcome(row, state, ToQString(ResultRowText(code)));
 }
 
 void RowUpdates::ShowOutcome(int row, TransferState state, const QString& text) {

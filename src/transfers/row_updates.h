@@ -35,6 +35,8 @@ class RowUpdates {
   bool ShowState(int row, TransferTask& task, TransferState state);
   bool ShowSample(int row, TransferTask& task);
   bool ShowFinalRate(int row, TransferTask& task);
+  // `code` without its sign.
+  void ShowCode(int row, TransferTask& task, TransferState state, std::uint32_t code);
   void ShowOutcome(int row, TransferState state, const QString& text);
   void ShowImage(int row, const TransferTask& task, TransferState state);
 

@@ -70,6 +70,8 @@ void TransferCommands::Run(StatusCommand command, int row) {
 void TransferCommands::PauseTask(const TransferTask& task) {
   StopRecords(task);
   model_.Touch(model_.RowOfTask(task.id));
+  // A pause that a kill undid would surprise.
+  tasks_.TasksChanged();
 }
 
 void TransferCommands::ResumeTask(TransferTask& task) {

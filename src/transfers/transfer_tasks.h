@@ -14,6 +14,8 @@ class TransferTasks {
   virtual TaskPointer Find(TaskId task) const = 0;
   virtual bool StreamLimitReached() const = 0;
   virtual void RemoveTask(TaskId task) = 0;
+  // What the stored list says of a task is out of date.
+  virtual void TasksChanged() = 0;
 
   // What a task presents that starts from now on.
   virtual std::string Sessid() const = 0;

@@ -46,13 +46,18 @@ class MainWindowTest : public testing::Test {
     return QTest::qWaitFor([&area] { return area.rowCount(area.Root()) == 4; }, kPatienceMs);
   }
 
-  // A task whose file goes into the cache, where nobody is asked for its place; in a session that is
-  // open.
+  // A user's task without the question for its place, or a fetch of a header.
   void Fetch(bool keep, const std::string& name) {
-    const TaskDraft draft{name, "/notes/x.bin", window_->AllDownloads().Sessid(), "fileservice", 8080};
-    window_->Tasks().AddDownload(draft, window_->Cache().PathOf(name), keep);
-    window_->AllDownloads().WakeScheduler();
+    const TaskDraft draft{name, "/notes/x.bin", window_->AllDownloads().Sessid(), "fileservice",
+                          8080};
+    if (keep) {
+      window_->Tasks().AddDownload(draft, served_->DataFolder() + "/" + name, keep);
+      window_->AllDownloads().WakeScheduler();
+    } else {
+      window_->AllDownloads().FetchHeader("notes", name);
+    }
   }
+  std::vector<StoredRecord> Stored() const { return LoadTaskList(served_->TaskListFile()); }
 
   void ExpectEndsInTime() {
     QElapsedTimer timer;
@@ -103,19 +108,16 @@ TEST_F(MainWindowTest, EndsInTimeWhateverAWorkerWaitsFor) {
     Fetch(true, "x.bin");
     ASSERT_TRUE(QTest::qWaitFor([&] { return served_->Saw(stalled); }, kPatienceMs)) << stalled;
     ExpectEndsInTime();
-    EXPECT_EQ(LoadTaskList(served_->TaskListFile()).size(), 1U) << stalled;
+    EXPECT_EQ(Stored().size(), 1U) << stalled;
     window_.reset();
   }
 }
 
 TEST_F(MainWindowTest, EndsInTimeWhileAWorkerAsksForAListing) {
-  RecordList stored;
-  stored.push_back(std::make_shared<TransferRecord>(StoredRecord{
-      .paths = {"/notes", served_->DataFolder() + "/notes"}, .recordId = 1, .isFolder = 1}));
-  stored.push_back(std::make_shared<TransferRecord>(StoredRecord{
-      .paths = {}, .recordId = 2, .parentRecordId = 1, .state = TransferState::Stopped}));
   std::filesystem::create_directories(served_->DataFolder() + "/oxapp");
-  SaveTaskList(stored, served_->TaskListFile());
+  SaveTaskList(
+      {{{.paths = {"/notes", served_->DataFolder() + "/notes"}, .recordId = 1, .isFolder = 1}}},
+      served_->TaskListFile());
   Open();
   QElapsedTimer patience;
   patience.start();
@@ -126,7 +128,7 @@ TEST_F(MainWindowTest, EndsInTimeWhileAWorkerAsksForAListing) {
   }
   ASSERT_TRUE(running);
   ExpectEndsInTime();
-  EXPECT_EQ(LoadTaskList(served_->TaskListFile()).size(), 2U);
+  EXPECT_EQ(Stored().front().isFolder, 1U);
 }
 
 TEST_F(MainWindowTest, KeepsUserTasksAndDropsHiddenOnesAtItsEnd) {
@@ -136,11 +138,16 @@ TEST_F(MainWindowTest, KeepsUserTasksAndDropsHiddenOnesAtItsEnd) {
       {.kind = Kind::Stall, .message = message::kFileInformation, .times = 0});
   Fetch(true, "kept");
   Fetch(false, "hidden");
+  Fetch(false, "../out");
+  const std::string cache = window_->Cache().Root();
   window_.reset();
-  const RecordList stored = LoadTaskList(served_->TaskListFile());
+  const std::vector<StoredRecord> stored = Stored();
   ASSERT_EQ(stored.size(), 1U);
-  EXPECT_TRUE(stored.front()->LocalPath().ends_with("/kept"));
-  EXPECT_EQ(stored.front()->state.load(), TransferState::Queued) << "goes on at the next start";
+  EXPECT_TRUE(stored[0].paths.localPath.ends_with("/kept"));
+  EXPECT_EQ(stored[0].state, TransferState::Queued) << "goes on at the next start";
+  for (const auto& file : std::filesystem::directory_iterator(cache)) {
+    EXPECT_EQ(file.path().extension(), ".ini") << "nothing unfinished stays";
+  }
 }
 
 TEST_F(MainWindowTest, FetchesAHeaderAgainThatWasCutOff) {
@@ -164,6 +171,25 @@ TEST_F(MainWindowTest, FetchesAHeaderAgainThatWasCutOff) {
         return arrived() == sent;
       },
       kPatienceMs));
+}
+
+// A folder in the place of the temporary file makes every save fail.
+TEST_F(MainWindowTest, TellsThatTheListIsNotSaved) {
+  Open();
+  ASSERT_TRUE(Listed());
+  served_->Service().AddFault(
+      {.kind = Kind::Stall, .message = message::kFileInformation, .times = 0});
+  const auto* const bar = window_->findChild<NoticeBar*>();
+  EXPECT_FALSE(bar->isVisible());
+  const std::string hindrance = served_->TaskListFile() + ".tmp";
+  std::filesystem::create_directory(hindrance);
+  Fetch(true, "kept");
+  Q_EMIT window_->AllDownloads().SaveNeeded();
+  EXPECT_TRUE(QTest::qWaitFor([bar] { return bar->isVisible(); }, kPatienceMs));
+  EXPECT_TRUE(bar->findChild<QLabel*>()->text().startsWith(u"The list of transfers"_qs));
+  std::filesystem::remove(hindrance);
+  window_.reset();
+  EXPECT_EQ(Stored().size(), 1U) << "the end tries once more";
 }
 
 TEST_F(MainWindowTest, AsksForALoginAgainWithTheNameThatWasTyped) {

@@ -2,12 +2,17 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 #include <vector>
 
 #include "app/command_line.h"
+#include "app/earlier_data.h"
 #include "app/launch_identity.h"
+#include "app/launch_variables.h"
 #include "platform/environment.h"
+#include "tests/support/environment.h"
+#include "tests/support/temporary_folder.h"
 
 namespace updown {
 namespace {
@@ -32,6 +37,9 @@ TEST(CommandLineTest, OutcomesOfTheWalk) {
       {{"-p", "80a", "-s", "fileserver"}, false, "", 0},
       {{"-s", "fileserver", "-p", "0"}, false, "fileserver", 0},
       {{"-s", "fileserver", "-p", ""}, false, "fileserver", 0},
+      {{"-s", "fileserver", "-p", "0", "-p", "8100"}, true, "fileserver", 8100},
+      {{"-s", "fileserver", "-p", "", "-p", "8100"}, true, "fileserver", 8100},
+      {{"-s", "fileserver", "-p", "80a", "-p", "8100"}, false, "fileserver", 0},
       {{"-s", "fileserver", "-p", "81 00"}, true, "fileserver", 81},
       {{"-s", "fileserver", "-p", "65616"}, true, "fileserver", 65616},
       {{"-s", "fileserver", "-p", longPort}, true, "fileserver", 8},
@@ -51,21 +59,83 @@ TEST(CommandLineTest, OutcomesOfTheWalk) {
   EXPECT_FALSE(ParseCommandLine({}, AnsiCodePage::Western).Accepted());
 }
 
-// Digests worked out with md5sum over the bytes of the code page.
-TEST(LaunchIdentityTest, JoinsItsPartsAndHashesTheBytesOfTheCodePage) {
+// Digests worked out with md5sum.
+TEST(LaunchIdentityTest, JoinsItsPartsAndHashesWhateverTheLanguage) {
   EXPECT_EQ(JoinLaunchIdentity({"A", "", "C"}), "A--C");
   EXPECT_EQ(JoinLaunchIdentity({"", "B", ""}), "B-");
   EXPECT_EQ(JoinLaunchIdentity({"", "", "C"}), "C");
   EXPECT_EQ(InstanceEventNameOf("8833"), "Global\\8833");
-  const std::tuple<const char*, AnsiCodePage, const char*> cases[] = {
-      {"", AnsiCodePage::Western, "8833f67c0f8e2339c154ffc91e15eb8c"},
-      {"A--C", AnsiCodePage::Western, "3d8c564cc16000bfc5a38cd82de2bad2"},
-      {"中--DBDC", AnsiCodePage::SimplifiedChinese, "0894b00286a92da3ef548b2ab1e01448"},
-      {"中--DBDC", AnsiCodePage::TraditionalChinese, "43568f3854a4d8badd4accff4729c874"},
+  const std::pair<const char*, const char*> cases[] = {
+      {"", "8833f67c0f8e2339c154ffc91e15eb8c"},
+      {"A--C", "3d8c564cc16000bfc5a38cd82de2bad2"},
+      {"d\u00e9p\u00f4t", "ac01a1883ed913ad7cd5889ebd0ca80f"},
+      {"\u4e2d--DBDC", "b8b78cacd9feb00cd911b6e8db5cbc3c"},
   };
-  for (const auto& [identity, codePage, hash] : cases) {
-    EXPECT_EQ(IdentityHashOf(identity, codePage), hash);
+  for (const auto& [identity, hash] : cases) {
+    EXPECT_EQ(IdentityHashOf(identity), hash) << identity;
   }
+}
+
+TEST(LaunchIdentityTest, NamesOfEarlierVersions) {
+  const auto names = [](const char* identity, AnsiCodePage codePage) {
+    std::string text;
+    for (const EarlierName& name : EarlierNamesOf(identity, codePage)) {
+      text += name.identityHash.substr(0, 4) + (name.lossy ? "? " : " ");
+    }
+    return text;
+  };
+  EXPECT_EQ(names("A--C", AnsiCodePage::TraditionalChinese), "");
+  EXPECT_EQ(names("\u4e2d--DBDC", AnsiCodePage::Western), "4e7c? 0894 4356 ");
+  EXPECT_EQ(names("\u4e2d--DBDC", AnsiCodePage::TraditionalChinese), "4356 4e7c? 0894 ");
+}
+
+// Each of list and cache moves where one stands under an earlier name and none under today's.
+TEST(EarlierDataTest, IsTakenOverOnce) {
+  const test::TemporaryFolder data;
+  const test::ScopedEnvironment environment({{"XDG_DATA_HOME", data.Path()}});
+  const std::string lists = data.File("oxapp/");
+  const std::string caches = data.File("oxapp/INICache/");
+  for (const char* name : {"lossy", "good", "other"}) {
+    std::filesystem::create_directories(caches + name);
+    test::WriteFile(lists + name + ".lst", name);
+    test::WriteFile(caches + name + "/x.ini", name);
+  }
+  test::WriteFile(lists + "none.lst", "");
+  const std::vector<EarlierName> earlier = {
+      {"none", false}, {"lossy", true}, {"good", false}, {"other", false}};
+  for (int start = 0; start < 2; ++start) {
+    TakeOverEarlierData("now", earlier);
+    EXPECT_EQ(test::ReadFile(lists + "now.lst"), "lossy");
+    EXPECT_EQ(test::ReadFile(caches + "now/x.ini"), "good");
+    EXPECT_EQ(test::ReadFile(lists + "good.lst"), "good");
+    EXPECT_EQ(test::ReadFile(caches + "lossy/x.ini"), "lossy");
+  }
+}
+
+TEST(LaunchVariablesTest, NamesWhatIsMissingOrUnusable) {
+  const std::vector<std::pair<std::string, std::string>> good = {
+      {kVariableIdentity1, ""},       {kVariableIdentity2, "maria"},
+      {kVariableApplication, "DBDC"}, {kVariableLanguage, "1031"},
+      {kVariableRelayPort, "7000"},   {kVariableRelayAddress, "127.0.0.1"},
+      {kVariableRelayClientId, "0"},  {kVariableAttribute110, "1"}};
+  const std::pair<const char*, std::string> bad[] = {{kVariableIdentity1, std::string(1024, 'x')},
+                                                     {kVariableApplication, "DBD"},
+                                                     {kVariableLanguage, "abc"},
+                                                     {kVariableRelayPort, "70000"},
+                                                     {kVariableRelayAddress, "localhost"},
+                                                     {kVariableRelayClientId, "one"}};
+  const test::ScopedEnvironment environment(good);
+  EXPECT_TRUE(FindLaunchFaults().empty());
+  for (const auto& [name, value] : bad) {
+    const test::ScopedEnvironment wrong({{name, value}});
+    const auto faults = FindLaunchFaults();
+    ASSERT_EQ(faults.size(), 1U) << name;
+    EXPECT_EQ(faults[0].name, name);
+    EXPECT_FALSE(faults[0].missing);
+  }
+  unsetenv(kVariableIdentity2);
+  ASSERT_EQ(FindLaunchFaults().size(), 1U);
+  EXPECT_TRUE(FindLaunchFaults()[0].missing);
 }
 
 TEST(LaunchIdentityTest, DecodesTheApplication) {

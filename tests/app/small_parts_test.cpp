@@ -3,21 +3,11 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include "app/save_throttle.h"
 #include "app/task_list_path.h"
 #include "tests/support/temporary_folder.h"
 
 namespace updown {
 namespace {
-
-TEST(SaveThrottleTest, KeepsTheLastRequestOfABurst) {
-  SaveThrottle throttle;
-  EXPECT_TRUE(throttle.Request());
-  EXPECT_FALSE(throttle.Request());
-  EXPECT_TRUE(throttle.PauseOver()) << "what came in the pause is saved at its end";
-  EXPECT_FALSE(throttle.PauseOver());
-  EXPECT_TRUE(throttle.Request());
-}
 
 TEST(TaskListPathTest, LiesInTheApplicationDataFolder) {
   const test::TemporaryFolder folder;

@@ -89,7 +89,6 @@ TEST(Exit, ManyStartsAndEnds) {
     if (round % 3 == 0) {
       world.told->Until([&] { return !world.told->outcomes.empty(); }, std::chrono::seconds(1));
     }
-    world.store->DropUnkeptRecords();
     ASSERT_TRUE(scheduler.Stop(std::chrono::seconds(2))) << round;
     for (const TaskPointer& task : tasks) {
       ASSERT_FALSE(task->WorkerActive()) << round;

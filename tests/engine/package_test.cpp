@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "engine/cache.h"
+#include "platform/folders.h"
 #include "tests/support/environment.h"
 #include "tests/support/temporary_folder.h"
 
@@ -37,6 +38,16 @@ TEST(Package, TheCacheIsOneFolderForEachIdentity) {
   cache.Delete("b.ini");
   cache.Rename("c.ini", "../c.ini");
   EXPECT_EQ(cache.Names(), std::unordered_set<std::string>{"c.ini"});
+
+  // A fetch starts on nothing; what a killed run has left goes at the next start.
+  const std::string left = cache.BeginFetch("x.ini");
+  test::WriteFile(left, "half");
+  EXPECT_FALSE(PathExists(cache.BeginFetch("x.ini")));
+  test::WriteFile(left, "half");
+  PackageCache::InitPackageCache("hash");
+  EXPECT_FALSE(PathExists(left));
+  EXPECT_FALSE(cache.EndFetch(cache.PathOf("c.ini")));
+  EXPECT_FALSE(cache.EndFetch(data.Path() + "/mine.part"));
 }
 
 TEST(Package, HeaderInThreeCodePages) {

@@ -102,7 +102,7 @@ TEST_F(Tasks, DraftsThatDoNotFitMakeNothing) {
 
 TEST_F(Tasks, OnlyUnfinishedKeptTasksMeetTheLimit) {
   const TaskPointer first = Add("/0");
-  const TaskPointer hidden = Add("/hidden", false);
+  Add("/hidden", false);
   for (const char* path : {"/1", "/2", "/3"}) {
     Add(path)->record->state = TransferState::Failed;
   }
@@ -111,9 +111,6 @@ TEST_F(Tasks, OnlyUnfinishedKeptTasksMeetTheLimit) {
   EXPECT_TRUE(store.StreamLimitReached());
   first->record->state = TransferState::Finished;
   EXPECT_FALSE(store.StreamLimitReached());
-  store.DropUnkeptRecords();
-  EXPECT_EQ(store.Records().size(), 5U);
-  EXPECT_NE(store.Find(hidden->id), nullptr) << "its worker may still run";
 }
 
 TEST_F(Tasks, RestoreMakesATaskForEachTopRecordInOrder) {

@@ -1,7 +1,11 @@
 #include "localdata/tasklist.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
 
+#include <cerrno>
+#include <csignal>
 #include <filesystem>
 #include <vector>
 
@@ -22,20 +26,20 @@ StoredRecord Record(std::uint32_t id, const std::string& remotePath, TransferSta
   return record;
 }
 
-RecordList ListOf(const std::vector<StoredRecord>& records) {
-  RecordList list;
-  for (const StoredRecord& record : records) {
-    list.push_back(std::make_shared<TransferRecord>(record));
-  }
-  return list;
-}
-
-std::vector<std::uint32_t> Ids(const RecordList& list) {
+std::vector<std::uint32_t> Ids(const std::vector<StoredRecord>& records) {
   std::vector<std::uint32_t> ids;
-  for (const auto& record : list) {
-    ids.push_back(record->recordId);
+  for (const StoredRecord& record : records) {
+    ids.push_back(record.recordId);
   }
   return ids;
+}
+
+std::string Repeated(const std::string& bytes, int times) {
+  std::string all;
+  for (int i = 0; i < times; ++i) {
+    all += bytes;
+  }
+  return all;
 }
 
 std::vector<std::uint32_t> IdsLoadedFrom(const std::string& bytes) {
@@ -45,25 +49,78 @@ std::vector<std::uint32_t> IdsLoadedFrom(const std::string& bytes) {
 }
 
 TEST(TaskList, ARecordHasTheseBytes) {
-  const std::string bytes = Wire(
+  const std::string ten = Wire(
       "01 0004 01000000  02 0002 '/r'      03 0000           04 0004 78563412"
-      "05 0004 01000000  06 0004 FFFFFFFF  07 0004 09000000  08 0004 07000000"
-      "09 0004 01000000  0A 0004 01000000  FF");
+      "05 0004 01000000  06 0004 FFFFFFFF  07 0004 09000000  08 0004 07000000  09 0004 01000000");
+  const std::pair<TransferState, std::string> cases[] = {
+      {TransferState::Stopped, Wire("0A 0004 01000000 FF")},
+      {TransferState::Failed, Wire("0A 0004 03000000 0B 0004 07200000 0C 0004 1C000000 FF")}};
   const TemporaryFolder folder;
   const std::string path = folder.File("list");
-  const StoredRecord stored{
-      1, {"/r", ""}, 0x12345678, 1, 0xFFFFFFFF, 9, 7, 1, TransferState::Stopped};
-  SaveTaskList(ListOf({stored}), path);
-  EXPECT_EQ(test::ReadFile(path), bytes);
+  for (const auto& [state, tail] : cases) {
+    SaveTaskList({{{1, {"/r", ""}, 0x12345678, 1, 0xFFFFFFFF, 9, 7, 1, state, 8199, 28}}}, path);
+    EXPECT_EQ(test::ReadFile(path), ten + tail);
+    const std::vector<StoredRecord> loaded = LoadTaskList(path);
+    ASSERT_EQ(loaded.size(), 1U);
+    EXPECT_EQ(loaded[0].paths.remotePath, "/r");
+    EXPECT_EQ(loaded[0].totalBytes, 0x12345678U);
+    SaveTaskList({{TransferRecord(loaded[0]).Store()}}, path);
+    EXPECT_EQ(test::ReadFile(path), ten + tail) << "nothing is lost on the way";
+  }
+}
 
-  const RecordList loaded = LoadTaskList(path);
-  ASSERT_EQ(loaded.size(), 1U);
-  EXPECT_EQ(loaded.front()->RemotePath(), "/r");
-  EXPECT_EQ(loaded.front()->totalBytes, 0x12345678U);
-  EXPECT_EQ(loaded.front()->remoteTime, 0xFFFFFFFFU);
-  EXPECT_EQ(loaded.front()->keepAcrossRestart, 0U);
-  SaveTaskList(loaded, path);
-  EXPECT_EQ(test::ReadFile(path), bytes) << "nothing is lost on the way";
+// Written by version 0.1.0: Queued, Stopped, a Failed folder with its child.
+TEST(TaskList, TheVersionBeforeIsRead) {
+  const TemporaryFolder folder;
+  const std::string path = folder.File("list");
+  std::filesystem::copy_file(TASK_LIST_FIXTURE, path);
+  const std::vector<StoredRecord> loaded = LoadTaskList(path);
+  ASSERT_EQ(Ids(loaded), (std::vector<std::uint32_t>{1, 2, 3, 4}));
+  EXPECT_EQ(loaded[1].paths.localPath, "/home/maria/\u4e2d\u6587.zip");
+  EXPECT_EQ(loaded[1].doneBytes, 65536U);
+  EXPECT_EQ(loaded[1].state, TransferState::Stopped);
+  EXPECT_EQ(loaded[3].parentRecordId, 3U);
+  EXPECT_EQ(loaded[3].resultCode, 0U);
+}
+
+// A full disk, as far as one can be had without rights: no file may grow beyond `limit`.
+class FileSizeLimit {
+ public:
+  explicit FileSizeLimit(rlim_t limit) : handler_(signal(SIGXFSZ, SIG_IGN)) {
+    getrlimit(RLIMIT_FSIZE, &before_);
+    const rlimit limited{limit, before_.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limited);
+  }
+  ~FileSizeLimit() {
+    setrlimit(RLIMIT_FSIZE, &before_);
+    signal(SIGXFSZ, handler_);
+  }
+
+ private:
+  sighandler_t handler_;
+  rlimit before_{};
+};
+
+TEST(TaskList, AFailedSaveLeavesTheOldList) {
+  const TemporaryFolder folder;
+  const std::string path = folder.File("list");
+  EXPECT_EQ(SaveTaskList({{Record(1, "/old", TransferState::Queued)}}, path), 0);
+  struct stat status {};
+  stat(path.c_str(), &status);
+  EXPECT_EQ(status.st_mode & 0777U, 0600U);
+
+  const std::vector<StoredRecord> many(3000, Record(2, "/new", TransferState::Queued));
+  {
+    const FileSizeLimit limit(100000);
+    EXPECT_EQ(SaveTaskList(many, path), EFBIG);
+  }
+  EXPECT_EQ(Ids(LoadTaskList(path)), (std::vector<std::uint32_t>{1}));
+  EXPECT_FALSE(std::filesystem::exists(path + ".tmp"));
+  // What a killed run has left is no hindrance, and nothing of it gets into the list.
+  test::WriteFile(path + ".tmp", std::string(1000000, 'x'));
+  EXPECT_EQ(SaveTaskList(many, path), 0);
+  EXPECT_EQ(LoadTaskList(path).size(), many.size());
+  EXPECT_EQ(SaveTaskList(many, folder.File("missing/list")), ENOENT);
 }
 
 TEST(TaskList, FinishedAndOversizedRecordsAreLeftOut) {
@@ -73,13 +130,14 @@ TEST(TaskList, FinishedAndOversizedRecordsAreLeftOut) {
   EXPECT_TRUE(std::filesystem::exists(path));
   const std::string longest(961 - 2, 'p');  // beside the "/l" of the local path
   SaveTaskList(
-      ListOf({Record(1, "/a", TransferState::Finished), Record(2, longest, TransferState::Failed),
-              Record(3, longest + "p", TransferState::Queued),
-              Record(4, std::string(70000, 'p'), TransferState::Queued),
-              Record(5, "/b", static_cast<TransferState>(77))}),
+      {{Record(1, "/a", TransferState::Finished),
+        Record(2, longest, TransferState::Failed),  // its reason finds no room
+        Record(3, longest + "p", TransferState::Queued),
+        Record(4, std::string(70000, 'p'), TransferState::Queued),
+        Record(5, "/b", static_cast<TransferState>(77)), Record(6, "", TransferState::Queued)}},
       path);
   EXPECT_EQ(Ids(LoadTaskList(path)), (std::vector<std::uint32_t>{2, 5}));
-  SaveTaskList(ListOf({Record(1, "/a", TransferState::Finished)}), path);
+  SaveTaskList({{Record(1, "/a", TransferState::Finished)}}, path);
   EXPECT_EQ(std::filesystem::file_size(path), 0U);
 }
 
@@ -90,17 +148,17 @@ TEST(TaskList, RecordsAreWholeWhereverTheBufferCutsThem) {
   const std::string path = folder.File("list");
   for (std::size_t padding = 0; padding < 100; ++padding) {
     std::vector<StoredRecord> records = {
-        Record(1, std::string(padding, 'p'), TransferState::Queued)};
+        Record(1, std::string(padding + 1, 'p'), TransferState::Queued)};
     std::vector<std::uint32_t> ids = {1};
     for (std::uint32_t id = 0xFFFFFFF0U; id < 0xFFFFFFFFU; ++id) {
       records.push_back(Record(id, "/r\xFF\xFF", static_cast<TransferState>(0xFFFFFFFF)));
       ids.push_back(id);
     }
-    SaveTaskList(ListOf(records), path);
-    const RecordList loaded = LoadTaskList(path);
+    SaveTaskList(records, path);
+    const std::vector<StoredRecord> loaded = LoadTaskList(path);
     ASSERT_EQ(Ids(loaded), ids) << padding;
-    for (const auto& record : loaded) {
-      ASSERT_EQ(record->LocalPath(), "/l") << padding;
+    for (const StoredRecord& record : loaded) {
+      ASSERT_EQ(record.paths.localPath, "/l") << padding;
     }
   }
 }
@@ -115,10 +173,11 @@ TEST(TaskList, BadBytesEndTheReadingWithTheRecordsSoFar) {
   for (const std::string& tail : tails) {
     EXPECT_EQ(IdsLoadedFrom(good + tail), (std::vector<std::uint32_t>{5})) << tail.substr(0, 20);
   }
-  // A number of another length counts as absent; a list may lack everything.
-  EXPECT_EQ(IdsLoadedFrom(Wire("07 0002 0500 FF FF 00 00") + good),
-            (std::vector<std::uint32_t>{0, 0, 5}));
-  EXPECT_EQ(IdsLoadedFrom(std::string(200000, '\xFF')).size(), 100000U);
+  // A number of another length counts as absent; what has no path on the service is left out.
+  EXPECT_EQ(
+      IdsLoadedFrom(Wire("02 0001 2F 07 0002 0500 FF FF") + std::string(100000, '\xFF') + good),
+      (std::vector<std::uint32_t>{0, 5}));
+  EXPECT_EQ(IdsLoadedFrom(Repeated(Wire("02 0001 2F FF"), 100001)).size(), 100000U);
 }
 
 }  // namespace

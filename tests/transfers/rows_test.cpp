@@ -90,6 +90,16 @@ TEST_F(StatusRows, ShowsACodeUnlessTheTaskStoppedOrFinished) {
   }
 }
 
+TEST_F(StatusRows, ARestoredFailureTellsItsReason) {
+  const TaskPointer task = tasks_.store.AddDownload({"x", "/x"}, "/local/x", true);
+  task->record->state = State::Failed;
+  task->record->resultCode = result::WithoutSign(result::kAuthentication);
+  window_.AddRow(task->id);
+  EXPECT_EQ(Cell(0, Column::Transferred),
+            "Authentication failed, please correct your user name and password.");
+  EXPECT_EQ(task->lastResult, 8198) << "so that Resume opens the session anew";
+}
+
 TEST_F(StatusRows, FindsRowsAfterARemovalAbove) {
   const TaskPointer first = AddTask(State::Stopped);
   const TaskPointer second = AddTask(State::Queued, 0, 9000);

@@ -32,6 +32,7 @@ class FakeTasks : public TransferTasks {
   TaskPointer Find(TaskId task) const override { return store.Find(task); }
   bool StreamLimitReached() const override { return store.StreamLimitReached(); }
   void RemoveTask(TaskId task) override { store.RemoveTask(task); }
+  void TasksChanged() override { log.emplace_back("save"); }
   std::string Sessid() const override { return sessid; }
   void WakeScheduler() override { log.emplace_back("wake"); }
 

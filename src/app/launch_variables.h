@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace updown {
+
+// What is wrong with the variables that the parent application sets. The start goes on all the
+// same: each has a value that stands in, or shows as a connection that cannot be made.
+struct LaunchFault {
+  std::string name;
+  bool missing;  // else it is there and cannot be used
+};
+std::vector<LaunchFault> FindLaunchFaults();
+
+}  // namespace updown

@@ -1,0 +1,163 @@
+#include "engine/task_list_saver.h"
+
+#include <gtest/gtest.h>
+
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <optional>
+
+#include "engine/kept_tasks.h"
+#include "tests/support/temporary_folder.h"
+
+namespace updown {
+namespace {
+
+using std::chrono::milliseconds;
+using Clock = std::chrono::steady_clock;
+
+constexpr milliseconds kPatience{20000};
+
+std::vector<StoredRecord> Snapshot(std::uint32_t id) {
+  StoredRecord record;
+  record.recordId = id;
+  return {record};
+}
+
+// A disk whose writes begin, and end with a result, as the test says.
+class Disk {
+ public:
+  int Write(std::span<const StoredRecord> records) {
+    std::unique_lock lock(mutex_);
+    begun_.push_back(records.front().recordId);
+    changed_.notify_all();
+    changed_.wait_for(lock, kPatience, [this] { return !results_.empty(); });
+    const int result = results_.empty() ? -1 : results_.front();
+    if (!results_.empty()) {
+      results_.pop_front();
+    }
+    return result;
+  }
+  void Report(int error) {
+    const std::lock_guard lock(mutex_);
+    reports_.push_back(error);
+    changed_.notify_all();
+  }
+  void Answer(int result) {
+    const std::lock_guard lock(mutex_);
+    results_.push_back(result);
+    changed_.notify_all();
+  }
+  bool WaitForWrites(std::vector<std::uint32_t> wanted) { return WaitFor(begun_, wanted); }
+  bool WaitForReports(std::vector<int> wanted) { return WaitFor(reports_, wanted); }
+
+ private:
+  template <typename Values>
+  bool WaitFor(const Values& values, const Values& wanted) {
+    std::unique_lock lock(mutex_);
+    return changed_.wait_for(lock, kPatience, [&] { return values == wanted; });
+  }
+
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  std::deque<int> results_;
+  std::vector<std::uint32_t> begun_;
+  std::vector<int> reports_;
+};
+
+struct World {
+  explicit World(milliseconds retry) {
+    saver.emplace([this](auto records) { return disk.Write(records); },
+                  [this](int error) { disk.Report(error); }, retry);
+  }
+  Disk disk;
+  std::optional<TaskListSaver> saver;
+};
+
+TEST(TaskListSaver, WritesTheNewestAndRepeatsWhatFails) {
+  World world(milliseconds(1));
+  world.saver->Save(Snapshot(1));
+  ASSERT_TRUE(world.disk.WaitForWrites({1}));
+  world.saver->Save(Snapshot(2));
+  world.saver->Save(Snapshot(3));
+  world.disk.Answer(0);
+  ASSERT_TRUE(world.disk.WaitForWrites({1, 3}));
+  world.disk.Answer(ENOSPC);
+  ASSERT_TRUE(world.disk.WaitForWrites({1, 3, 3}));
+  world.saver->Save(Snapshot(4));
+  world.disk.Answer(EACCES);  // told once, whatever the reason becomes
+  ASSERT_TRUE(world.disk.WaitForWrites({1, 3, 3, 4}));
+  world.disk.Answer(0);
+  EXPECT_TRUE(world.disk.WaitForReports({ENOSPC, 0}));
+  EXPECT_TRUE(world.saver->Finish(Clock::now() + kPatience));
+}
+
+// The pause behind a failure does not hold up the end, and a last try is made.
+TEST(TaskListSaver, TheEndWaitsForTheLastSnapshot) {
+  for (const bool full : {true, false}) {
+    World world(kPatience);
+    world.disk.Answer(ENOSPC);
+    world.disk.Answer(full ? ENOSPC : 0);
+    world.saver->Save(Snapshot(1));
+    ASSERT_TRUE(world.disk.WaitForReports({ENOSPC}));
+    EXPECT_EQ(world.saver->Finish(Clock::now() + kPatience), !full);
+    EXPECT_TRUE(world.disk.WaitForWrites({1, 1}));
+    EXPECT_TRUE(world.disk.WaitForReports({ENOSPC})) << "nobody is told behind the end";
+  }
+  EXPECT_TRUE(World(kPatience).saver->Finish(Clock::now())) << "nothing was ever to be saved";
+}
+
+TEST(TaskListSaver, AWriteThatHangsIsLeftBehind) {
+  const auto disk = std::make_shared<Disk>();
+  TaskListSaver saver([disk](auto records) { return disk->Write(records); }, nullptr);
+  saver.Save(Snapshot(1));
+  ASSERT_TRUE(disk->WaitForWrites({1}));
+  EXPECT_FALSE(saver.Finish(Clock::now() + milliseconds(10)));
+  disk->Answer(0);
+}
+
+TEST(TaskListSaver, ManyStartsAndEnds) {
+  for (std::uint32_t round = 0; round < 500; ++round) {
+    std::uint32_t stored = 0;
+    TaskListSaver saver(
+        [&stored](std::span<const StoredRecord> records) {
+          stored = records.front().recordId;
+          return 0;
+        },
+        nullptr);
+    for (std::uint32_t id = 1; id <= round % 4; ++id) {
+      saver.Save(Snapshot(id));
+    }
+    ASSERT_TRUE(saver.Finish(Clock::now() + kPatience));
+    ASSERT_EQ(stored, round % 4);
+  }
+}
+
+TEST(KeptTasks, FetchesOfHeadersAreNeitherStoredNorRestored) {
+  const test::TemporaryFolder folder;
+  const PackageCache cache(folder.Path() + "/INICache/now");
+  std::filesystem::create_directories(cache.Root());
+  test::WriteFile(cache.PathOf("cut.ini"), "[Tall");
+  const auto record = [](std::uint32_t id, const std::string& target) {
+    StoredRecord stored;
+    stored.recordId = id;
+    stored.paths = {"/x", target};
+    return stored;
+  };
+  // The second cache is the one that the identity had in an earlier version.
+  RecordList records = RestoredRecords(
+      {record(1, folder.File("mine.ini")), record(2, cache.PathOf("other.ini")),
+       record(3, folder.File("INICache/earlier/cut.ini")), record(4, folder.File("INICache2/x"))},
+      cache);
+  EXPECT_FALSE(cache.IsPackageIniCached("cut.ini"));
+  records.push_back(std::make_shared<TransferRecord>(record(5, folder.File("hidden"))));
+  records.push_back(std::make_shared<TransferRecord>(record(6, cache.PathOf("x.ini"))));
+  std::vector<std::uint32_t> kept;
+  for (const StoredRecord& stored : KeptRecords(records, cache)) {
+    kept.push_back(stored.recordId);
+  }
+  EXPECT_EQ(kept, (std::vector<std::uint32_t>{1, 4}));
+}
+
+}  // namespace
+}  // namespace updown
