@@ -21,8 +21,7 @@ const QString kSubject = QString::fromLatin1(kWalkSubject);
 void AwaitFullList(LegContext& context) {
   Walker& walker = context.walker;
   QAbstractItemView* list = walker.FindView(QStringLiteral("packageList"));
-  walker.Await(QStringLiteral("packages are listed"),
-               [&] { return walker.Rows(list) > 1; });
+  walker.Await(QStringLiteral("packages are listed"), [&] { return walker.Rows(list) > 1; });
   walker.Await(QStringLiteral("header texts have arrived"),
                [&] { return walker.RowOf(list, kSubjectColumn, kSubject) >= 0; });
   walker.Step(QStringLiteral("%1 packages are listed, header texts arrived by themselves")

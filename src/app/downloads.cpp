@@ -90,9 +90,9 @@ std::optional<Downloads::EndedHeader> Downloads::TakeHeader(const TransferTask& 
     return std::nullopt;
   }
   const RecordPaths paths = task.record->Paths();
-  const EndedHeader header{paths.remotePath.substr(paths.remotePath.rfind('/') + 1),
-                           task.record->state == TransferState::Finished &&
-                               cache_.EndFetch(paths.localPath)};
+  const EndedHeader header{
+      paths.remotePath.substr(paths.remotePath.rfind('/') + 1),
+      task.record->state == TransferState::Finished && cache_.EndFetch(paths.localPath)};
   tasks_.RemoveTask(task.id);
   return header;
 }
@@ -127,9 +127,7 @@ void Downloads::RemoveTask(TaskId task) {
   Q_EMIT SaveNeeded();
 }
 
-bool Downloads::IsDuplicate(const std::string& path) const {
-  return tasks_.IsDuplicate(path);
-}
+bool Downloads::IsDuplicate(const std::string& path) const { return tasks_.IsDuplicate(path); }
 
 void Downloads::WakeScheduler() {
   mainThread_.Post([context = context_] { context->schedulerWake.Set(); });

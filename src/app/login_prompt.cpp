@@ -66,13 +66,13 @@ void AskForLogin(QWidget* owner, const LoginRequest& request, LoginAsked answere
     password->setFocus();
   }
   AddButtons(*layout, *dialog);
-  QObject::connect(dialog, &QDialog::finished, dialog,
-                   [user, password, answered = std::move(answered)](int result) {
-                     answered(result == QDialog::Accepted
-                                  ? std::optional<LoginAnswer>(
-                                        {ToWide(user->text()), ToWide(password->text())})
-                                  : std::nullopt);
-                   });
+  QObject::connect(
+      dialog, &QDialog::finished, dialog,
+      [user, password, answered = std::move(answered)](int result) {
+        answered(result == QDialog::Accepted
+                     ? std::optional<LoginAnswer>({ToWide(user->text()), ToWide(password->text())})
+                     : std::nullopt);
+      });
   dialog->open();
 }
 

@@ -76,7 +76,8 @@ MainWindow::~MainWindow() {
 }
 
 Session::Post MainWindow::PostToMain() {
-  return [calls = mainThread_.Calls()](std::function<void()> call) { calls->Post(std::move(call)); };
+  return
+      [calls = mainThread_.Calls()](std::function<void()> call) { calls->Post(std::move(call)); };
 }
 
 void MainWindow::LoadStoredTasks() {
@@ -101,9 +102,7 @@ void MainWindow::ConnectArea() {
   connect(&area_, &PackageArea::PackageRenamed, &downloads_, &Downloads::FollowRename);
   connect(&commands_, &PackageCommands::TransfersWanted, this, &MainWindow::ShowStatus);
   connect(qGuiApp, &QGuiApplication::applicationStateChanged, &area_,
-          [this](Qt::ApplicationState state) {
-            area_.SetActive(state == Qt::ApplicationActive);
-          });
+          [this](Qt::ApplicationState state) { area_.SetActive(state == Qt::ApplicationActive); });
 }
 
 // Nothing is transferred before the service has granted a session.

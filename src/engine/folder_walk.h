@@ -14,8 +14,8 @@ inline constexpr int kListerGone = -2;
 using ChildFetcher = std::function<int()>;
 
 // Fetches what the folder record `task.record` stands for, file after file through
-// `task.childRecord`. Worker thread; each listing is asked of the context's session, and waited for.
-// Returns 0, kListerGone, or the code of the listing or file that failed. `relativeLocal` and
+// `task.childRecord`. Worker thread; each listing is asked of the context's session, and waited
+// for. Returns 0, kListerGone, or the code of the listing or file that failed. `relativeLocal` and
 // `relativeRemote` end in "/" unless empty.
 int FolderWalk(SchedulerContext& context, TransferTask& task, const ChildFetcher& fetchChild,
                const std::string& relativeLocal, const std::string& relativeRemote);

@@ -29,9 +29,9 @@ bool IsPackageName(std::string_view name) {
   while (name.ends_with('#')) {
     name.remove_suffix(1);
   }
-  return name.size() == kPackageDigits &&
-         std::all_of(name.begin(), name.end(),
-                     [](char letter) { return letter >= '0' && letter <= '9'; });
+  return name.size() == kPackageDigits && std::all_of(name.begin(), name.end(), [](char letter) {
+           return letter >= '0' && letter <= '9';
+         });
 }
 
 std::string HeaderFileOf(const std::string& package, bool start) {

@@ -16,7 +16,8 @@ bool IsPackageName(std::string_view name);
 // The name of one of a package's two header files: package + "_Start.ini" or package + ".ini".
 std::string HeaderFileOf(const std::string& package, bool start);
 
-// What the name of a header file tells; nothing for another name. The package's own name may be any.
+// What the name of a header file tells; nothing for another name. The package's own name may be
+// any.
 struct HeaderFileName {
   std::string package;
   bool start = false;

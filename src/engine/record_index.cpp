@@ -59,8 +59,7 @@ bool RecordIndex::HasRecord(const std::string& key) const {
   const auto [first, last] = byPath_.equal_range(key);
   return std::any_of(first, last, [](const auto& entry) {
     const TransferRecord& record = *entry.second;
-    return record.parentRecordId == 0 && record.direction == 0 &&
-           record.keepAcrossRestart != 0;
+    return record.parentRecordId == 0 && record.direction == 0 && record.keepAcrossRestart != 0;
   });
 }
 

@@ -5,8 +5,8 @@
 #include <array>
 
 #include "platform/qt/text.h"
-#include "resources/string_id.h"
 #include "resources/qt/texts.h"
+#include "resources/string_id.h"
 
 namespace updown {
 namespace {

@@ -4,9 +4,9 @@
 #include <utility>
 
 #include "platform/qt/text.h"
+#include "resources/qt/texts.h"
 #include "resources/string_id.h"
 #include "widgets/icons.h"
-#include "resources/qt/texts.h"
 
 namespace updown {
 namespace {

@@ -10,8 +10,8 @@
 namespace updown {
 
 // Has the header files fetched that the cache lacks: those of the rows on the screen first, then
-// from the top down. Only a few are under way at a time, so that the order can follow the screen and
-// what the user saves does not stand behind all of them. Main thread.
+// from the top down. Only a few are under way at a time, so that the order can follow the screen
+// and what the user saves does not stand behind all of them. Main thread.
 class HeaderQueue {
  public:
   static constexpr std::size_t kAtOnce = 20;  // twice as many as transfers run

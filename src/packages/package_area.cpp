@@ -4,9 +4,9 @@
 #include <array>
 
 #include "platform/qt/text.h"
+#include "resources/qt/texts.h"
 #include "resources/string_id.h"
 #include "widgets/icons.h"
-#include "resources/qt/texts.h"
 
 // The area as an item model.
 
@@ -84,9 +84,7 @@ int PackageArea::rowCount(const QModelIndex& parent) const {
   return parent.internalId() == kRootId && parent.column() == 0 ? rows_.Count() : 0;
 }
 
-int PackageArea::columnCount(const QModelIndex& /*parent*/) const {
-  return package_column::kCount;
-}
+int PackageArea::columnCount(const QModelIndex& /*parent*/) const { return package_column::kCount; }
 
 QVariant PackageArea::data(const QModelIndex& index, int role) const {
   if (!checkIndex(index, CheckIndexOption::IndexIsValid)) {
@@ -101,9 +99,8 @@ QVariant PackageArea::data(const QModelIndex& index, int role) const {
     case Qt::EditRole:
       return CellText(rows_.At(index.row()), column);
     case Qt::DecorationRole:
-      return column == package_column::kTime || column == package_column::kName
-                 ? QVariant(image_)
-                 : QVariant();
+      return column == package_column::kTime || column == package_column::kName ? QVariant(image_)
+                                                                                : QVariant();
     default:
       return {};
   }

@@ -103,9 +103,8 @@ void PackageArea::RemovePackage(const std::string& name) {
     return;
   }
   BeginWork(*package, PackageWork::Removing);
-  session_.RemovePackage("/" + name, [this, name](const ChangeAnswer& answer) {
-    OnPackageRemoved(name, answer);
-  });
+  session_.RemovePackage(
+      "/" + name, [this, name](const ChangeAnswer& answer) { OnPackageRemoved(name, answer); });
 }
 
 void PackageArea::OnPackageRemoved(const std::string& name, const ChangeAnswer& answer) {
@@ -131,10 +130,9 @@ void PackageArea::RemoveFile(const std::string& package, const std::string& file
     files_.removing.insert(file);
     QTimer::singleShot(times_.quiet, this, [this] { Q_EMIT FilesChanged(); });
   }
-  session_.RemoveFile("/" + package + "/" + file,
-                      [this, package, file](const ChangeAnswer& answer) {
-                        OnFileRemoved(package, file, answer);
-                      });
+  session_.RemoveFile(
+      "/" + package + "/" + file,
+      [this, package, file](const ChangeAnswer& answer) { OnFileRemoved(package, file, answer); });
 }
 
 void PackageArea::OnFileRemoved(const std::string& package, const std::string& file,

@@ -33,10 +33,9 @@ void PackageArea::AskForFiles() {
     return;
   }
   files_.state = PackageFiles::State::Asked;
-  filesRequest_ = session_.ListFolder("/" + selected_, ListAgain::No, AskedBy::Person,
-                                      [this](ListingAnswer answer) {
-                                        OnFilesListed(std::move(answer));
-                                      });
+  filesRequest_ =
+      session_.ListFolder("/" + selected_, ListAgain::No, AskedBy::Person,
+                          [this](ListingAnswer answer) { OnFilesListed(std::move(answer)); });
   Q_EMIT FilesChanged();
 }
 

@@ -33,9 +33,8 @@ void PackageArea::Refresh(AskedBy by) {
     session_.Drop(rootRequest_);
   }
   rootAskedBy_ = by;
-  rootRequest_ = session_.ListFolder("/", ListAgain::Once, by, [this](ListingAnswer answer) {
-    OnListed(std::move(answer));
-  });
+  rootRequest_ = session_.ListFolder("/", ListAgain::Once, by,
+                                     [this](ListingAnswer answer) { OnListed(std::move(answer)); });
   if (connection_ == Connection::Lost && by == AskedBy::Person) {
     connection_ = Connection::Connecting;
   }

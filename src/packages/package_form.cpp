@@ -8,8 +8,8 @@
 #include "packages/group_frame.h"
 #include "packages/header_text.h"
 #include "platform/qt/text.h"
-#include "resources/string_id.h"
 #include "resources/qt/texts.h"
+#include "resources/string_id.h"
 
 namespace updown {
 namespace {

@@ -37,9 +37,9 @@ class PackageForm : public QWidget {
   CEditNoMenu* notesEdit_;
   QGroupBox* attachmentGroup_;
   AttachmentList* attachments_;
-  QTimer slow_;            // runs while nothing needs to be said yet of the files asked for
-  bool complete_ = true;   // the package shown last; before the first one all parts show
-  int lineHeight_ = 0;     // of the header; 0: not worked out yet
+  QTimer slow_;           // runs while nothing needs to be said yet of the files asked for
+  bool complete_ = true;  // the package shown last; before the first one all parts show
+  int lineHeight_ = 0;    // of the header; 0: not worked out yet
 };
 
 }  // namespace updown

@@ -8,8 +8,8 @@
 #include <utility>
 
 #include "platform/qt/text.h"
-#include "resources/string_id.h"
 #include "resources/qt/texts.h"
+#include "resources/string_id.h"
 
 namespace updown {
 namespace {
@@ -31,9 +31,8 @@ PackageList::PackageList(PackageArea& area, QString service, QWidget* parent)
   inView_.setSingleShot(true);
   connect(&slow_, &QTimer::timeout, this, [this] { ShowConnection(true); });
   connect(&inView_, &QTimer::timeout, this, &PackageList::TellRowsInView);
-  connect(&columns_, &QAbstractItemModel::layoutChanged, this, [this] {
-    inView_.start(kInViewDelay);
-  });
+  connect(&columns_, &QAbstractItemModel::layoutChanged, this,
+          [this] { inView_.start(kInViewDelay); });
   connect(&area_, &PackageArea::SelectionChanged, this, &PackageList::ShowSelection);
   connect(&area_, &PackageArea::ConnectionChanged, this, &PackageList::FollowConnection);
   connect(this, &RowListView::RowMenuRequested, this,
@@ -147,9 +146,8 @@ void PackageList::ShowMenu(const QPoint& globalPosition) {
       menu->addAction(Text(StringId::MenuPackageRefresh) + QStringLiteral("\tF5"));
   connect(refresh, &QAction::triggered, this, [this] { area_.Refresh(AskedBy::Person); });
   const QAction* remove = menu->addAction(Text(StringId::MenuPackageDelete));
-  connect(remove, &QAction::triggered, this, [this, name = FromUtf8(area_.Selected())] {
-    Q_EMIT DeleteWanted(name);
-  });
+  connect(remove, &QAction::triggered, this,
+          [this, name = FromUtf8(area_.Selected())] { Q_EMIT DeleteWanted(name); });
   menu->popup(globalPosition);
 }
 

@@ -7,9 +7,9 @@
 #include <QStyledItemDelegate>
 
 #include "platform/qt/text.h"
+#include "resources/qt/texts.h"
 #include "resources/string_id.h"
 #include "widgets/icons.h"
-#include "resources/qt/texts.h"
 
 namespace updown {
 namespace {

@@ -10,7 +10,8 @@
 namespace updown {
 
 NoticeBar::NoticeBar(QWidget* parent)
-    : QFrame(parent), text_(new QLabel(this)),
+    : QFrame(parent),
+      text_(new QLabel(this)),
       tryAgain_(new QToolButton(this)),
       close_(new QToolButton(this)) {
   setObjectName(u"noticeBar"_qs);

@@ -29,7 +29,9 @@ RowListView::RowListView(QWidget* parent) : QTreeView(parent) {
   setEditTriggers(NoEditTriggers);
 }
 
-int RowListView::RowCount() const { return model() != nullptr ? model()->rowCount(rootIndex()) : 0; }
+int RowListView::RowCount() const {
+  return model() != nullptr ? model()->rowCount(rootIndex()) : 0;
+}
 
 int RowListView::ColumnCount() const {
   return model() != nullptr ? model()->columnCount(rootIndex()) : 0;

@@ -5,10 +5,13 @@
 
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QLabel>
 #include <QLineEdit>
 #include <QSplitter>
 #include <QTest>
 #include <QTimer>
+#include <QToolButton>
+#include <QTreeView>
 #include <filesystem>
 #include <map>
 #include <thread>
@@ -111,6 +114,37 @@ TEST_F(MainWindowTest, EndsInTimeWhateverAWorkerWaitsFor) {
     EXPECT_EQ(Stored().size(), 1U) << stalled;
     window_.reset();
   }
+}
+
+// Resolve, connect, opening, listing: the window is there before and does not wait.
+TEST_F(MainWindowTest, EndsInTimeWhateverTheSessionWaitsFor) {
+  for (const std::uint32_t stalled : {1U, 2U, message::kOpenSession, message::kList}) {
+    Start({});
+    served_->Service().AddFault({.kind = Kind::Stall, .message = stalled, .times = 0});
+    Open();
+    EXPECT_TRUE(window_->isVisible() && !served_->Saw(1)) << "on the screen before it asks";
+    ASSERT_TRUE(QTest::qWaitFor([&] { return served_->Saw(stalled); }, kPatienceMs)) << stalled;
+    ExpectEndsInTime();
+    window_.reset();
+  }
+}
+
+TEST_F(MainWindowTest, OneNoticeTellsAnOutageAndOffersToTryAgain) {
+  Open();
+  ASSERT_TRUE(Listed());
+  const auto* const bar = window_->findChild<NoticeBar*>();
+  served_->Service().AddFault({.kind = Kind::DropBefore, .message = message::kList, .times = 0});
+  QTest::keyClick(window_->findChild<QTreeView*>(u"packageList"_qs), Qt::Key_F5);
+  ASSERT_TRUE(QTest::qWaitFor([&] { return bar->isVisible(); }, kPatienceMs));
+  EXPECT_EQ(bar->findChild<QLabel*>()->text(),
+            u"Network error. Please check your network connection.[8194]"_qs);
+  EXPECT_TRUE(Listed());
+  served_->Service().ClearFaults();
+  bar->findChild<QToolButton*>(u"noticeTryAgain"_qs)->click();
+  EXPECT_FALSE(bar->isVisible());
+  EXPECT_TRUE(QTest::qWaitFor(
+      [&] { return window_->Area().State() == PackageArea::Connection::There; }, kPatienceMs));
+  EXPECT_FALSE(bar->isVisible());
 }
 
 TEST_F(MainWindowTest, EndsInTimeWhileAWorkerAsksForAListing) {

@@ -158,8 +158,8 @@ TEST(Scheduler, AThrowingTransferClosesItsConnection) {
   WriteFile(world.served.File("f"), Pattern(10000));
   TransferRecord record;
   record.SetPaths({"/f", world.local.File("f")});
-  EXPECT_THROW(RunTaskTransfer(world.service, "fileservice", 8080, world.session.Key().sessid, record,
-                               &progress, &world.context->connections),
+  EXPECT_THROW(RunTaskTransfer(world.service, "fileservice", 8080, world.session.Key().sessid,
+                               record, &progress, &world.context->connections),
                std::bad_alloc);
   EXPECT_TRUE(world.told->Until([&] { return world.peer.OpenConnections() == 1; }));
 }

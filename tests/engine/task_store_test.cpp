@@ -5,7 +5,6 @@
 namespace updown {
 namespace {
 
-
 class Tasks : public ::testing::Test {
  protected:
   TaskPointer Add(const std::string& remotePath, bool keep = true) {

@@ -21,10 +21,10 @@
 
 namespace updown::test {
 
+using peer::Fault;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::StartsWith;
-using peer::Fault;
 using Names = std::vector<std::string>;
 
 constexpr int kPatienceMs = 10000;
@@ -50,8 +50,8 @@ class AreaWorld : public ::testing::Test {
   AreaWorld() : peer_(ServedFrom(served_)), environment_(peer_.Environment()) {
     launch_.serverName = "fileservice";
     session_.emplace(
-        service_, launch_, [this](std::function<void()> call) { mainThread_.Post(std::move(call)); },
-        nullptr, [] {});
+        service_, launch_,
+        [this](std::function<void()> call) { mainThread_.Post(std::move(call)); }, nullptr, [] {});
   }
   ~AreaWorld() override {
     area_.reset();

@@ -36,8 +36,7 @@ TEST(AttachmentTexts, TipHasALineForEachColumnWithoutWidth) {
   EXPECT_EQ(AttachmentTip(entry),
             u"Name:a.zip\r\nSize:\r\nType:ZIP File\r\nCreated:2008-01-15 09:30");
   entry.type = kEntryFolder;
-  EXPECT_EQ(AttachmentTip(entry),
-            u"Name:a.zip\r\nType:File folder\r\nCreated:2008-01-15 09:30");
+  EXPECT_EQ(AttachmentTip(entry), u"Name:a.zip\r\nType:File folder\r\nCreated:2008-01-15 09:30");
 }
 
 }  // namespace

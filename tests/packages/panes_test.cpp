@@ -65,9 +65,8 @@ class PanesTest : public AreaWorld {
     ASSERT_TRUE(Settle());
   }
   bool Settle() {
-    return Await([this] {
-      return !session_->Busy() && area_->Files().state != PackageFiles::State::Asked;
-    });
+    return Await(
+        [this] { return !session_->Busy() && area_->Files().state != PackageFiles::State::Asked; });
   }
   ~PanesTest() override { window_.reset(); }
 
@@ -176,8 +175,8 @@ TEST_F(PanesTest, ARefreshKeepsSortingSelectionAndTheFilesOnShow) {
   EXPECT_EQ(list_->SelectedRow(), 2);
   ASSERT_TRUE(Settle());
   Click(&Attachments(), Attachments().CellAt(0, attachment_column::kSave));
-  EXPECT_THAT(downloads_.saved, ElementsAre("of" + kSecond + ".txt from /" + kSecond + "/of" +
-                                            kSecond + ".txt"));
+  EXPECT_THAT(downloads_.saved,
+              ElementsAre("of" + kSecond + ".txt from /" + kSecond + "/of" + kSecond + ".txt"));
   ClickHeading(package_column::kFrom);
   EXPECT_EQ(Senders(), "f2 f1 f0 ");
   Arrive(kFirst, "f9");
