@@ -9,12 +9,14 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <random>
 #include <set>
 #include <string>
 #include <thread>
+#include <unordered_set>
 
 #include "demo/kill/world.h"
 #include "engine/engine_events.h"
@@ -25,6 +27,7 @@
 #include "engine/task_list_saver.h"
 #include "engine/task_store.h"
 #include "localdata/tasklist.h"
+#include "platform/event.h"
 #include "platform/posted_calls.h"
 #include "platform/text.h"
 
@@ -71,10 +74,12 @@ class KilledClient : private EngineEvents {
   }
 
   void Start() {
-    session_.OpenSharedSession();
-    store_->RestoreTasks(session_.Sessid(), [](TaskId) {});
+    session_.Open(AskedBy::Program, [](const SessionResult&) {});
+    granted_.WaitFor(kPatience);
+    store_->RestoreTasks(session_.Key().sessid, [](TaskId) {});
+    const std::unordered_set<std::string> cached = cache_.Names();
     for (int n = 0; n < kHeaders; ++n) {
-      if (!cache_.IsPackageIniCached(Header(n))) {
+      if (!cached.contains(Header(n))) {
         Add(Header(n), cache_.BeginFetch(Header(n)), false);
       }
     }
@@ -125,7 +130,8 @@ class KilledClient : private EngineEvents {
   }
 
   void Add(const std::string& name, const std::string& target, bool keep) {
-    store_->AddDownload({name, "/" + name, session_.Sessid(), "fileservice", 8080}, target, keep);
+    store_->AddDownload({name, "/" + name, session_.Key().sessid, "fileservice", 8080}, target,
+                        keep);
     context_->schedulerWake.Set();
   }
 
@@ -176,7 +182,9 @@ class KilledClient : private EngineEvents {
   std::minstd_rand dice_;
   LaunchState launch_;
   FileService service_;
-  SharedSession session_{service_, launch_, nullptr};
+  Event granted_;
+  Session session_{service_, launch_, [](const std::function<void()>&) {}, nullptr,
+                   [this] { granted_.Set(); }};
   const std::shared_ptr<PostedCalls> calls_ = std::make_shared<PostedCalls>([] {});
   PackageCache cache_;
   std::shared_ptr<SchedulerContext> context_ = std::make_shared<SchedulerContext>();

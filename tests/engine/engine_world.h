@@ -6,7 +6,6 @@
 #include <condition_variable>
 #include <cstdint>
 #include <functional>
-#include <latch>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -18,6 +17,7 @@
 #include "engine/session.h"
 #include "engine/task_store.h"
 #include "peer/stand_in.h"
+#include "platform/event.h"
 #include "tests/support/environment.h"
 #include "tests/support/temporary_folder.h"
 
@@ -87,19 +87,13 @@ class Told : public EngineEvents {
   std::condition_variable changed_;
 };
 
-inline void CountOnce(std::latch& latch) {
-  if (!latch.try_wait()) {
-    latch.count_down();
-  }
-}
-
 // A stand-in service and an engine that tells the test.
 class EngineWorld {
  public:
   explicit EngineWorld(peer::Options options = {}) : peer(Serve(std::move(options))) {
     launch.serverName = "fileservice";
     session.Open(AskedBy::Program, [](const SessionResult&) {});
-    granted->wait();
+    granted.WaitFor(std::chrono::seconds(20));
     Renew(std::chrono::milliseconds(1));
   }
   ~EngineWorld() { End(); }
@@ -169,9 +163,9 @@ class EngineWorld {
   LaunchState launch;
   FileService service;
   // Nobody waits for its answers on the main thread.
-  std::shared_ptr<std::latch> granted = std::make_shared<std::latch>(1);
+  Event granted;
   Session session{service, launch, [](const std::function<void()>&) {}, nullptr,
-                  [first = granted] { CountOnce(*first); }};
+                  [this] { granted.Set(); }};
   std::shared_ptr<Told> told = std::make_shared<Told>();
   std::shared_ptr<SchedulerContext> context;
   std::optional<TaskStore> store;

@@ -149,7 +149,7 @@ TEST(KeptTasks, FetchesOfHeadersAreNeitherStoredNorRestored) {
       {record(1, folder.File("mine.ini")), record(2, cache.PathOf("other.ini")),
        record(3, folder.File("INICache/earlier/cut.ini")), record(4, folder.File("INICache2/x"))},
       cache);
-  EXPECT_FALSE(cache.IsPackageIniCached("cut.ini"));
+  EXPECT_FALSE(cache.Names().contains("cut.ini"));
   records.push_back(std::make_shared<TransferRecord>(record(5, folder.File("hidden"))));
   records.push_back(std::make_shared<TransferRecord>(record(6, cache.PathOf("x.ini"))));
   std::vector<std::uint32_t> kept;
