@@ -138,7 +138,7 @@ class KilledClient : private EngineEvents {
   void AddUserFile(int n) {
     const std::string path = "/" + UserFile(n);
     if (!deleted_.contains(path) &&
-        !store_->IsDuplicate(Utf8ToWide(path), TaskStore::DuplicateScope::EveryState)) {
+        !store_->IsDuplicate(path)) {
       Add(UserFile(n), folder_ + "/got/" + UserFile(n), true);
     }
   }
