@@ -3,12 +3,12 @@
 #include <QApplication>
 #include <QLibraryInfo>
 #include <QTranslator>
-#include <cstdio>
 #include <cstdlib>
 #include <utility>
 
 #include "app/command_line.h"
 #include "app/launch_identity.h"
+#include "platform/debug_stream.h"
 #include "platform/unique_fd.h"
 #include "resources/strings.h"
 #include "widgets/boxes.h"
@@ -29,6 +29,11 @@ void TranslateToolkit(AnsiCodePage codePage) {
       translator->load(name, QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
     QCoreApplication::installTranslator(translator.release());
   }
+}
+
+// The toolkit's own handler would wait for who reads the stream.
+void PrintToolkitMessage(QtMsgType type, const QMessageLogContext& context, const QString& text) {
+  WriteDebugText(qFormatLogMessage(type, context, text).append(u'\n').toStdString());
 }
 
 }  // namespace
@@ -99,6 +104,7 @@ bool CUpDownApp::ExitInstance() {
 
 int RunUpDown(int argc, char** argv, const Preparation& prepare) {
   HoldStandardStreams();
+  qInstallMessageHandler(&PrintToolkitMessage);
   std::vector<std::string> arguments(argv, argv + argc);
   // The toolkit's own options are none of the program's.
   int ownName = argc > 0 ? 1 : 0;
@@ -112,7 +118,6 @@ int RunUpDown(int argc, char** argv, const Preparation& prepare) {
   }
   app.Exec();
   if (!app.ExitInstance()) {
-    std::fflush(nullptr);
     std::_Exit(EXIT_SUCCESS);
   }
   return EXIT_SUCCESS;
