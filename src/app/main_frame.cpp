@@ -19,7 +19,6 @@ namespace updown {
 namespace {
 
 constexpr int kFrameIcon = 128;
-constexpr int kInstancePollMs = 50;
 constexpr QSize kFirstSize{960, 720};
 constexpr int kTreeWidth = 200;  // when the keyboard opens it
 // With the windows' own end this keeps the whole exit below two seconds.
@@ -83,7 +82,7 @@ void CMainFrame::LoadFrame() {
 }
 
 void CMainFrame::OnCreateClient() {
-  instanceTimer_.start(kInstancePollMs, this);
+  WatchForSecondStart();
   outer_ = std::make_unique<CMySplitter>(Qt::Horizontal);
   tree_ = new CMyFolderTree(*this);
   inner_ = new CMySplitter(Qt::Vertical);
@@ -149,15 +148,20 @@ void CMainFrame::showEvent(QShowEvent* event) {
 }
 
 void CMainFrame::timerEvent(QTimerEvent* event) {
-  if (event->timerId() == instanceTimer_.timerId()) {
-    if (instanceEvent_.TestAndReset()) {
-      RaiseFrame();
-    }
-  } else if (event->timerId() == saveTimer_.timerId()) {
+  if (event->timerId() == saveTimer_.timerId()) {
     OnSavePause();
   } else {
     QMainWindow::timerEvent(event);
   }
+}
+
+void CMainFrame::WatchForSecondStart() {
+  secondStart_.emplace(instanceEvent_.Descriptor(), QSocketNotifier::Read);
+  connect(&*secondStart_, &QSocketNotifier::activated, this, [this] {
+    if (instanceEvent_.TestAndReset()) {
+      RaiseFrame();
+    }
+  });
 }
 
 void CMainFrame::RaiseFrame() {
@@ -177,7 +181,7 @@ bool CMainFrame::ShutDown() {
   if (threadsEnded_) {
     return *threadsEnded_;
   }
-  instanceTimer_.stop();
+  secondStart_.reset();
   saveTimer_.stop();
   hide();
   if (statusWindow_) {

@@ -2,6 +2,7 @@
 
 #include <QBasicTimer>
 #include <QMainWindow>
+#include <QSocketNotifier>
 #include <memory>
 #include <optional>
 
@@ -66,6 +67,7 @@ class CMainFrame final : public QMainWindow, public FrameOperations {
   void WireWindows();
   void LayOutPanes();
   void GoToTreeOrBack();
+  void WatchForSecondStart();
   void RaiseFrame();
 
   MessageResult WindowProc(const WindowMessage& message);
@@ -101,7 +103,7 @@ class CMainFrame final : public QMainWindow, public FrameOperations {
   CMyFormView* form_ = nullptr;
   std::unique_ptr<CTransferStatusDlg> statusWindow_;
 
-  QBasicTimer instanceTimer_;
+  std::optional<QSocketNotifier> secondStart_;
   QBasicTimer saveTimer_;
   SaveThrottle saveThrottle_;
   QString saveFolder_;  // where the last target was chosen
