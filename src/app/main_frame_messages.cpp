@@ -101,6 +101,9 @@ void CMainFrame::OnTaskAdded(const WindowMessage& message) {
   if (!statusWindow_ || !tasks_.Find(message.wParam)) {
     return;
   }
+  if (!statusWindow_->isVisible()) {
+    statusWindow_->show();  // a window manager is not told of a hidden window's states
+  }
   statusWindow_->showMinimized();
   ForwardToStatus(frame_message::kTaskAdded, message);
 }
