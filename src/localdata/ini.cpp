@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <utility>
 
 #include "localdata/files.h"
+#include "platform/debug_stream.h"
 #include "platform/local_file.h"
 #include "platform/text.h"
 
@@ -82,7 +82,7 @@ IniFile::LineOutcome IniFile::TakeLine(std::string_view line, std::string& curre
     return LineOutcome::Continue;
   }
   if (!IsPrintable(line.front())) {
-    std::printf("Failing on char %d\n", static_cast<int>(static_cast<signed char>(line.front())));
+    OutputLine("Failing on char %d\n", static_cast<int>(static_cast<signed char>(line.front())));
     return LineOutcome::Refused;
   }
   const std::size_t mark = line.find_first_of(";#[=");
