@@ -1,7 +1,8 @@
 #include "peer/faults.h"
 
 #include <array>
-#include <charconv>
+
+#include "peer/numbers.h"
 
 namespace updown::peer {
 
@@ -31,13 +32,6 @@ constexpr std::uint32_t kLowestServiceMessage = 4096;
 bool LooksOutFor(const Fault& fault, std::uint32_t message) {
   if (fault.message == 0) return message >= kLowestServiceMessage;
   return fault.message == message;
-}
-
-std::optional<std::uint32_t> ParseNumber(std::string_view text) {
-  std::uint32_t number = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
-  return number;
 }
 
 std::string_view TakeField(std::string_view& text) {

@@ -64,10 +64,7 @@ bool ServiceConnection::Answer(const Request& request, const Bytes& frame) {
   }
   const bool replaced = fault && ReplacesReply(fault->kind);
   Reply reply = replaced ? Replacement(*fault) : Perform(request, fault);
-  if (request.message == message::kReadBlock &&
-      !connection_.Pause(milliseconds(world_.options.blockDelayMs))) {
-    return false;
-  }
+  if (!connection_.Pause(world_.delays.Of(request.message))) return false;
   if (fault) return SendSpoiled(*fault, request.message, std::move(reply));
   Bytes bytes = FrameOf(reply);
   if (reply.tail.size() <= kLongestRequest) {

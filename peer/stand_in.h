@@ -45,6 +45,12 @@ struct Fault {
   std::uint32_t code = 0;  // WrongCode
 };
 
+// A reply that is held back. `message` as in Fault; a delay for 0 adds to a message's own.
+struct Delay {
+  std::uint32_t message = 0;
+  std::uint32_t milliseconds = 0;
+};
+
 struct Options {
   std::string root;  // folder served as "/"
   int dialect = 1;   // 1 or 2
@@ -52,12 +58,13 @@ struct Options {
   std::optional<Login> login;               // nothing: sessions are granted at once
   std::string serviceName = "fileservice";  // what the relay resolves
   bool fragment = false;  // every send byte by byte (first 64 bytes), then in odd pieces
-  std::uint32_t blockDelayMs = 0;
+  std::vector<Delay> delays;
   std::vector<Fault> faults;
   std::uint16_t port = 0;  // port to listen on; 0: any free one
   // First part of the client's identity. One instance runs for an identity on a machine, so the
   // port stands in where it is left empty: what runs side by side does not meet.
   std::string identity;
+  std::uint32_t firstSession = 0;  // number of the first session, so that two lives differ
 };
 
 // One request as it came in, for tests to look at.
@@ -83,7 +90,10 @@ class StandIn {
   std::vector<std::pair<std::string, std::string>> Environment(int languageId = 1033) const;
 
   void AddFault(const Fault& fault);
-  void ClearFaults();
+  void ClearFaults();  // and delays
+  void SetDelay(const Delay& delay);
+  // While it is off, new connections wait as for a service that is stuck.
+  void SetAccepting(bool on);
   void SetBlockLength(std::uint32_t length);
   // Sessions issued so far are no longer known: attaching with them is refused with "login needed".
   void ForgetSessions();

@@ -22,7 +22,6 @@
 namespace updown {
 namespace {
 
-constexpr int kInstancePollMs = 50;
 constexpr QSize kFirstSize{960, 720};
 constexpr int kTreeWidth = 200;  // when the keyboard opens it
 // With the windows' own end this keeps the whole exit below two seconds.
@@ -95,7 +94,7 @@ void MainWindow::MakeShortcuts() {
 }
 
 void MainWindow::CreatePanes() {
-  instanceTimer_.start(kInstancePollMs, this);
+  WatchForSecondStart();
   outer_ = std::make_unique<CMySplitter>(Qt::Horizontal);
   tree_ = new CMyFolderTree(requests_, downloads_, cache_);
   inner_ = new CMySplitter(Qt::Vertical);
@@ -164,14 +163,13 @@ void MainWindow::showEvent(QShowEvent* event) {
   }
 }
 
-void MainWindow::timerEvent(QTimerEvent* event) {
-  if (event->timerId() == instanceTimer_.timerId()) {
+void MainWindow::WatchForSecondStart() {
+  secondStart_.emplace(instanceEvent_.Descriptor(), QSocketNotifier::Read);
+  connect(&*secondStart_, &QSocketNotifier::activated, this, [this] {
     if (instanceEvent_.TestAndReset()) {
       Raise();
     }
-  } else {
-    QMainWindow::timerEvent(event);
-  }
+  });
 }
 
 void MainWindow::Raise() {
@@ -191,7 +189,7 @@ bool MainWindow::ShutDown() {
   if (threadsEnded_) {
     return *threadsEnded_;
   }
-  instanceTimer_.stop();
+  secondStart_.reset();
   hide();
   if (statusWindow_) {
     statusWindow_->hide();

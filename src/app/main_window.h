@@ -1,7 +1,7 @@
 #pragma once
 
-#include <QBasicTimer>
 #include <QMainWindow>
+#include <QSocketNotifier>
 #include <memory>
 #include <optional>
 
@@ -50,7 +50,6 @@ class MainWindow final : public QMainWindow, private EngineEvents {
  protected:
   void closeEvent(QCloseEvent* event) override;
   void showEvent(QShowEvent* event) override;
-  void timerEvent(QTimerEvent* event) override;
 
  private:
   void LoadStoredTasks();
@@ -60,6 +59,7 @@ class MainWindow final : public QMainWindow, private EngineEvents {
   void ConnectPanes();
   void LayOutPanes();
   void GoToTreeOrBack();
+  void WatchForSecondStart();
   void Raise();
   void ShowStatus();
 
@@ -92,7 +92,7 @@ class MainWindow final : public QMainWindow, private EngineEvents {
   CMyFormView* form_ = nullptr;
   std::unique_ptr<CTransferStatusDlg> statusWindow_;
 
-  QBasicTimer instanceTimer_;
+  std::optional<QSocketNotifier> secondStart_;
   bool laidOut_ = false;
   std::optional<bool> threadsEnded_;  // set by ShutDown
   TaskListKeeper keeper_;

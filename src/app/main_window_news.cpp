@@ -62,6 +62,9 @@ void MainWindow::ShowAddedTask(TaskId task) {
 void MainWindow::ShowRestoredTask(TaskId task) {
   mainThread_.Post([this, task] {
     if (statusWindow_ && downloads_.Find(task)) {
+      if (!statusWindow_->isVisible()) {
+        statusWindow_->show();  // a window manager is not told of a hidden window's states
+      }
       statusWindow_->showMinimized();
       TellStatus([task](CTransferStatusDlg& status) { status.AddRow(task); });
     }

@@ -1,6 +1,6 @@
 #include "service/block_transfer.h"
 
-#include <cstdio>
+#include "platform/debug_stream.h"
 
 namespace updown {
 
@@ -20,8 +20,8 @@ int AskInformation(Dialect dialect, int socket, const TransferRecord& record, Me
 }
 
 void PrintInformation(const FileInformation& information) {
-  std::fprintf(stderr, "get infomation:\n\tsize:\t%d\n\tmtime:\t%d\n",
-               static_cast<int>(information.size), static_cast<int>(information.modificationTime));
+  DebugLine("get infomation:\n\tsize:\t%d\n\tmtime:\t%d\n", static_cast<int>(information.size),
+            static_cast<int>(information.modificationTime));
 }
 
 int EndTransfer(Dialect dialect, const TransferPosition& position, int result,

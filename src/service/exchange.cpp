@@ -4,8 +4,8 @@
 #include <sys/socket.h>
 
 #include <cerrno>
-#include <cstdio>
 
+#include "platform/debug_stream.h"
 #include "service/messages.h"
 #include "service/result_codes.h"
 
@@ -49,7 +49,7 @@ int ReceiveMore(int socket, MessageBuffer& buffer) {
 int SendBuffered(int socket, MessageBuffer& buffer) {
   while (buffer.Unread() > 0) {
     const ssize_t sent = SendOnce(socket, buffer.UnreadBytes());
-    std::fprintf(stderr, "send message. return %d\n", static_cast<int>(sent));
+    DebugLine("send message. return %d\n", static_cast<int>(sent));
     if (sent <= 0) {
       return result::kConnection;
     }
@@ -71,10 +71,10 @@ int ReceiveReply(int socket, MessageBuffer& buffer, ServiceReply& reply) {
     return result::kNotDecodable;
   }
   const std::string_view data = AsText(reply.data);
-  std::fprintf(stderr,
-               "decode message. return %d\nmessage code: %x\nmessage data length: %d\n"
-               "message data: %.*s\n",
-               size, reply.code, PrintLength(data), PrintLength(data), data.data());
+  DebugLine(
+      "decode message. return %d\nmessage code: %x\nmessage data length: %d\n"
+      "message data: %.*s\n",
+      size, reply.code, PrintLength(data), PrintLength(data), data.data());
   buffer.AdvanceRead(static_cast<std::uint32_t>(size));
   return result::kOk;
 }
@@ -82,7 +82,7 @@ int ReceiveReply(int socket, MessageBuffer& buffer, ServiceReply& reply) {
 int ExchangeRaw(int socket, std::uint32_t code, Bytes data, MessageBuffer& buffer,
                 ServiceReply& reply) {
   const int size = EncodeMessage(buffer.FreeBytes(), code, data);
-  std::fprintf(stderr, "encode message. return %d\n", size);
+  DebugLine("encode message. return %d\n", size);
   if (size < 0) {
     return result::kNotEncodable;
   }

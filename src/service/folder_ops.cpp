@@ -1,5 +1,4 @@
-#include <cstdio>
-
+#include "platform/debug_stream.h"
 #include "service/dialect.h"
 #include "service/nested_list.h"
 #include "wire/tags.h"
@@ -32,7 +31,7 @@ int RenameEntry(Dialect dialect, int socket, std::string_view newPath, std::stri
   table.Set(tag::kOldPath, oldPath);
   table.Set(tag::kNewPath, newPath);
   const NestedList list(table);
-  std::fprintf(stderr, "gen authenticate string return %d\n", list.Size());
+  DebugLine("gen authenticate string return %d\n", list.Size());
   if (!list.Fits()) {
     return result::kNotEncodable;
   }
