@@ -58,7 +58,7 @@ class Scheduler {
 
 // One task from start to end on the calling worker thread; returns its result code. Posts
 // kTaskResult and kSaveTaskList to the task's owner at the end and closes `run`. Throws nothing:
-// when memory or another resource runs out, the task ends Failed with result::kFileWrite.
+// when memory or another resource runs out, the task ends Failed with result::kNotEncodable.
 int RunTransferWorker(SchedulerContext& context, const TaskPointer& task, std::uint32_t run);
 
 }  // namespace updown

@@ -13,8 +13,18 @@ namespace {
 constexpr std::size_t kPathBuffer = 260;  // terminator included
 constexpr std::size_t kMostBytes = std::numeric_limits<int>::max();
 
+// Leaves the reason in errno.
 bool UsablePath(const std::string& path) {
-  return !path.empty() && path.size() < kPathBuffer && path.find('\0') == std::string::npos;
+  if (path.empty()) {
+    errno = ENOENT;
+  } else if (path.size() >= kPathBuffer) {
+    errno = ENAMETOOLONG;
+  } else if (path.find('\0') != std::string::npos) {
+    errno = EINVAL;
+  } else {
+    return true;
+  }
+  return false;
 }
 
 // Repeats `call` while signals interrupt it. Its count, or the negated errno.

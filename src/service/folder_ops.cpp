@@ -7,9 +7,9 @@
 namespace updown {
 
 int Exchange(Dialect dialect, Connection& connection, std::uint32_t code, Bytes data,
-             MessageBuffer& buffer, ServiceReply& reply) {
-  return dialect == Dialect::First ? ExchangeChecked(connection, code, data, buffer, reply)
-                                   : ExchangeRaw(connection, code, data, buffer, reply);
+             MessageBuffer& buffer, ServiceReply& reply, std::size_t most) {
+  return dialect == Dialect::First ? ExchangeChecked(connection, code, data, buffer, reply, most)
+                                   : ExchangeRaw(connection, code, data, buffer, reply, most);
 }
 
 int ExchangeStatus(Dialect dialect, Connection& connection, std::uint32_t code, Bytes data,
