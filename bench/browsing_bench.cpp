@@ -60,7 +60,7 @@ Filled MeasureCached(int rows, int runs) {
   Times sort;
   SharedSession& session = world.Window().Session();
   for (int run = 0; run < runs; ++run) {
-    listing.Take([&] { session.Ops().ListFolder(session.Socket(), "/"); });
+    listing.Take([&] { session.Ops().ListFolder(session.Link(), "/"); });
     fill.Take([&] { world.Refresh(); });
     sort.Take([&] { world.ClickHeading(package_column::kSubject); });
     QCoreApplication::processEvents();

@@ -42,14 +42,15 @@ double SecondsFor(const std::string& bytes, int entries) {
       sent += static_cast<std::size_t>(moved);
     }
   });
+  Connection connection;
+  connection.Adopt(pair[0]);
   const Cost cost = Measure([&] {
-    const FolderListing listing = FirstDialect().ListFolder(pair[0], "/");
-    if (listing.error != 0 || listing.chain.Size() != static_cast<std::size_t>(entries)) {
+    const FolderListing listing = FirstDialect().ListFolder(connection, "/");
+    if (listing.error != 0 || listing.entries.size() != static_cast<std::size_t>(entries)) {
       std::printf("listing failed: %d\n", listing.error);
     }
   });
   server.join();
-  close(pair[0]);
   close(pair[1]);
   return cost.processor;
 }

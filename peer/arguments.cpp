@@ -32,7 +32,7 @@ const char* const kHelpText =
                         (0: for ever). MESSAGE: the code; 0 all of the service's; 1 and 2 the
                         relay's resolve and connect. KIND: drop-before, drop-inside, drop-after,
                         stall, wrong-code, bad-list, oversized, no-code, empty-block, bad-entry,
-                        cut-listing. May be given several times.
+                        cut-listing, wrong-offset, long-block, long-entry. May be given several times.
   --print-command       print one line that a shell takes instead of one line for each variable
   --until-eof           end when standard input ends
   --control             take commands from standard input, and end with it; "help" lists them

@@ -13,7 +13,7 @@ struct KindName {
   Fault::Kind kind;
 };
 
-constexpr std::array<KindName, 11> kKindNames{{
+constexpr std::array<KindName, 14> kKindNames{{
     {"drop-before", Fault::Kind::DropBefore},
     {"drop-inside", Fault::Kind::DropInside},
     {"drop-after", Fault::Kind::DropAfter},
@@ -25,6 +25,9 @@ constexpr std::array<KindName, 11> kKindNames{{
     {"empty-block", Fault::Kind::EmptyBlock},
     {"bad-entry", Fault::Kind::BadEntry},
     {"cut-listing", Fault::Kind::CutListing},
+    {"wrong-offset", Fault::Kind::WrongOffset},
+    {"long-block", Fault::Kind::LongBlock},
+    {"long-entry", Fault::Kind::LongEntry},
 }};
 
 constexpr std::uint32_t kLowestServiceMessage = 4096;

@@ -25,24 +25,27 @@ struct Login {
 // + 1st time, and then `times` times (0: for ever).
 struct Fault {
   enum class Kind {
-    DropBefore,  // close the connection instead of answering
-    DropInside,  // close after half of the reply frame (of the block, for 4104)
-    DropAfter,   // answer, then close
-    Stall,       // never answer, keep the connection open until it is closed
-    WrongCode,   // answer with `code`
-    BadList,     // answer with a frame whose attribute list does not decode
-    Oversized,   // answer with a frame longer than 32768 bytes
-    NoCode,      // answer without attribute 1
-    EmptyBlock,  // 4104: a block of length 0
-    BadEntry,    // 4099: an entry without its attributes, behind the good ones
-    CutListing,  // 4099: close after two entries
+    DropBefore,   // close the connection instead of answering
+    DropInside,   // close after half of the reply frame (of the block, for 4104)
+    DropAfter,    // answer, then close
+    Stall,        // never answer, keep the connection open until it is closed
+    WrongCode,    // answer with `code`
+    BadList,      // answer with a frame whose attribute list does not decode
+    Oversized,    // answer with a frame longer than 32768 bytes
+    NoCode,       // answer without attribute 1
+    EmptyBlock,   // 4104: a block of length 0
+    BadEntry,     // 4099: an entry without its attributes, behind the good ones
+    CutListing,   // 4099: close after two entries
+    WrongOffset,  // 4104: a block that says to lie `code` bytes ahead, modulo 2^32 (dialect 2)
+    LongBlock,    // 4104: a block with `code` bytes more behind it
+    LongEntry,    // 4099: an entry whose length says 0xFFFFFFFF, and nothing behind it
   };
   Kind kind = Kind::DropBefore;
   // Message code; 0: every message of the service; 1 and 2: the relay's resolve and connect.
   std::uint32_t message = 0;
   std::uint32_t skip = 0;
   std::uint32_t times = 1;
-  std::uint32_t code = 0;  // WrongCode
+  std::uint32_t code = 0;  // WrongCode, WrongOffset, LongBlock
 };
 
 // A reply that is held back. `message` as in Fault; a delay for 0 adds to a message's own.

@@ -120,7 +120,7 @@ void Application::TellLaunchFaults() {
   QStringList names;
   for (const LaunchFault& fault : FindLaunchFaults()) {
     DebugLine("updown: the variable %s %s\n", fault.name.c_str(),
-                 fault.missing ? "is missing" : "cannot be used");
+              fault.missing ? "is missing" : "cannot be used");
     names.append(QString::fromStdString(fault.name));
   }
   if (!names.isEmpty()) {

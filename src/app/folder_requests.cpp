@@ -36,7 +36,7 @@ int RemoveFiles(SharedSession& session, const DirectoryList& list, const std::st
     if (!IsSafeName(entry.name)) {
       continue;
     }
-    const int code = session.Ops().RemoveFile(session.Socket(), folder + "/" + entry.name);
+    const int code = session.Ops().RemoveFile(session.Link(), folder + "/" + entry.name);
     if (code != result::kOk) {
       return code;
     }
@@ -51,10 +51,10 @@ ListAnswer RequestListing(SharedSession& session, const std::u16string& path) {
   FolderListing listing;
   listing.error = folder.refusal;
   if (listing.error == 0) {
-    listing = session.Ops().ListFolder(session.Socket(), folder.utf8);
+    listing = session.Ops().ListFolder(session.Link(), folder.utf8);
   }
-  if (!listing.chain.Empty()) {
-    return {std::move(listing.chain), 0};
+  if (!listing.entries.empty()) {
+    return {std::move(listing.entries), 0};
   }
   constexpr auto kNothingRead = static_cast<std::int64_t>(StringId::FolderReadFailed);
   return {std::nullopt, listing.error == 0 ? kNothingRead : listing.error};
@@ -65,7 +65,7 @@ RequestAnswer RequestRemoveFile(SharedSession& session, const std::u16string& pa
   if (file.refusal != 0) {
     return Answer(file.refusal);
   }
-  return Answer(session.Ops().RemoveFile(session.Socket(), file.utf8));
+  return Answer(session.Ops().RemoveFile(session.Link(), file.utf8));
 }
 
 RequestAnswer RequestRename(SharedSession& session, const std::u16string& newPath,
@@ -75,7 +75,7 @@ RequestAnswer RequestRename(SharedSession& session, const std::u16string& newPat
   if (to.refusal != 0 || from.refusal != 0) {
     return Answer(to.refusal != 0 ? to.refusal : from.refusal);
   }
-  return Answer(session.Ops().RenameEntry(session.Socket(), to.utf8, from.utf8));
+  return Answer(session.Ops().RenameEntry(session.Link(), to.utf8, from.utf8));
 }
 
 RequestAnswer RequestRemovePackage(SharedSession& session, const std::u16string& path) {
@@ -83,15 +83,15 @@ RequestAnswer RequestRemovePackage(SharedSession& session, const std::u16string&
   if (folder.refusal != 0) {
     return RemovalAnswer(folder.refusal);
   }
-  const FolderListing listing = session.Ops().ListFolder(session.Socket(), folder.utf8);
+  const FolderListing listing = session.Ops().ListFolder(session.Link(), folder.utf8);
   if (listing.error != result::kOk) {
     return RemovalAnswer(listing.error);
   }
-  const int code = RemoveFiles(session, listing.chain, folder.utf8);
+  const int code = RemoveFiles(session, listing.entries, folder.utf8);
   if (code != result::kOk) {
     return RemovalAnswer(code);
   }
-  return RemovalAnswer(session.Ops().RemoveFolder(session.Socket(), folder.utf8));
+  return RemovalAnswer(session.Ops().RemoveFolder(session.Link(), folder.utf8));
 }
 
 }  // namespace updown

@@ -16,7 +16,7 @@ namespace updown {
 // no box comes up while a request is under way.
 
 struct ListAnswer {
-  std::optional<DirectoryList> list;  // none after a failure; a listing that broke off has entries
+  std::optional<DirectoryList> list;  // none after a failure
   std::int64_t report = 0;
 };
 ListAnswer RequestListing(SharedSession& session, const std::u16string& path);

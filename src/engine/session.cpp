@@ -1,15 +1,11 @@
 #include "engine/session.h"
 
-#include <sys/socket.h>
-
 #include <utility>
 
 #include "localdata/file_names.h"
 #include "platform/text.h"
 #include "resources/string_id.h"
 #include "service/messages.h"
-#include "wire/relay.h"
-#include "wire/sockets.h"
 
 namespace updown {
 namespace {
@@ -19,20 +15,13 @@ std::string CredentialOf(std::u16string_view wide) { return WideToUtf8(wide, kPa
 
 std::uint32_t ErrorOf(StringId text) { return static_cast<std::uint32_t>(text); }
 
-// The service speaks only when asked, so this is the rest of a reply that was given up. The next
-// request would take it for its own reply, and may wait for ever for an end that never comes.
-bool HasUnreadBytes(int socket) {
-  char first = 0;
-  return socket >= 0 && recv(socket, &first, 1, MSG_PEEK | MSG_DONTWAIT) > 0;
-}
-
 }  // namespace
 
 SharedSession::SharedSession(FileService& service, const LaunchState& launch,
                              LoginQuestion question)
     : SharedSession(service, launch, std::move(question),
-                    [](std::string_view serverName, std::uint16_t port) {
-                      return ServiceConnect(serverName, port);
+                    [](Connection& link, std::string_view serverName, std::uint16_t port) {
+                      return link.Open(serverName, port);
                     }) {}
 
 SharedSession::SharedSession(FileService& service, const LaunchState& launch,
@@ -45,15 +34,17 @@ SharedSession::SharedSession(FileService& service, const LaunchState& launch,
 SharedSession::~SharedSession() { Close(); }
 
 SharedSession::Opened SharedSession::OpenSharedSession() {
-  if (HasUnreadBytes(sessionSocket_)) {
+  // Unread bytes are the rest of a reply that was given up; the next request would take them for
+  // its own.
+  if (link_.HasUnreadBytes()) {
     Close();
   }
-  if (sessionSocket_ >= 0) {
+  if (link_.IsOpen()) {
     return {true, 0};
   }
   while (Connect()) {
     const int session =
-        service_.NegotiateSession(sessionSocket_, sessid_, launch_.appid, message::kOpenSession);
+        service_.NegotiateSession(link_, sessid_, launch_.appid, message::kOpenSession);
     if (session == result::kBusy) {
       Close();
       return {false, ErrorOf(StringId::SystemBusy)};
@@ -66,8 +57,7 @@ SharedSession::Opened SharedSession::OpenSharedSession() {
       Close();
       return {false, 0};
     }
-    const int login =
-        Ops().Authenticate(sessionSocket_, launch_.appid, userName_, password_, realm_);
+    const int login = Ops().Authenticate(link_, launch_.appid, userName_, password_, realm_);
     if (login == result::kOk) {
       return {true, 0};
     }
@@ -82,18 +72,11 @@ SharedSession::Opened SharedSession::OpenSharedSession() {
   return {false, ErrorOf(StringId::NetworkError)};
 }
 
-void SharedSession::Close() {
-  if (sessionSocket_ >= 0) {
-    CloseSocket(sessionSocket_);
-    sessionSocket_ = -1;
-  }
-}
+void SharedSession::Close() { link_.Close(); }
 
-// 0 stands for "no relay in the environment" and is no socket either.
 bool SharedSession::Connect() {
-  const int socket = connect_(launch_.serverName, static_cast<std::uint16_t>(launch_.serverPort));
-  sessionSocket_ = socket > 0 ? socket : -1;
-  return sessionSocket_ > 0;
+  return connect_(link_, launch_.serverName, static_cast<std::uint16_t>(launch_.serverPort)) ==
+         result::kOk;
 }
 
 bool SharedSession::LoginPrompt(bool refused) {

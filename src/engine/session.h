@@ -24,8 +24,9 @@ using LoginQuestion = std::function<std::optional<LoginAnswer>(bool refused)>;
 // time. The sessid that it yields is what transfers present on connections of their own.
 class SharedSession {
  public:
-  // `connect` stands in for ServiceConnect in tests.
-  using Connector = std::function<int(std::string_view serverName, std::uint16_t port)>;
+  // `connect` stands in for Connection::Open in tests.
+  using Connector =
+      std::function<int(Connection&, std::string_view serverName, std::uint16_t port)>;
 
   SharedSession(FileService& service, const LaunchState& launch, LoginQuestion question);
   SharedSession(FileService& service, const LaunchState& launch, LoginQuestion question,
@@ -41,7 +42,7 @@ class SharedSession {
   Opened OpenSharedSession();
 
   void Close();
-  int Socket() const { return sessionSocket_; }  // negative: closed
+  Connection& Link() { return link_; }
   const std::string& Sessid() const { return sessid_; }
   const ServiceOps& Ops() const { return service_.Ops(); }
 
@@ -53,7 +54,7 @@ class SharedSession {
   const LaunchState& launch_;
   LoginQuestion question_;
   Connector connect_;
-  int sessionSocket_ = -1;
+  Connection link_;
   std::string sessid_;
   std::string userName_;  // credentials: UTF-8, for this run only, stored nowhere
   std::string password_;

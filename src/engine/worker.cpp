@@ -14,7 +14,8 @@ int Transfer(SchedulerContext& context, const TransferTask& task, TransferRecord
              TransferProgress& progress) {
   return RunTaskTransfer(*context.service, task.serverName,
                          static_cast<std::uint16_t>(task.serverPort), task.Sessid(), record,
-                         &progress, &context.connections);
+                         &progress, &context.connections)
+      .code;
 }
 
 // Takes the counts of a child that ended Finished up into the folder record.
@@ -63,8 +64,7 @@ int RunFolderTask(SchedulerContext& context, TransferTask& task, TransferProgres
   return outcome;
 }
 
-// Memory or another resource of this machine ran out: the task fails like one whose file cannot be
-// written, and the program goes on.
+// Memory or another resource of this machine ran out: the task fails, and the program goes on.
 int RunGuarded(SchedulerContext& context, TransferTask& task) {
   try {
     WorkerProgress progress(context, task.id);
@@ -72,7 +72,7 @@ int RunGuarded(SchedulerContext& context, TransferTask& task) {
                                              : Transfer(context, task, *task.record, progress);
   } catch (const std::exception&) {
     task.record->SetStateUnlessStopped(TransferState::Failed);
-    return result::kFileWrite;
+    return result::kNotEncodable;
   }
 }
 

@@ -12,8 +12,6 @@
 #include <new>
 #include <string>
 
-#include "platform/immortal.h"
-
 namespace updown {
 namespace {
 
@@ -25,14 +23,15 @@ UniqueFd OpenAnew(int fd) {
   return UniqueFd(open(path.data(), O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
 }
 
+// Neither is destroyed: threads may outlive the statics of a process that ends.
 DebugStream& StandardError() {
-  static Immortal<DebugStream> stream(STDERR_FILENO);
-  return stream.Get();
+  static auto& stream = *new DebugStream(STDERR_FILENO);
+  return stream;
 }
 
 DebugStream& StandardOutput() {
-  static Immortal<DebugStream> stream(STDOUT_FILENO);
-  return stream.Get();
+  static auto& stream = *new DebugStream(STDOUT_FILENO);
+  return stream;
 }
 
 std::string Format(const char* format, va_list arguments) {

@@ -4,19 +4,28 @@
 
 namespace updown {
 
-int AttachTransfer(Dialect dialect, int socket, const std::string& sessid, TransferRecord& record) {
+int AttachTransfer(Dialect dialect, Connection& connection, const std::string& sessid,
+                   TransferRecord& record) {
   std::string presented = sessid;
-  const int result = OpenSession(dialect, socket, presented, {}, message::kAttachSession);
+  const int result = OpenSession(dialect, connection, presented, {}, message::kAttachSession);
   if (result != result::kOk) {
     record.state.store(TransferState::Failed);
   }
   return result;
 }
 
-int AskInformation(Dialect dialect, int socket, const TransferRecord& record, MessageBuffer& buffer,
-                   ServiceReply& reply) {
+int AskInformation(Dialect dialect, Connection& connection, const TransferRecord& record,
+                   MessageBuffer& buffer, ServiceReply& reply) {
   const std::string path = record.RemotePath();
-  return Exchange(dialect, socket, message::kFileInformation, AsBytes(path), buffer, reply);
+  return Exchange(dialect, connection, message::kFileInformation, AsBytes(path), buffer, reply);
+}
+
+TransferResult ServiceResult(int code, const Connection& connection, const TransferRecord& record) {
+  if (code == result::kOk) {
+    return {};
+  }
+  const int error = code == result::kConnection ? connection.LastError() : 0;
+  return {code, error, record.RemotePath()};
 }
 
 void PrintInformation(const FileInformation& information) {

@@ -15,11 +15,12 @@ inline constexpr std::uint32_t kLargestFile = 0x7FFFFFFF;
 
 // Presents `sessid` on the transfer's own connection. A refusal fails the record even if it was
 // Stopped, since nothing else has been touched.
-int AttachTransfer(Dialect dialect, int socket, const std::string& sessid, TransferRecord& record);
+int AttachTransfer(Dialect dialect, Connection& connection, const std::string& sessid,
+                   TransferRecord& record);
 
 // Asks for the file's information; the reply's data stays in `buffer`.
-int AskInformation(Dialect dialect, int socket, const TransferRecord& record, MessageBuffer& buffer,
-                   ServiceReply& reply);
+int AskInformation(Dialect dialect, Connection& connection, const TransferRecord& record,
+                   MessageBuffer& buffer, ServiceReply& reply);
 void PrintInformation(const FileInformation& information);
 
 // Where a block loop stands. `offset` may run past `size` when the service sends more than it said.
@@ -29,6 +30,10 @@ struct TransferPosition {
 
   bool More() const { return offset < size; }
 };
+
+// What to tell of a transfer that ended with `code`, an answer of the service or a failure of the
+// connection.
+TransferResult ServiceResult(int code, const Connection& connection, const TransferRecord& record);
 
 // Sets the record's outcome and returns the transfer's result. `result` is the loop's; on 0 the
 // position tells whether the file is whole, stopped half way, or overrun. In the second dialect a

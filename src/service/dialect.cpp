@@ -6,55 +6,62 @@ namespace updown {
 
 namespace {
 
-template <Dialect kDialect, std::uint32_t kCode>
-int PathOperation(int socket, std::string_view path) {
-  return SendPath(kDialect, socket, kCode, path);
+int CodeOf(int code) { return code; }
+int CodeOf(const FolderListing& listing) { return listing.error; }
+int CodeOf(const TransferResult& result) { return result.code; }
+
+// An operation in one dialect. It closes a connection whose place in the stream is unknown.
+template <Dialect kDialect, auto kOperation>
+struct Bound;
+
+template <Dialect kDialect, typename Result, typename... Arguments,
+          Result (*kOperation)(Dialect, Connection&, Arguments...)>
+struct Bound<kDialect, kOperation> {
+  static Result Call(Connection& connection, Arguments... arguments) {
+    Result result = kOperation(kDialect, connection, arguments...);
+    if (CodeOf(result) == result::kConnection || CodeOf(result) == result::kNotDecodable) {
+      connection.Close();
+    }
+    return result;
+  }
+};
+
+template <std::uint32_t kCode>
+int PathOperation(Dialect dialect, Connection& connection, std::string_view path) {
+  return SendPath(dialect, connection, kCode, path);
 }
 
 template <Dialect kDialect>
 constexpr ServiceOps kOps = {
-    .OpenSession =
-        [](int socket, std::string& sessid, std::string_view appid, std::uint32_t code) {
-          return OpenSession(kDialect, socket, sessid, appid, code);
-        },
-    .Authenticate =
-        [](int socket, std::string_view appid, std::string_view userName, std::string_view password,
-           std::string_view realm) {
-          return Authenticate(kDialect, socket, appid, userName, password, realm);
-        },
-    .ListFolder = [](int socket,
-                     std::string_view path) { return ListFolder(kDialect, socket, path); },
-    .CreateFolder = PathOperation<kDialect, message::kCreateFolder>,
-    .RemoveFolder = PathOperation<kDialect, message::kRemoveFolder>,
-    .RemoveFile = PathOperation<kDialect, message::kRemoveFile>,
-    .RenameEntry =
-        [](int socket, std::string_view newPath, std::string_view oldPath) {
-          return RenameEntry(kDialect, socket, newPath, oldPath);
-        },
-    .DownloadFile =
-        [](int socket, const std::string& sessid, TransferRecord& record,
-           TransferProgress* progress) {
-          return DownloadFile(kDialect, socket, sessid, record, progress);
-        },
-    .UploadFile =
-        [](int socket, const std::string& sessid, TransferRecord& record,
-           TransferProgress* progress) {
-          return UploadFile(kDialect, socket, sessid, record, progress);
-        },
+    .OpenSession = Bound<kDialect, &OpenSession>::Call,
+    .Authenticate = Bound<kDialect, &Authenticate>::Call,
+    .ListFolder = Bound<kDialect, &ListFolder>::Call,
+    .CreateFolder = Bound<kDialect, &PathOperation<message::kCreateFolder>>::Call,
+    .RemoveFolder = Bound<kDialect, &PathOperation<message::kRemoveFolder>>::Call,
+    .RemoveFile = Bound<kDialect, &PathOperation<message::kRemoveFile>>::Call,
+    .RenameEntry = Bound<kDialect, &RenameEntry>::Call,
+    .DownloadFile = Bound<kDialect, &DownloadFile>::Call,
+    .UploadFile = Bound<kDialect, &UploadFile>::Call,
 };
+
+// Whether a result of OpenSession comes from a reply.
+bool Answered(int result) {
+  return result != result::kConnection && result != result::kNotEncodable &&
+         result != result::kNotDecodable;
+}
 
 }  // namespace
 
 const ServiceOps& FirstDialect() { return kOps<Dialect::First>; }
 const ServiceOps& SecondDialect() { return kOps<Dialect::Second>; }
 
-int FileService::NegotiateSession(int socket, std::string& sessid, std::string_view appid,
-                                  std::uint32_t code) {
-  const int result = Ops().OpenSession(socket, sessid, appid, code);
+int FileService::NegotiateSession(Connection& connection, std::string& sessid,
+                                  std::string_view appid, std::uint32_t code) {
+  const int result = Ops().OpenSession(connection, sessid, appid, code);
   if (negotiated_) {
     return result;
   }
-  negotiated_ = true;
+  negotiated_ = Answered(result);
   if (result != result::kNoVersion) {
     return result;
   }

@@ -1,8 +1,6 @@
 #include "service/exchange.h"
 
-#include <poll.h>
-#include <sys/socket.h>
-
+#include <algorithm>
 #include <cerrno>
 
 #include "platform/debug_stream.h"
@@ -13,57 +11,49 @@ namespace updown {
 
 namespace {
 
-ssize_t SendOnce(int socket, Bytes bytes) {
-  ssize_t sent;
-  do {
-    sent = send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-  } while (sent < 0 && errno == EINTR);
-  return sent;
+// False once a frame's length has come that leads beyond the buffer's end.
+bool FrameFits(const MessageBuffer& buffer) {
+  const Bytes bytes = buffer.UnreadBytes();
+  return bytes.size() < kFrameLengthSize ||
+         ReadBigEndian32(bytes.data()) <= buffer.Unread() + buffer.Free() - kFrameLengthSize;
 }
 
 }  // namespace
 
-int ReceiveMore(int socket, MessageBuffer& buffer) {
-  const auto space = buffer.FreeBytes();
-  if (space.empty()) {
-    return result::kConnection;
+int ReceiveMore(Connection& connection, MessageBuffer& buffer, std::size_t most) {
+  if (buffer.Free() == 0) {
+    return connection.Fail(EMSGSIZE);
   }
-  for (;;) {
-    const ssize_t received = recv(socket, space.data(), space.size(), 0);
-    if (received > 0) {
-      buffer.AdvanceWrite(static_cast<std::uint32_t>(received));
-      return result::kOk;
-    }
-    if (received < 0 && errno == EINTR) {
-      continue;
-    }
-    if (received < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) {
-      pollfd waited{socket, POLLIN, 0};
-      poll(&waited, 1, -1);
-      continue;
-    }
-    return result::kConnection;
-  }
+  const auto space = buffer.FreeBytes().first(std::min<std::size_t>(most, buffer.Free()));
+  std::size_t received = 0;
+  const int result = connection.Receive(space, received);
+  buffer.AdvanceWrite(static_cast<std::uint32_t>(received));
+  return result;
 }
 
-int SendBuffered(int socket, MessageBuffer& buffer) {
+int SendBuffered(Connection& connection, MessageBuffer& buffer) {
   while (buffer.Unread() > 0) {
-    const ssize_t sent = SendOnce(socket, buffer.UnreadBytes());
-    DebugLine("send message. return %d\n", static_cast<int>(sent));
-    if (sent <= 0) {
-      return result::kConnection;
+    std::size_t sent = 0;
+    const int result = connection.Send(buffer.UnreadBytes(), sent);
+    DebugLine("send message. return %d\n", result == result::kOk ? static_cast<int>(sent) : -1);
+    if (result != result::kOk) {
+      return result;
     }
     buffer.AdvanceRead(static_cast<std::uint32_t>(sent));
   }
   return result::kOk;
 }
 
-int ReceiveReply(int socket, MessageBuffer& buffer, ServiceReply& reply) {
+int ReceiveReply(Connection& connection, MessageBuffer& buffer, ServiceReply& reply,
+                 std::size_t most) {
   int size = 0;
   while (size == 0) {
-    const int received = ReceiveMore(socket, buffer);
+    const int received = ReceiveMore(connection, buffer, most);
     if (received != result::kOk) {
       return received;
+    }
+    if (!FrameFits(buffer)) {
+      return connection.Fail(EMSGSIZE);
     }
     size = DecodeMessage(buffer.UnreadBytes(), reply);
   }
@@ -79,27 +69,28 @@ int ReceiveReply(int socket, MessageBuffer& buffer, ServiceReply& reply) {
   return result::kOk;
 }
 
-int ExchangeRaw(int socket, std::uint32_t code, Bytes data, MessageBuffer& buffer,
-                ServiceReply& reply) {
+int ExchangeRaw(Connection& connection, std::uint32_t code, Bytes data, MessageBuffer& buffer,
+                ServiceReply& reply, std::size_t most) {
   const int size = EncodeMessage(buffer.FreeBytes(), code, data);
   DebugLine("encode message. return %d\n", size);
   if (size < 0) {
     return result::kNotEncodable;
   }
   buffer.AdvanceWrite(static_cast<std::uint32_t>(size));
-  const int sent = SendBuffered(socket, buffer);
+  connection.BeginRequest();
+  const int sent = SendBuffered(connection, buffer);
   if (sent != result::kOk) {
     return sent;
   }
   buffer.Reset();
-  return ReceiveReply(socket, buffer, reply);
+  return ReceiveReply(connection, buffer, reply, most);
 }
 
-int ExchangeChecked(int socket, std::uint32_t code, Bytes data, MessageBuffer& buffer,
-                    ServiceReply& reply) {
+int ExchangeChecked(Connection& connection, std::uint32_t code, Bytes data, MessageBuffer& buffer,
+                    ServiceReply& reply, std::size_t most) {
   constexpr std::uint8_t kHighestVersion = 1;
   constexpr std::uint8_t kNoVersionByte = 255;
-  const int result = ExchangeRaw(socket, code, data, buffer, reply);
+  const int result = ExchangeRaw(connection, code, data, buffer, reply, most);
   if (result != result::kOk) {
     return result;
   }

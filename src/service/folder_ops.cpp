@@ -5,28 +5,29 @@
 
 namespace updown {
 
-int Exchange(Dialect dialect, int socket, std::uint32_t code, Bytes data, MessageBuffer& buffer,
-             ServiceReply& reply) {
-  return dialect == Dialect::First ? ExchangeChecked(socket, code, data, buffer, reply)
-                                   : ExchangeRaw(socket, code, data, buffer, reply);
+int Exchange(Dialect dialect, Connection& connection, std::uint32_t code, Bytes data,
+             MessageBuffer& buffer, ServiceReply& reply, std::size_t most) {
+  return dialect == Dialect::First ? ExchangeChecked(connection, code, data, buffer, reply, most)
+                                   : ExchangeRaw(connection, code, data, buffer, reply, most);
 }
 
-int ExchangeStatus(Dialect dialect, int socket, std::uint32_t code, Bytes data,
+int ExchangeStatus(Dialect dialect, Connection& connection, std::uint32_t code, Bytes data,
                    MessageBuffer& buffer) {
   ServiceReply reply;
-  const int result = Exchange(dialect, socket, code, data, buffer, reply);
+  const int result = Exchange(dialect, connection, code, data, buffer, reply);
   if (dialect == Dialect::First || result < 0) {
     return result;
   }
   return ReplyFailed(reply) ? result::kAccessRefused : result::kOk;
 }
 
-int SendPath(Dialect dialect, int socket, std::uint32_t code, std::string_view path) {
+int SendPath(Dialect dialect, Connection& connection, std::uint32_t code, std::string_view path) {
   MessageBuffer buffer(kExchangeCapacity);
-  return ExchangeStatus(dialect, socket, code, AsBytes(path), buffer);
+  return ExchangeStatus(dialect, connection, code, AsBytes(path), buffer);
 }
 
-int RenameEntry(Dialect dialect, int socket, std::string_view newPath, std::string_view oldPath) {
+int RenameEntry(Dialect dialect, Connection& connection, std::string_view newPath,
+                std::string_view oldPath) {
   AttributeTable table;
   table.Set(tag::kOldPath, oldPath);
   table.Set(tag::kNewPath, newPath);
@@ -36,7 +37,7 @@ int RenameEntry(Dialect dialect, int socket, std::string_view newPath, std::stri
     return result::kNotEncodable;
   }
   MessageBuffer buffer(kExchangeCapacity);
-  return ExchangeStatus(dialect, socket, message::kRename, list.Data(), buffer);
+  return ExchangeStatus(dialect, connection, message::kRename, list.Data(), buffer);
 }
 
 }  // namespace updown

@@ -1,6 +1,6 @@
 #include "service/listing.h"
 
-#include <sys/socket.h>
+#include <cerrno>
 
 #include "service/dialect.h"
 #include "service/exchange.h"
@@ -11,12 +11,10 @@ namespace updown {
 
 namespace {
 
-constexpr std::size_t kEntryLengthSize = 4;
-
-std::unique_ptr<DirectoryEntry> DecodeEntry(Bytes list) {
+std::optional<DirectoryEntry> DecodeEntry(Bytes list) {
   AttributeTable table;
   if (DecodeAttributes(table, list) < 0 || !table.Has(tag::kName)) {
-    return nullptr;
+    return std::nullopt;
   }
   const auto field17 = Number32(table, tag::kField17);
   const auto field18 = Number32(table, tag::kField18);
@@ -25,22 +23,19 @@ std::unique_ptr<DirectoryEntry> DecodeEntry(Bytes list) {
   const auto field21 = Number16(table, tag::kField21);
   const auto type = Number16(table, tag::kType);
   if (!field17 || !field18 || !time || !size || !field21 || !type) {
-    return nullptr;
+    return std::nullopt;
   }
-  auto entry = std::make_unique<DirectoryEntry>();
-  entry->name = table.Text(tag::kName);
-  entry->field17 = *field17;
-  entry->field18 = *field18;
-  entry->modificationTime = *time;
-  entry->size = *size;
-  entry->field21 = *field21;
-  entry->type = *type;
-  return entry;
+  return DirectoryEntry{.name = std::string(table.Text(tag::kName)),
+                        .field17 = *field17,
+                        .field18 = *field18,
+                        .modificationTime = *time,
+                        .size = *size,
+                        .field21 = *field21,
+                        .type = *type};
 }
 
-// Reads entries behind the reply until the listing ends. Bad bytes end it like the end frame: what
-// came before them is a usable listing.
-int ReadEntries(int socket, MessageBuffer& buffer, DirectoryList& chain) {
+// Reads entries behind the reply until the listing ends.
+int ReadEntries(Connection& connection, MessageBuffer& buffer, DirectoryList& entries) {
   std::size_t used = 0;
   for (;;) {
     TakenEntry taken = TakeEntry(buffer.UnreadBytes());
@@ -48,19 +43,18 @@ int ReadEntries(int socket, MessageBuffer& buffer, DirectoryList& chain) {
       case EntryKind::Entry:
         used += sizeof(DirectoryEntry) + taken.entry->name.size();
         if (used > kMostListingBytes) {
-          chain.Clear();
-          shutdown(socket, SHUT_RDWR);
-          return result::kConnection;
+          return connection.Fail(EMSGSIZE);
         }
-        chain.Append(std::move(taken.entry));
+        entries.push_back(*std::move(taken.entry));
         buffer.AdvanceRead(taken.consumed);
         break;
       case EntryKind::End:
-      case EntryKind::Bad:
         return result::kOk;
+      case EntryKind::Bad:
+        return result::kNotDecodable;
       case EntryKind::Incomplete:
         buffer.CompactUnread();
-        if (const int received = ReceiveMore(socket, buffer); received != result::kOk) {
+        if (const int received = ReceiveMore(connection, buffer); received != result::kOk) {
           return received;
         }
         break;
@@ -72,28 +66,32 @@ int ReadEntries(int socket, MessageBuffer& buffer, DirectoryList& chain) {
 
 TakenEntry TakeEntry(Bytes bytes) {
   TakenEntry taken;
-  if (bytes.size() < kEntryLengthSize) {
+  if (bytes.size() < kFrameLengthSize) {
     return taken;
   }
   const std::size_t length = ReadBigEndian32(bytes.data());
-  if (bytes.size() - kEntryLengthSize < length) {
+  if (length > kExchangeCapacity - kFrameLengthSize) {
+    taken.kind = EntryKind::Bad;
     return taken;
   }
-  taken.consumed = static_cast<std::uint32_t>(kEntryLengthSize + length);
+  if (bytes.size() - kFrameLengthSize < length) {
+    return taken;
+  }
+  taken.consumed = static_cast<std::uint32_t>(kFrameLengthSize + length);
   if (length == 0) {
     taken.kind = EntryKind::End;
     return taken;
   }
-  taken.entry = DecodeEntry(bytes.subspan(kEntryLengthSize, length));
+  taken.entry = DecodeEntry(bytes.subspan(kFrameLengthSize, length));
   taken.kind = taken.entry ? EntryKind::Entry : EntryKind::Bad;
   return taken;
 }
 
-FolderListing ListFolder(Dialect dialect, int socket, std::string_view path) {
+FolderListing ListFolder(Dialect dialect, Connection& connection, std::string_view path) {
   FolderListing listing;
   MessageBuffer buffer(kExchangeCapacity);
   ServiceReply reply;
-  const int result = Exchange(dialect, socket, message::kList, AsBytes(path), buffer, reply);
+  const int result = Exchange(dialect, connection, message::kList, AsBytes(path), buffer, reply);
   if (dialect == Dialect::First) {
     listing.error = result;
   } else if (result < 0) {
@@ -102,7 +100,10 @@ FolderListing ListFolder(Dialect dialect, int socket, std::string_view path) {
     listing.error = result::kAccessRefused;
   }
   if (listing.error == result::kOk) {
-    listing.error = ReadEntries(socket, buffer, listing.chain);
+    listing.error = ReadEntries(connection, buffer, listing.entries);
+  }
+  if (listing.error != result::kOk) {
+    listing.entries.clear();
   }
   return listing;
 }

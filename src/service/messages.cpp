@@ -9,13 +9,12 @@ namespace updown {
 
 namespace {
 
-constexpr std::size_t kLengthSize = 4;  // of a frame; does not count itself
 constexpr std::array<std::uint8_t, 4> kVersion = {1, 0, 0, 0};
 
 }  // namespace
 
 int EncodeMessage(std::span<std::uint8_t> dest, std::uint32_t code, Bytes data) {
-  if (dest.size() < kLengthSize) {
+  if (dest.size() < kFrameLengthSize) {
     return -1;
   }
   const auto codeBytes = BigEndian32(code);
@@ -23,24 +22,24 @@ int EncodeMessage(std::span<std::uint8_t> dest, std::uint32_t code, Bytes data) 
   table.Set(tag::kCode, codeBytes);
   table.Set(tag::kData, data);
   table.Set(tag::kVersion, kVersion);
-  const int size = EncodeAttributes(table, dest.subspan(kLengthSize));
+  const int size = EncodeAttributes(table, dest.subspan(kFrameLengthSize));
   if (size < 1) {
     return -1;
   }
   std::ranges::copy(BigEndian32(static_cast<std::uint32_t>(size)), dest.begin());
-  return size + static_cast<int>(kLengthSize);
+  return size + static_cast<int>(kFrameLengthSize);
 }
 
 int DecodeMessage(Bytes bytes, ServiceReply& reply) {
-  if (bytes.size() <= kLengthSize) {
+  if (bytes.size() <= kFrameLengthSize) {
     return 0;
   }
   const std::size_t listSize = ReadBigEndian32(bytes.data());
-  if (bytes.size() - kLengthSize < listSize) {
+  if (bytes.size() - kFrameLengthSize < listSize) {
     return 0;
   }
   AttributeTable table;
-  if (DecodeAttributes(table, bytes.subspan(kLengthSize, listSize)) < 0 ||
+  if (DecodeAttributes(table, bytes.subspan(kFrameLengthSize, listSize)) < 0 ||
       table.length[tag::kCode] != 4) {
     return -1;
   }
@@ -51,7 +50,7 @@ int DecodeMessage(Bytes bytes, ServiceReply& reply) {
                   static_cast<std::uint32_t>(version[3]) << 24;
   reply.code = ReadBigEndian32(table.value[tag::kCode]);
   reply.data = table.Get(tag::kData);
-  return static_cast<int>(listSize + kLengthSize);
+  return static_cast<int>(listSize + kFrameLengthSize);
 }
 
 bool ReplyFailed(const ServiceReply& reply) {

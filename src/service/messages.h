@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "service/connection.h"
 #include "wire/message_buffer.h"
 
 namespace updown {
@@ -33,6 +34,8 @@ inline constexpr std::uint32_t kAttached = 4096;         // second dialect, on 4
 
 inline constexpr std::uint32_t kNoVersionField = 0xFFFFFFFF;
 
+inline constexpr std::size_t kFrameLengthSize = 4;  // does not count itself
+
 // A decoded frame. `data` refers into the message buffer and is good until the buffer's next reset
 // or compaction.
 struct ServiceReply {
@@ -50,21 +53,23 @@ int EncodeMessage(std::span<std::uint8_t> dest, std::uint32_t code, Bytes data);
 // Takes one frame from the front: its whole size, 0 if it is not complete yet, -1 if it is bad.
 int DecodeMessage(Bytes bytes, ServiceReply& reply);
 
-// The exchanges run on a blocking socket, by one thread at a time; they wait until the service
-// answers or the connection dies. After a failure the stream's position is undefined: close it.
+// The exchanges wait within the connection's limits.
 
 // 0 or result::kConnection.
-int SendBuffered(int socket, MessageBuffer& buffer);
+int SendBuffered(Connection& connection, MessageBuffer& buffer);
 
-// Reads until one frame is complete and consumes it; bytes behind it stay unread in the buffer.
-int ReceiveReply(int socket, MessageBuffer& buffer, ServiceReply& reply);
+// Reads until one frame is complete and consumes it; bytes behind it stay unread in the buffer. A
+// frame that the buffer cannot hold is refused as soon as its length is known. `most` bytes at a
+// time are taken from the connection, here and in the exchanges.
+int ReceiveReply(Connection& connection, MessageBuffer& buffer, ServiceReply& reply,
+                 std::size_t most = kExchangeCapacity);
 
 // One request and its reply: the first dialect's, with the reply's version and code checked ...
-int ExchangeChecked(int socket, std::uint32_t code, Bytes data, MessageBuffer& buffer,
-                    ServiceReply& reply);
+int ExchangeChecked(Connection& connection, std::uint32_t code, Bytes data, MessageBuffer& buffer,
+                    ServiceReply& reply, std::size_t most = kExchangeCapacity);
 // ... and the second dialect's, where the caller judges the reply.
-int ExchangeRaw(int socket, std::uint32_t code, Bytes data, MessageBuffer& buffer,
-                ServiceReply& reply);
+int ExchangeRaw(Connection& connection, std::uint32_t code, Bytes data, MessageBuffer& buffer,
+                ServiceReply& reply, std::size_t most = kExchangeCapacity);
 
 // The first dialect's verdict: 0 for reply::kSuccess, else kCodeBase minus the reply's code.
 int ResultOfCode(std::uint32_t code);

@@ -2,13 +2,14 @@
 
 #include <atomic>
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "localdata/transfer_record.h"
-#include "platform/chain.h"
+#include "service/connection.h"
 #include "service/result_codes.h"
+#include "service/transfer_result.h"
 
 namespace updown {
 
@@ -24,40 +25,46 @@ struct DirectoryEntry {
   std::uint32_t size = 0;              // bytes
   std::uint16_t field21 = 0;
   std::uint16_t type = 0;  // kEntryFolder, kEntryFile
-  std::unique_ptr<DirectoryEntry> next;
 };
-using DirectoryList = Chain<DirectoryEntry>;
+using DirectoryList = std::vector<DirectoryEntry>;
 
-// `chain` may hold entries although `error` is set (a listing that broke off). The entries of one
-// listing are bounded: see kMostListingBytes in listing.h.
+// Whole, or an error and no entries. The entries of one listing are bounded: see kMostListingBytes
+// in listing.h.
 struct FolderListing {
-  DirectoryList chain;
+  DirectoryList entries;
   int error = 0;
 };
 
-// Told after each block on the transferring thread.
+// Told about each block on the transferring thread.
 class TransferProgress {
  public:
   virtual ~TransferProgress() = default;
+  // Before each request of a block; may wait, for a pace. False ends the transfer there, with
+  // result 0 and the state as it is.
+  virtual bool BeforeBlock(TransferRecord& /*record*/) { return true; }
+  // At once behind each block.
   virtual void BlockDone(TransferRecord& record) = 0;
 };
 
-// The nine operations of the file service in one dialect. Sockets are blocking and joined to the
-// service; strings are UTF-8; results are those of result_codes.h.
+// The nine operations of the file service in one dialect. Strings are UTF-8; results are those of
+// result_codes.h. Each waits within its connection's limits; after result::kConnection and
+// result::kNotDecodable the connection is closed, since whatever still comes on it would answer
+// nothing.
 struct ServiceOps {
   // NOLINTBEGIN(readability-identifier-naming): called as functions are
-  int (*OpenSession)(int socket, std::string& sessid, std::string_view appid, std::uint32_t code);
-  int (*Authenticate)(int socket, std::string_view appid, std::string_view userName,
+  int (*OpenSession)(Connection& connection, std::string& sessid, std::string_view appid,
+                     std::uint32_t code);
+  int (*Authenticate)(Connection& connection, std::string_view appid, std::string_view userName,
                       std::string_view password, std::string_view realm);
-  FolderListing (*ListFolder)(int socket, std::string_view path);
-  int (*CreateFolder)(int socket, std::string_view path);
-  int (*RemoveFolder)(int socket, std::string_view path);
-  int (*RemoveFile)(int socket, std::string_view path);
-  int (*RenameEntry)(int socket, std::string_view newPath, std::string_view oldPath);
-  int (*DownloadFile)(int socket, const std::string& sessid, TransferRecord& record,
-                      TransferProgress* progress);
-  int (*UploadFile)(int socket, const std::string& sessid, TransferRecord& record,
-                    TransferProgress* progress);
+  FolderListing (*ListFolder)(Connection& connection, std::string_view path);
+  int (*CreateFolder)(Connection& connection, std::string_view path);
+  int (*RemoveFolder)(Connection& connection, std::string_view path);
+  int (*RemoveFile)(Connection& connection, std::string_view path);
+  int (*RenameEntry)(Connection& connection, std::string_view newPath, std::string_view oldPath);
+  TransferResult (*DownloadFile)(Connection& connection, const std::string& sessid,
+                                 TransferRecord& record, TransferProgress* progress);
+  TransferResult (*UploadFile)(Connection& connection, const std::string& sessid,
+                               TransferRecord& record, TransferProgress* progress);
   // NOLINTEND(readability-identifier-naming)
 };
 
@@ -73,10 +80,11 @@ class FileService {
  public:
   const ServiceOps& Ops() const { return *ops_.load(std::memory_order_acquire); }
 
-  // Slot 0 for the session connection. The first call of all tells the dialect by the reply's
-  // version attribute; the caller sees kOk, kAuthentication or another failure, never kNoVersion
-  // from that first call.
-  int NegotiateSession(int socket, std::string& sessid, std::string_view appid, std::uint32_t code);
+  // OpenSession for the session connection. The first reply of all that can be decoded tells the
+  // dialect by its version attribute; the caller sees kOk, kAuthentication or another failure,
+  // never kNoVersion from that one.
+  int NegotiateSession(Connection& connection, std::string& sessid, std::string_view appid,
+                       std::uint32_t code);
 
  private:
   std::atomic<const ServiceOps*> ops_{&FirstDialect()};

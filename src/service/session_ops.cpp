@@ -62,8 +62,8 @@ int JudgeSessionReply(std::uint32_t code, const ServiceReply& reply, std::string
 
 }  // namespace
 
-int OpenSession(Dialect dialect, int socket, std::string& sessid, std::string_view appid,
-                std::uint32_t code) {
+int OpenSession(Dialect dialect, Connection& connection, std::string& sessid,
+                std::string_view appid, std::uint32_t code) {
   const bool rawSessid = dialect == Dialect::Second && code == message::kAttachSession;
   const NestedList list = SessionList(appid, sessid);
   DebugLine("appid = %.*s\n", PrintLength(appid), appid.data());
@@ -74,15 +74,15 @@ int OpenSession(Dialect dialect, int socket, std::string& sessid, std::string_vi
 
   MessageBuffer buffer(kExchangeCapacity);
   ServiceReply reply;
-  const int result = Exchange(dialect, socket, code, data, buffer, reply);
+  const int result = Exchange(dialect, connection, code, data, buffer, reply);
   if (dialect == Dialect::First) {
     return TakeSessid(result, code, reply, sessid);
   }
   return result < 0 ? result : JudgeSessionReply(code, reply, sessid);
 }
 
-int Authenticate(Dialect dialect, int socket, std::string_view appid, std::string_view userName,
-                 std::string_view password, std::string_view realm) {
+int Authenticate(Dialect dialect, Connection& connection, std::string_view appid,
+                 std::string_view userName, std::string_view password, std::string_view realm) {
   AttributeTable table;
   table.Set(tag::kUserName, userName);
   table.Set(tag::kPassword, password);
@@ -95,7 +95,8 @@ int Authenticate(Dialect dialect, int socket, std::string_view appid, std::strin
   }
   MessageBuffer buffer(kExchangeCapacity);
   ServiceReply reply;
-  const int result = Exchange(dialect, socket, message::kAuthenticate, list.Data(), buffer, reply);
+  const int result =
+      Exchange(dialect, connection, message::kAuthenticate, list.Data(), buffer, reply);
   if (dialect == Dialect::First || result < 0) {
     return result;
   }

@@ -13,9 +13,9 @@ namespace {
 // the buffer, and the head is put before it afterwards.
 class Upload {
  public:
-  Upload(Dialect dialect, int socket, TransferRecord& record)
+  Upload(Dialect dialect, Connection& connection, TransferRecord& record)
       : dialect_(dialect),
-        socket_(socket),
+        connection_(connection),
         record_(record),
         remotePath_(record.RemotePath()),
         buffer_(kExchangeCapacity) {}
@@ -32,7 +32,7 @@ class Upload {
   int AwaitReply();
 
   const Dialect dialect_;
-  const int socket_;
+  Connection& connection_;
   TransferRecord& record_;
   const std::string remotePath_;
   MessageBuffer buffer_;
@@ -66,7 +66,7 @@ int Upload::Prepare() {
 // Resumes only into a file that the service knows.
 int Upload::DecideOffset() {
   ServiceReply reply;
-  const int result = AskInformation(dialect_, socket_, record_, buffer_, reply);
+  const int result = AskInformation(dialect_, connection_, record_, buffer_, reply);
   if (dialect_ == Dialect::First && result == result::kNoSuchRemoteFile) {
     return result::kOk;
   }
@@ -116,7 +116,7 @@ int Upload::MoveBlock() {
   std::uint32_t length = 0;
   int result = FillBlock(length);
   if (result == result::kOk) {
-    result = SendBuffered(socket_, buffer_);
+    result = SendBuffered(connection_, buffer_);
   }
   if (result == result::kOk) {
     buffer_.Reset();
@@ -149,7 +149,7 @@ int Upload::FillBlock(std::uint32_t& length) {
 
 int Upload::AwaitReply() {
   ServiceReply reply;
-  const int result = ReceiveReply(socket_, buffer_, reply);
+  const int result = ReceiveReply(connection_, buffer_, reply);
   if (result != result::kOk) {
     return result;
   }
@@ -161,10 +161,13 @@ int Upload::AwaitReply() {
 
 }  // namespace
 
-int UploadFile(Dialect dialect, int socket, const std::string& sessid, TransferRecord& record,
-               TransferProgress* progress) {
-  const int result = AttachTransfer(dialect, socket, sessid, record);
-  return result == result::kOk ? Upload(dialect, socket, record).Run(progress) : result;
+TransferResult UploadFile(Dialect dialect, Connection& connection, const std::string& sessid,
+                          TransferRecord& record, TransferProgress* progress) {
+  int result = AttachTransfer(dialect, connection, sessid, record);
+  if (result == result::kOk) {
+    result = Upload(dialect, connection, record).Run(progress);
+  }
+  return ServiceResult(result, connection, record);
 }
 
 }  // namespace updown

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <span>
 
 #include "platform/environment.h"
@@ -31,8 +32,6 @@ constexpr std::size_t kResolveReplySize = 2048;
 constexpr std::size_t kReplyStart = 4;  // version, code and length: what tells the rest's size
 
 constexpr std::size_t kVariableSize = 260;
-
-std::uint32_t Deadline() { return SystemTicks().Now() + kSocketSpan; }
 
 Ipv4Address AddressOf(std::string_view text) {
   return inet_addr(std::string(text.substr(0, text.find('\0'))).c_str());
@@ -69,12 +68,20 @@ bool IsReplyHead(const std::uint8_t* head) {
   return head[0] == kRelayVersion && head[1] == kReplyCode;
 }
 
-bool ReceiveAll(int socket, std::span<std::uint8_t> bytes) {
-  return RecvDeadline(socket, bytes, 0, true, Deadline()) == static_cast<int>(bytes.size());
+// 0, or the code of a transfer of `wanted` bytes that did not move them all.
+int WholeOrCode(int moved, std::size_t wanted) {
+  if (moved < 0) {
+    return moved;
+  }
+  return static_cast<std::size_t>(moved) == wanted ? 0 : kPeerClosed;
 }
 
-bool SendAll(int socket, Bytes bytes) {
-  return SendDeadline(socket, bytes, 0, true, Deadline()) == static_cast<int>(bytes.size());
+int ReceiveAll(int socket, std::span<std::uint8_t> bytes, std::uint32_t deadline) {
+  return WholeOrCode(RecvDeadline(socket, bytes, 0, true, deadline), bytes.size());
+}
+
+int SendAll(int socket, Bytes bytes, std::uint32_t deadline) {
+  return WholeOrCode(SendDeadline(socket, bytes, 0, true, deadline), bytes.size());
 }
 
 // Walks "a.b.c.d,a.b.c.d\0". `text` reaches to the end of the zeroed packet buffer, `valueSize` to
@@ -90,14 +97,16 @@ void AppendAddresses(std::string_view text, std::size_t valueSize,
   }
 }
 
-int ReadResolveReply(int socket, std::vector<Ipv4Address>& addressList) {
+int ReadResolveReply(int socket, std::vector<Ipv4Address>& addressList, std::uint32_t deadline) {
   std::array<std::uint8_t, kResolveReplySize> packet{};
-  if (!ReceiveAll(socket, std::span(packet).first(kReplyStart)) || !IsReplyHead(packet.data())) {
+  if (ReceiveAll(socket, std::span(packet).first(kReplyStart), deadline) != 0 ||
+      !IsReplyHead(packet.data())) {
     return -1;
   }
   const std::size_t total = ReadBigEndian16(&packet[2]);
   if (total >= kResolveReplySize || total < kHeadSize ||
-      !ReceiveAll(socket, std::span(packet).subspan(kReplyStart, total - kReplyStart))) {
+      ReceiveAll(socket, std::span(packet).subspan(kReplyStart, total - kReplyStart), deadline) !=
+          0) {
     return -1;
   }
   AttributeTable table;
@@ -112,7 +121,7 @@ int ReadResolveReply(int socket, std::vector<Ipv4Address>& addressList) {
 }
 
 int ResolveOn(int socket, std::string_view name, std::vector<Ipv4Address>& addressList,
-              const RelayParameters& relay) {
+              const RelayParameters& relay, std::uint32_t deadline) {
   const std::string application = std::to_string(relay.applicationNumber);
   AttributeTable table;
   table.Set(tag::kCommand, "Resolve");
@@ -123,10 +132,10 @@ int ResolveOn(int socket, std::string_view name, std::vector<Ipv4Address>& addre
   if (size < 0) {
     return -1;
   }
-  if (!SendAll(socket, std::span(packet).first(static_cast<std::size_t>(size)))) {
+  if (SendAll(socket, std::span(packet).first(static_cast<std::size_t>(size)), deadline) != 0) {
     return 0;
   }
-  return ReadResolveReply(socket, addressList);
+  return ReadResolveReply(socket, addressList, deadline);
 }
 
 int BuildConnectRequest(const RelayParameters& relay, std::string_view extraText,
@@ -143,9 +152,10 @@ int BuildConnectRequest(const RelayParameters& relay, std::string_view extraText
   return BuildRequest(table, relay.clientId, kind, packet);
 }
 
-int ReadConnectReply(int socket) {
+int ReadConnectReply(int socket, std::uint32_t deadline) {
   std::array<std::uint8_t, kHeadSize> head{};
-  return ReceiveAll(socket, head) ? RelayReplyResult(head) : -1;
+  const int received = ReceiveAll(socket, head, deadline);
+  return received == 0 ? RelayReplyResult(head) : received;
 }
 
 }  // namespace
@@ -176,23 +186,19 @@ int RelayReplyResult(std::span<const std::uint8_t> head) {
   return -static_cast<int>(ReadBigEndian16(&head[10]));
 }
 
-int ServiceConnect(std::string_view serverName, std::uint16_t port, SocketGroup* group) {
+int ServiceConnect(std::string_view serverName, std::uint16_t port, const RelayLimits& limits) {
   const std::optional<RelayParameters> relay = ReadRelayParameters();
   if (!relay) {
     return 0;
   }
-  const ServiceTarget target{ResolveServiceAddress(serverName, group), port};
-  const int socket = RelayConnect(*relay, {}, target, kTransportTcp, kKindConnect, group);
-  if (socket > 0) {
-    SetBlocking(socket, true);
-  }
-  return socket;
+  const ServiceTarget target{ResolveServiceAddress(serverName, limits), port};
+  return RelayConnect(*relay, {}, target, kTransportTcp, kKindConnect, limits);
 }
 
-Ipv4Address ResolveServiceAddress(std::string_view serverName, SocketGroup* group) {
+Ipv4Address ResolveServiceAddress(std::string_view serverName, const RelayLimits& limits) {
   const std::optional<RelayParameters> relay = ReadRelayParameters();
   std::vector<Ipv4Address> addressList;
-  if (!relay || ResolveThroughRelay(serverName, addressList, *relay, group) != 0 ||
+  if (!relay || ResolveThroughRelay(serverName, addressList, *relay, limits) != 0 ||
       addressList.empty()) {
     return 0;
   }
@@ -200,35 +206,41 @@ Ipv4Address ResolveServiceAddress(std::string_view serverName, SocketGroup* grou
 }
 
 int ResolveThroughRelay(std::string_view name, std::vector<Ipv4Address>& addressList,
-                        const RelayParameters& relay, SocketGroup* group) {
-  const int socket = ConnectDeadline(relay.relayAddress, relay.relayPort, Deadline(), group);
+                        const RelayParameters& relay, const RelayLimits& limits) {
+  const int socket =
+      ConnectDeadline(relay.relayAddress, relay.relayPort, limits.deadline, limits.group);
   if (socket < 0) {
     return -1;
   }
-  const int result = ResolveOn(socket, name, addressList, relay);
-  CloseSocket(socket, group);
+  const int result = ResolveOn(socket, name, addressList, relay, limits.deadline);
+  CloseSocket(socket, limits.group);
   return result;
 }
 
 int RelayConnect(const RelayParameters& relay, std::string_view extraText,
                  const ServiceTarget& target, int transport, std::uint8_t kind,
-                 SocketGroup* group) {
+                 const RelayLimits& limits) {
   if (transport != kTransportTcp) {
-    return -1;
+    return -EPROTONOSUPPORT;
   }
   std::array<std::uint8_t, kConnectRequestSize> packet;
   const int size = BuildConnectRequest(relay, extraText, target, kind, packet);
   if (size < 0) {
-    return -1;
+    return -EMSGSIZE;
   }
-  const int socket = ConnectDeadline(relay.relayAddress, relay.relayPort, Deadline(), group);
+  const int socket =
+      ConnectDeadline(relay.relayAddress, relay.relayPort, limits.deadline, limits.group);
   if (socket < 0) {
-    return -1;
+    return socket;
   }
-  if (!SendAll(socket, std::span(packet).first(static_cast<std::size_t>(size))) ||
-      (kind != kKindConnect && ReadConnectReply(socket) != 0)) {
-    CloseSocket(socket, group);
-    return -1;
+  int result =
+      SendAll(socket, std::span(packet).first(static_cast<std::size_t>(size)), limits.deadline);
+  if (result == 0 && kind != kKindConnect) {
+    result = ReadConnectReply(socket, limits.deadline);
+  }
+  if (result != 0) {
+    CloseSocket(socket, limits.group);
+    return result;
   }
   return socket;
 }

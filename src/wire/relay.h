@@ -36,24 +36,31 @@ inline constexpr int kTransportTcp = 1;  // the only one that works
 inline constexpr std::uint8_t kKindResolve = 129;
 inline constexpr std::uint8_t kKindConnect = 134;
 
-// Any thread; all of it waits in steps of at most 60 s each. `group` as in sockets.h.
+// What bounds a call below, any of them on any thread: a time for all of it, however many steps and
+// connections it takes, and a group as in sockets.h, whose cut ends it at once.
+struct RelayLimits {
+  std::uint32_t deadline = SystemTicks().Now() + kSocketSpan;
+  SocketGroup* group = nullptr;
+};
 
-// Resolves the name and has the relay connect a socket to it: a blocking socket joined to the
-// service. 0 if there is no relay in the environment, another value below 1 on any other failure.
-// A name that cannot be resolved does not end the road: the relay is asked for 0.0.0.0.
-int ServiceConnect(std::string_view serverName, std::uint16_t port, SocketGroup* group = nullptr);
+// Resolves the name and has the relay connect a socket to it: a non-blocking socket joined to the
+// service, a member of the group. 0 if there is no relay in the environment, a code of sockets.h on
+// any other failure. A name that cannot be resolved does not end the road: the relay is asked for
+// 0.0.0.0.
+int ServiceConnect(std::string_view serverName, std::uint16_t port, const RelayLimits& limits = {});
 
 // The first address of the name, 0 if there is none or anything failed.
-Ipv4Address ResolveServiceAddress(std::string_view serverName, SocketGroup* group = nullptr);
+Ipv4Address ResolveServiceAddress(std::string_view serverName, const RelayLimits& limits = {});
 
 // One resolve exchange; appends to `addressList`. 0 or -1.
 int ResolveThroughRelay(std::string_view name, std::vector<Ipv4Address>& addressList,
-                        const RelayParameters& relay, SocketGroup* group = nullptr);
+                        const RelayParameters& relay, const RelayLimits& limits = {});
 
-// Returns a connected socket, still non-blocking, or -1. With kKindConnect no reply is read.
+// Returns a connected socket, still non-blocking, or a code of sockets.h. With kKindConnect no
+// reply is read.
 int RelayConnect(const RelayParameters& relay, std::string_view extraText,
                  const ServiceTarget& target, int transport, std::uint8_t kind,
-                 SocketGroup* group = nullptr);
+                 const RelayLimits& limits = {});
 
 // What the head of a reply to RelayConnect says, for the kinds that have one: 0, the status
 // negated, or kWrongRelayHead.

@@ -140,15 +140,26 @@ int MoveBytes(int socket, short events, std::size_t length, bool exact, std::uin
 }  // namespace
 
 bool SocketGroup::Add(int socket) {
-  const std::lock_guard lock(mutex_);
-  if (cut_) {
+  if (whole_ != nullptr && !whole_->Add(socket)) {
     return false;
   }
-  sockets_.push_back(socket);
-  return true;
+  {
+    const std::lock_guard lock(mutex_);
+    if (!cut_) {
+      sockets_.push_back(socket);
+      return true;
+    }
+  }
+  if (whole_ != nullptr) {
+    whole_->Remove(socket);
+  }
+  return false;
 }
 
 void SocketGroup::Remove(int socket) {
+  if (whole_ != nullptr) {
+    whole_->Remove(socket);
+  }
   const std::lock_guard lock(mutex_);
   std::erase(sockets_, socket);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <mutex>
 #include <span>
@@ -16,25 +17,30 @@ inline constexpr int kDeadlinePassed = -536870918;  // 0xDFFFFFFA
 inline constexpr int kPeerClosed = -536870915;      // 0xDFFFFFFD, receive only
 inline constexpr int kWrongRelayHead = -536870916;  // 0xDFFFFFFC, see relay.h
 
-inline constexpr std::uint32_t kSocketSpan =
-    60000;  // ms; every caller takes it fresh for each call
+inline constexpr std::uint32_t kSocketSpan = 60000;  // ms; what a caller without a limit takes
 
 // An IPv4 address as four bytes in network order, in the machine's word. 0 is "none".
 using Ipv4Address = std::uint32_t;
 
 // The sockets of a group of threads, so that whoever ends the group can cut them all: a blocked
-// connect, send or recv on a member then fails at once. Any thread.
+// connect, send or recv on a member then fails at once. A group may be part of a larger one, which
+// outlives it and whose cut is a cut of both. Any thread.
 class SocketGroup {
  public:
-  // False once CutAll has been called: the socket is not taken in and must be given up.
+  explicit SocketGroup(SocketGroup* whole = nullptr) : whole_(whole) {}
+
+  // False once the group, or the larger one, has been cut: the socket is not taken in and must be
+  // given up.
   bool Add(int socket);
   void Remove(int socket);
   void CutAll();
+  bool IsCut() const { return cut_ || (whole_ != nullptr && whole_->IsCut()); }
 
  private:
+  SocketGroup* const whole_;
   std::mutex mutex_;
   std::vector<int> sockets_;
-  bool cut_ = false;
+  std::atomic<bool> cut_{false};  // changes under the mutex
 };
 
 // A TCP socket connected to `address`, still non-blocking, close-on-exec, with keepalive on: a peer

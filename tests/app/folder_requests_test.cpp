@@ -44,7 +44,7 @@ TEST_F(FolderRequestsTest, ListsRenamesAndRemoves) {
   const ListAnswer listing = RequestListing(session_, package_);
   ASSERT_TRUE(listing.list);
   EXPECT_EQ(listing.report, 0);
-  EXPECT_GE(listing.list->Size(), 3U);
+  EXPECT_GE(listing.list->size(), 3U);
 
   const std::u16string from = package_ + u"/a.txt";
   const std::u16string to = package_ + u"/\u4E2D.txt";

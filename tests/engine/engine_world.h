@@ -97,9 +97,9 @@ class SessionLister : public FolderLister {
     if (gone) {
       return {};
     }
-    FolderListing listing = session_.Ops().ListFolder(session_.Socket(), path);
-    const auto outcome = listing.chain.Empty() ? Outcome::Failed : Outcome::Listed;
-    return {outcome, std::move(listing.chain)};
+    FolderListing listing = session_.Ops().ListFolder(session_.Link(), path);
+    const auto outcome = listing.entries.empty() ? Outcome::Failed : Outcome::Listed;
+    return {outcome, std::move(listing.entries)};
   }
 
   std::atomic<bool> gone{false};

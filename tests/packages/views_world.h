@@ -41,12 +41,10 @@ struct ListedEntry {
 inline DirectoryList MakeListing(const std::vector<ListedEntry>& entries) {
   DirectoryList list;
   for (const ListedEntry& listed : entries) {
-    auto entry = std::make_unique<DirectoryEntry>();
-    entry->name = listed.name;
-    entry->type = listed.type;
-    entry->size = listed.size;
-    entry->modificationTime = listed.time;
-    list.Append(std::move(entry));
+    list.push_back({.name = listed.name,
+                    .modificationTime = listed.time,
+                    .size = listed.size,
+                    .type = listed.type});
   }
   return list;
 }

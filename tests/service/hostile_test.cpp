@@ -26,7 +26,8 @@ TEST(Listing, ThatNeverEndsIsGivenUp) {
                   "15 0002 0004 16 0002 0008 FF"));
   int pair[2] = {-1, -1};
   ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, pair), 0);
-  const UniqueFd client(pair[0]);
+  Connection client;
+  client.Adopt(pair[0]);
   std::size_t sentEntries = 0;
   std::thread service([&, peer = UniqueFd(pair[1])] {
     const std::string granted = First(0x8000);
@@ -36,10 +37,10 @@ TEST(Listing, ThatNeverEndsIsGivenUp) {
       ++sentEntries;
     }
   });
-  const FolderListing listing = FirstDialect().ListFolder(client.Get(), "/");
+  const FolderListing listing = FirstDialect().ListFolder(client, "/");
   service.join();
   EXPECT_EQ(listing.error, result::kConnection);
-  EXPECT_TRUE(listing.chain.Empty());
+  EXPECT_TRUE(listing.entries.empty());
   EXPECT_GT(sentEntries, kMostListingBytes / 31000);
 }
 

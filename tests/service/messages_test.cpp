@@ -4,7 +4,6 @@
 
 #include "service/result_codes.h"
 #include "tests/service/script.h"
-#include "tests/wire/scripted_peer.h"
 
 namespace updown {
 namespace {
@@ -82,10 +81,10 @@ TEST(Exchange, ChecksVersionBeforeCode) {
   };
   for (const auto& [answer, result] : cases) {
     const std::size_t piece = answer.size() > 100 ? 0 : 1;
-    testing::ScriptedPeer peer({{request, answer}}, piece);
+    testing::ServicePeer peer({{request, answer}}, piece);
     MessageBuffer buffer(kExchangeCapacity);
     ServiceReply reply;
-    EXPECT_EQ(ExchangeChecked(peer.Socket(), message::kList, {}, buffer, reply), result)
+    EXPECT_EQ(ExchangeChecked(peer.Link(), message::kList, {}, buffer, reply), result)
         << ::testing::PrintToString(answer.substr(0, 30));
   }
 }

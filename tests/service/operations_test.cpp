@@ -6,7 +6,6 @@
 
 #include "service/messages.h"
 #include "tests/service/script.h"
-#include "tests/wire/scripted_peer.h"
 
 namespace updown {
 namespace {
@@ -15,8 +14,8 @@ using testing::Attribute;
 using testing::First;
 using testing::Framed;
 using testing::Number;
-using testing::ScriptedPeer;
 using testing::Second;
+using testing::ServicePeer;
 using testing::Wire;
 
 TEST(Operations, RequestsAndRepliesTable) {
@@ -35,28 +34,30 @@ TEST(Operations, RequestsAndRepliesTable) {
                          {Second(4099, "200"), result::kAuthentication},
                          {"", result::kConnection}};
   struct Operation {
-    std::function<int(const ServiceOps&, int)> call;
+    std::function<int(const ServiceOps&, Connection&)> call;
     const char* request;  // behind its length, and up to the version
     const Answers& second;
   };
   const Operation operations[] = {
-      {[](const ServiceOps& ops, int to) { return ops.Authenticate(to, "12", "ann", "pw", "lab"); },
+      {[](const ServiceOps& ops, Connection& to) {
+         return ops.Authenticate(to, "12", "ann", "pw", "lab");
+       },
        "01 0004 00001002 02 0017 A00003'ann' A10002'pw' A20003'lab' A50002'12' FF", login},
-      {[](const ServiceOps& ops, int to) { return ops.CreateFolder(to, "/a"); },
+      {[](const ServiceOps& ops, Connection& to) { return ops.CreateFolder(to, "/a"); },
        "01 0004 00001004 02 0002 '/a'", byStatus},
-      {[](const ServiceOps& ops, int to) { return ops.RemoveFolder(to, "/a"); },
+      {[](const ServiceOps& ops, Connection& to) { return ops.RemoveFolder(to, "/a"); },
        "01 0004 00001005 02 0002 '/a'", byStatus},
-      {[](const ServiceOps& ops, int to) { return ops.RenameEntry(to, "/nn", "/o"); },
+      {[](const ServiceOps& ops, Connection& to) { return ops.RenameEntry(to, "/nn", "/o"); },
        "01 0004 00001006 02 000C B10002'/o' B20003'/nn' FF", byStatus},
-      {[](const ServiceOps& ops, int to) { return ops.RemoveFile(to, ""); }, "01 0004 00001007",
-       byStatus},
+      {[](const ServiceOps& ops, Connection& to) { return ops.RemoveFile(to, ""); },
+       "01 0004 00001007", byStatus},
   };
   for (const Operation& operation : operations) {
     const std::string request = Framed(Wire(operation.request) + Wire("0A 0004 01000000 FF"));
     for (const ServiceOps* ops : {&FirstDialect(), &SecondDialect()}) {
       for (const auto& [reply, result] : ops == &FirstDialect() ? checked : operation.second) {
-        ScriptedPeer peer({{request, reply}}, 7);
-        EXPECT_EQ(operation.call(*ops, peer.Socket()), result) << operation.request;
+        ServicePeer peer({{request, reply}}, 7);
+        EXPECT_EQ(operation.call(*ops, peer.Link()), result) << operation.request;
         EXPECT_EQ(peer.Finish(), "") << operation.request;
       }
     }
@@ -65,13 +66,13 @@ TEST(Operations, RequestsAndRepliesTable) {
 
 TEST(Operations, ListsThatDoNotFitAreNotSent) {
   for (const ServiceOps* ops : {&FirstDialect(), &SecondDialect()}) {
-    ScriptedPeer peer({});
+    ServicePeer peer({});
     std::string sessid(1024, 'x');
-    EXPECT_EQ(ops->Authenticate(peer.Socket(), "", sessid, "", ""), result::kNotEncodable);
-    EXPECT_EQ(ops->RenameEntry(peer.Socket(), "", sessid), result::kNotEncodable);
-    EXPECT_EQ(ops->RemoveFile(peer.Socket(), std::string(32768, 'x')), result::kNotEncodable);
-    EXPECT_EQ(ops->OpenSession(peer.Socket(), sessid, "", 4352), result::kNotEncodable);
-    EXPECT_EQ(ops->OpenSession(peer.Socket(), sessid, "", 4353), result::kNotEncodable);
+    EXPECT_EQ(ops->Authenticate(peer.Link(), "", sessid, "", ""), result::kNotEncodable);
+    EXPECT_EQ(ops->RenameEntry(peer.Link(), "", sessid), result::kNotEncodable);
+    EXPECT_EQ(ops->RemoveFile(peer.Link(), std::string(32768, 'x')), result::kNotEncodable);
+    EXPECT_EQ(ops->OpenSession(peer.Link(), sessid, "", 4352), result::kNotEncodable);
+    EXPECT_EQ(ops->OpenSession(peer.Link(), sessid, "", 4353), result::kNotEncodable);
     EXPECT_EQ(peer.Finish(), "");
   }
 }
@@ -119,32 +120,37 @@ TEST(Session, OpenAndAttachTable) {
   };
   for (const Case& example : cases) {
     const auto where = ::testing::PrintToString(example.reply);
-    ScriptedPeer peer({{example.request, example.reply}});
+    ServicePeer peer({{example.request, example.reply}});
     std::string sessid = example.sessid;
-    EXPECT_EQ(example.ops.OpenSession(peer.Socket(), sessid, "12", example.code), example.result)
+    EXPECT_EQ(example.ops.OpenSession(peer.Link(), sessid, "12", example.code), example.result)
         << where;
     EXPECT_EQ(sessid, example.sessidAfter) << where;
     EXPECT_EQ(peer.Finish(), "") << where;
   }
 }
 
-TEST(Session, NegotiationSettlesTheDialectOnce) {
+TEST(Session, TheFirstReplySettlesTheDialect) {
   const std::string granted = Wire("07 0001 02 A6 0001 's' FF");
   const std::tuple<std::string, int, const ServiceOps*> cases[] = {
       {First(0x8006, "s"), result::kAuthentication, &FirstDialect()},
-      {"", result::kConnection, &FirstDialect()},
       {Second(0x8005, granted), 0, &SecondDialect()},
       {Second(0x8005, Wire("A6 0001 's' FF")), result::kAuthentication, &SecondDialect()},
   };
   for (const auto& [reply, result, ops] : cases) {
     FileService service;
     std::string sessid = "old";
-    ScriptedPeer peer({{kOpen, reply}});
-    EXPECT_EQ(service.NegotiateSession(peer.Socket(), sessid, "12", 4352), result);
-    EXPECT_EQ(sessid, reply.empty() ? "old" : "s");
+    const auto negotiate = [&](const std::string& request, const std::string& answer) {
+      ServicePeer peer({{request, answer}});
+      return service.NegotiateSession(peer.Link(), sessid, "12", 4352);
+    };
+    // None of these is a reply.
+    EXPECT_EQ(negotiate(kOpen, ""), result::kConnection);
+    EXPECT_EQ(negotiate(kOpen, reply.substr(0, 9)), result::kConnection);
+    EXPECT_EQ(negotiate(kOpen, Wire("00000003 01 0009")), result::kNotDecodable);
+    EXPECT_EQ(negotiate(kOpen, reply), result);
+    EXPECT_EQ(sessid, "s");
     // The dialect stays, whatever comes now.
-    ScriptedPeer next({{"", Second(0x8005, granted)}});
-    EXPECT_EQ(service.NegotiateSession(next.Socket(), sessid, "12", 4352),
+    EXPECT_EQ(negotiate("", Second(0x8005, granted)),
               ops == &SecondDialect() ? 0 : result::kNoVersion);
     EXPECT_EQ(&service.Ops(), ops);
   }
@@ -177,33 +183,37 @@ TEST(Listing, Table) {
   const Case cases[] = {
       {"empty", end, 0, 0},
       {"two", dot + file + end, 0, 2},
-      {"broken off", dot + file + file.substr(0, 20), result::kConnection, 2},
+      {"broken off", dot + file + file.substr(0, 20), result::kConnection, 0},
+      {"without an end", dot + file, result::kConnection, 0},
       {"many", many + end, 0, 2000},
-      {"bad list", dot + Wire("00000003 110004") + file + end, 0, 1},
-      {"no type", dot + Framed(Wire("10 0001 'x' 11 0004 00000001 FF")) + end, 0, 1},
-      {"short number", dot + shortNumber + end, 0, 1},
-      {"too long", dot + Number(32765) + std::string(40000, '\0'), result::kConnection, 1},
-      {"near 2^32", dot + Wire("FFFFFFFF") + std::string(40000, '\0'), result::kConnection, 1},
+      {"bad list", dot + Wire("00000003 110004") + file + end, result::kNotDecodable, 0},
+      {"no type", dot + Framed(Wire("10 0001 'x' 11 0004 00000001 FF")) + end,
+       result::kNotDecodable, 0},
+      {"short number", dot + shortNumber + end, result::kNotDecodable, 0},
+      {"longest", dot + Number(32764) + std::string(32764, '\0'), result::kNotDecodable, 0},
+      {"too long", dot + Number(32765), result::kNotDecodable, 0},
+      {"near 2^32", dot + Wire("FFFFFFFF"), result::kNotDecodable, 0},
   };
   const std::string request = Wire("00000014 01 0004 00001003 02 0002 '/d' 0A 0004 01000000 FF");
   for (const auto& [name, entries, error, count] : cases) {
     for (const std::string& reply : {First(0x8000), Second(4099, "200")}) {
-      ScriptedPeer peer({{request, reply + entries}}, entries.size() < 300 ? 5 : 0);
+      ServicePeer peer({{request, reply + entries}}, entries.size() < 300 ? 5 : 0);
       const ServiceOps& ops = reply == First(0x8000) ? FirstDialect() : SecondDialect();
-      const FolderListing listing = ops.ListFolder(peer.Socket(), "/d");
+      const FolderListing listing = ops.ListFolder(peer.Link(), "/d");
       EXPECT_EQ(listing.error, error) << name;
-      EXPECT_EQ(listing.chain.Size(), count) << name;
+      EXPECT_EQ(listing.entries.size(), count) << name;
+      EXPECT_EQ(peer.Link().IsOpen(), error == 0) << name;
     }
   }
 }
 
 TEST(Listing, EntryFieldsAndOrder) {
-  ScriptedPeer peer({{"", First(0x8000) + Entry("..", "0007") + Entry("b", "0008") + Number(0)}});
-  const FolderListing listing = FirstDialect().ListFolder(peer.Socket(), "/");
-  ASSERT_EQ(listing.chain.Size(), 2U);
-  EXPECT_EQ(listing.chain.First()->name, "..");
-  EXPECT_EQ(listing.chain.First()->type, kEntryFolder);
-  const DirectoryEntry& entry = *listing.chain.First()->next;
+  ServicePeer peer({{"", First(0x8000) + Entry("..", "0007") + Entry("b", "0008") + Number(0)}});
+  const FolderListing listing = FirstDialect().ListFolder(peer.Link(), "/");
+  ASSERT_EQ(listing.entries.size(), 2U);
+  EXPECT_EQ(listing.entries.front().name, "..");
+  EXPECT_EQ(listing.entries.front().type, kEntryFolder);
+  const DirectoryEntry& entry = listing.entries.back();
   EXPECT_EQ(std::tie(entry.name, entry.field17, entry.field18, entry.modificationTime, entry.size,
                      entry.field21, entry.type),
             std::make_tuple("b", 1U, 2U, 0x5F000000U, 0x00010203U, 4U, kEntryFile));
@@ -211,8 +221,8 @@ TEST(Listing, EntryFieldsAndOrder) {
 
 TEST(Listing, RefusalsByDialect) {
   const auto error = [](const ServiceOps& ops, const std::string& reply) {
-    ScriptedPeer peer({{"", reply}});
-    return ops.ListFolder(peer.Socket(), "/d").error;
+    ServicePeer peer({{"", reply}});
+    return ops.ListFolder(peer.Link(), "/d").error;
   };
   EXPECT_EQ(error(FirstDialect(), First(0x8007)), result::kAccessRefused);
   EXPECT_EQ(error(FirstDialect(), Wire("00000003 01 0009")), result::kNotDecodable);

@@ -1,7 +1,11 @@
 #pragma once
 
 #include <string>
+#include <utility>
+#include <vector>
 
+#include "service/connection.h"
+#include "tests/wire/scripted_peer.h"
 #include "tests/wire/wire_bytes.h"
 
 namespace updown::testing {
@@ -17,5 +21,23 @@ inline std::string First(std::size_t code, const std::string& data = {}) {
 inline std::string Second(std::size_t code, const std::string& data = {}) {
   return Reply(code, data, "");
 }
+
+// A scripted service and the connection to it.
+class ServicePeer : public ScriptedPeer {
+ public:
+  explicit ServicePeer(std::vector<Step> steps, std::size_t piece = 0)
+      : ScriptedPeer(std::move(steps), piece) {
+    link_.Adopt(TakeSocket());
+  }
+
+  Connection& Link() { return link_; }
+  std::string Finish() {
+    link_.Close();
+    return ScriptedPeer::Finish();
+  }
+
+ private:
+  Connection link_;
+};
 
 }  // namespace updown::testing

@@ -27,24 +27,25 @@ class GrantedSession {
   std::string sessid = "granted";
 
  private:
-  int Connect() {
+  int Connect(Connection& link) {
     log_.emplace_back("connect");
     int ends[2];
     if (sessid.empty() || socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
-      return -1;
+      return result::kConnection;
     }
     service_ = UniqueFd(ends[1]);
     const std::string reply = testing::First(32768, sessid);
     EXPECT_EQ(write(ends[1], reply.data(), reply.size()), static_cast<ssize_t>(reply.size()));
-    return ends[0];
+    return link.Adopt(ends[0]);
   }
 
   Log& log_;
   UniqueFd service_;
   FileService dialect_;
   LaunchState launch_;
-  SharedSession session_{dialect_, launch_, nullptr,
-                         [this](std::string_view, std::uint16_t) { return Connect(); }};
+  SharedSession session_{
+      dialect_, launch_, nullptr,
+      [this](Connection& link, std::string_view, std::uint16_t) { return Connect(link); }};
 };
 
 }  // namespace updown::test

@@ -1,8 +1,8 @@
 #include "wire/relay.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <thread>
 
 #include "platform/environment.h"
@@ -104,12 +104,12 @@ TEST(Relay, ConnectKinds) {
       CloseSocket(socket);
     }
     EXPECT_EQ(relay.Finish(), "");
-    EXPECT_EQ(RelayConnect(parameters, "hi", target, 2, example.kind), -1);
-    EXPECT_EQ(RelayConnect(parameters, std::string(500, 'x'), target, 1, example.kind), -1);
+    EXPECT_LT(RelayConnect(parameters, "hi", target, 2, example.kind), 0);
+    EXPECT_LT(RelayConnect(parameters, std::string(500, 'x'), target, 1, example.kind), 0);
   }
 }
 
-TEST(ServiceConnect, JoinsABlockingSocketToTheResolvedAddress) {
+TEST(ServiceConnect, JoinsASocketToTheResolvedAddress) {
   struct Case {
     const char* reply;
     const char* target;
@@ -133,9 +133,8 @@ TEST(ServiceConnect, JoinsABlockingSocketToTheResolvedAddress) {
          {kVariableApplication, "DBDC"}});
     const int socket = ServiceConnect("fs", 8080);
     ASSERT_GT(socket, 0);
-    EXPECT_EQ(fcntl(socket, F_GETFL) & O_NONBLOCK, 0);
-    char first = 0;
-    EXPECT_EQ(recv(socket, &first, 1, 0), 1);
+    std::array<std::uint8_t, 1> first{};
+    EXPECT_EQ(RecvDeadline(socket, first, 0, true, SystemTicks().Now() + kSocketSpan), 1);
     CloseSocket(socket);
     EXPECT_EQ(relay.Finish(), "");
   }

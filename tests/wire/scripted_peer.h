@@ -74,7 +74,8 @@ class ScriptedPeer {
   ScriptedPeer(const ScriptedPeer&) = delete;
   ScriptedPeer& operator=(const ScriptedPeer&) = delete;
 
-  int Socket() const { return client_.Get(); }
+  // The other end, which is the caller's from now on.
+  int TakeSocket() { return client_.Release(); }
 
   // Hangs up and tells what was not as written; empty if all was.
   std::string Finish() {
