@@ -1,11 +1,11 @@
 #include "peer/arguments.h"
 
-#include <charconv>
 #include <limits>
 #include <map>
 #include <stdexcept>
 
 #include "peer/faults.h"
+#include "peer/numbers.h"
 
 namespace updown::peer {
 
@@ -25,15 +25,17 @@ const char* const kHelpText =
   --identity TEXT       first part of the identity in the printed environment (port-N)
   --port N              port of the relay, 0 for any free one (0)
   --fragment            send everything in small pieces
-  --delay MS            wait before each block (0)
+  --delay MESSAGE:MS    hold each reply to MESSAGE back; MESSAGE as in --fault. May be given
+                        several times.
   --fault KIND:MESSAGE[:skip=N][:times=N][:code=N]
                         go wrong when MESSAGE comes for the skip + 1st time, then as many times
                         (0: for ever). MESSAGE: the code; 0 all of the service's; 1 and 2 the
                         relay's resolve and connect. KIND: drop-before, drop-inside, drop-after,
                         stall, wrong-code, bad-list, oversized, no-code, empty-block, bad-entry,
-                        cut-listing. May be given several times.
+                        cut-listing, wrong-offset, long-block, long-entry. May be given several times.
   --print-command       print one line that a shell takes instead of one line for each variable
   --until-eof           end when standard input ends
+  --control             take commands from standard input, and end with it; "help" lists them
   --help                this text
 
 Prints the environment that a client needs, one NAME=value to a line, in the form that env takes,
@@ -44,12 +46,11 @@ take them, and some shells do not pass them on. SIGTERM and SIGINT end it.
 namespace {
 
 std::uint32_t Number(const std::string& text, std::uint32_t most) {
-  std::uint32_t number = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (error != std::errc{} || end != text.data() + text.size() || number > most) {
+  const auto number = ParseNumber(text);
+  if (!number || *number > most) {
     throw std::invalid_argument("'" + text + "' is no number from 0 to " + std::to_string(most));
   }
-  return number;
+  return *number;
 }
 
 Login ParseLogin(const std::string& text) {
@@ -101,7 +102,11 @@ const std::map<std::string, Setter>& ValueOptions() {
          a.service.port = static_cast<std::uint16_t>(Number(v, 65535));
        }},
       {"--delay",
-       [](Arguments& a, const std::string& v) { a.service.blockDelayMs = Number(v, 3'600'000); }},
+       [](Arguments& a, const std::string& v) {
+         const auto delay = ParseDelay(v);
+         if (!delay) throw std::invalid_argument("'" + v + "' is no delay");
+         a.service.delays.push_back(*delay);
+       }},
       {"--fault",
        [](Arguments& a, const std::string& v) {
          const auto fault = ParseFault(v);
@@ -114,9 +119,8 @@ const std::map<std::string, Setter>& ValueOptions() {
 
 const std::map<std::string, bool Arguments::*>& Switches() {
   static const std::map<std::string, bool Arguments::*> kSwitches{
-      {"--serve", &Arguments::serve},
-      {"--until-eof", &Arguments::untilEof},
-      {"--print-command", &Arguments::printCommand},
+      {"--serve", &Arguments::serve},     {"--until-eof", &Arguments::untilEof},
+      {"--control", &Arguments::control}, {"--print-command", &Arguments::printCommand},
       {"--help", &Arguments::help},
   };
   return kSwitches;

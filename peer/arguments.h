@@ -14,6 +14,7 @@ struct Arguments {
   bool makeArea = false;
   bool serve = false;
   bool untilEof = false;
+  bool control = false;
   bool printCommand = false;
   bool help = false;
 };

@@ -1,7 +1,8 @@
 #include "peer/faults.h"
 
 #include <array>
-#include <charconv>
+
+#include "peer/numbers.h"
 
 namespace updown::peer {
 
@@ -12,7 +13,7 @@ struct KindName {
   Fault::Kind kind;
 };
 
-constexpr std::array<KindName, 11> kKindNames{{
+constexpr std::array<KindName, 14> kKindNames{{
     {"drop-before", Fault::Kind::DropBefore},
     {"drop-inside", Fault::Kind::DropInside},
     {"drop-after", Fault::Kind::DropAfter},
@@ -24,6 +25,9 @@ constexpr std::array<KindName, 11> kKindNames{{
     {"empty-block", Fault::Kind::EmptyBlock},
     {"bad-entry", Fault::Kind::BadEntry},
     {"cut-listing", Fault::Kind::CutListing},
+    {"wrong-offset", Fault::Kind::WrongOffset},
+    {"long-block", Fault::Kind::LongBlock},
+    {"long-entry", Fault::Kind::LongEntry},
 }};
 
 constexpr std::uint32_t kLowestServiceMessage = 4096;
@@ -31,13 +35,6 @@ constexpr std::uint32_t kLowestServiceMessage = 4096;
 bool LooksOutFor(const Fault& fault, std::uint32_t message) {
   if (fault.message == 0) return message >= kLowestServiceMessage;
   return fault.message == message;
-}
-
-std::optional<std::uint32_t> ParseNumber(std::string_view text) {
-  std::uint32_t number = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
-  return number;
 }
 
 std::string_view TakeField(std::string_view& text) {

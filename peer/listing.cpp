@@ -36,7 +36,7 @@ Bytes EncodeListing(const std::vector<FolderEntry>& entries, const std::optional
   if (fault && fault->kind == Fault::Kind::BadEntry) {
     PutBytes(listing, Framed(ListWriter().PutText(tag::kName, "bare").End()));
   }
-  PutNumber32(listing, 0);
+  PutNumber32(listing, fault && fault->kind == Fault::Kind::LongEntry ? 0xFFFFFFFF : 0);
   return listing;
 }
 

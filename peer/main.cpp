@@ -13,10 +13,12 @@
 
 #include "peer/arguments.h"
 #include "peer/connection.h"
+#include "peer/control.h"
 
 namespace {
 
 using updown::peer::Arguments;
+using updown::peer::Control;
 using updown::peer::Handle;
 using updown::peer::StandIn;
 
@@ -48,19 +50,38 @@ void PrintLaunch(const StandIn& standIn, const Arguments& arguments) {
   std::fflush(stdout);
 }
 
-bool StandardInputEnded() {
-  std::array<char, 4096> thrownAway{};
-  const ssize_t count = read(STDIN_FILENO, thrownAway.data(), thrownAway.size());
-  return count == 0 || (count < 0 && errno != EINTR && errno != EAGAIN);
+// Adds what has come to `input`. False at its end.
+bool ReadStandardInput(std::string& input) {
+  std::array<char, 4096> piece{};
+  const ssize_t count = read(STDIN_FILENO, piece.data(), piece.size());
+  if (count > 0) input.append(piece.data(), static_cast<std::size_t>(count));
+  return count > 0 || (count < 0 && (errno == EINTR || errno == EAGAIN));
 }
 
-void WaitForEnd(const Handle& signals, bool untilEof) {
+void ObeyLines(Control& control, std::string& input) {
+  for (std::size_t end; (end = input.find('\n')) != std::string::npos; input.erase(0, end + 1)) {
+    const std::string line = input.substr(0, end);
+    std::printf("%s\n",
+                line == "help" ? updown::peer::kControlHelpText : control.Obey(line).c_str());
+    std::fflush(stdout);
+  }
+}
+
+void WaitForEnd(const Handle& signals, Control& control, const Arguments& arguments) {
+  const bool reads = arguments.untilEof || arguments.control;
   std::array<pollfd, 2> waits{pollfd{signals.Get(), POLLIN, 0},
-                              pollfd{untilEof ? STDIN_FILENO : -1, POLLIN, 0}};
+                              pollfd{reads ? STDIN_FILENO : -1, POLLIN, 0}};
+  std::string input;
   for (;;) {
-    if (poll(waits.data(), waits.size(), -1) < 0 && errno != EINTR) return;
+    if (poll(waits.data(), waits.size(), control.Patience()) < 0 && errno != EINTR) return;
+    control.ReturnIfDue();
     if (waits[0].revents != 0) return;
-    if (waits[1].revents != 0 && StandardInputEnded()) return;
+    if (waits[1].revents != 0 && !ReadStandardInput(input)) return;
+    if (arguments.control) {
+      ObeyLines(control, input);
+    } else {
+      input.clear();
+    }
   }
 }
 
@@ -72,9 +93,9 @@ int Run(const Arguments& arguments) {
   if (arguments.makeArea) updown::peer::MakeArea(arguments.area);
   if (arguments.service.root.empty()) return 0;
   const Handle signals = TakeEndingSignals();
-  const StandIn standIn(arguments.service);
-  PrintLaunch(standIn, arguments);
-  WaitForEnd(signals, arguments.untilEof);
+  Control control(arguments.service);
+  PrintLaunch(control.Service(), arguments);
+  WaitForEnd(signals, control, arguments);
   return 0;
 }
 

@@ -82,6 +82,7 @@ void ServeResolve(World& world, Connection& connection, const Packet& packet, co
   if (request.Text(kCommandTag) != "Resolve" || !IsDecimal(request.Text(kApplicationTag))) return;
   if (fault && fault->kind == Fault::Kind::DropBefore) return;
   if (fault && fault->kind == Fault::Kind::Stall) return connection.WaitForClose();
+  if (!connection.Pause(world.delays.Of(message::kRelayResolve))) return;
   const bool wrong = fault && fault->kind == Fault::Kind::WrongCode;
   const auto code = wrong ? static_cast<std::uint8_t>(fault->code) : kReplyCode;
   const Bytes reply = ReplyPacket(packet, code, 0, AddressList(world, request, fault));
@@ -106,6 +107,7 @@ bool ServeConnect(World& world, Connection& connection, const Packet& packet, co
     connection.WaitForClose();
     return false;
   }
+  if (!connection.Pause(world.delays.Of(message::kRelayConnect))) return false;
   if (fault && fault->kind == Fault::Kind::WrongCode) {
     status = static_cast<std::uint16_t>(fault->code);
   } else if (fault) {

@@ -64,10 +64,7 @@ bool ServiceConnection::Answer(const Request& request, const Bytes& frame) {
   }
   const bool replaced = fault && ReplacesReply(fault->kind);
   Reply reply = replaced ? Replacement(*fault) : Perform(request, fault);
-  if (request.message == message::kReadBlock &&
-      !connection_.Pause(milliseconds(world_.options.blockDelayMs))) {
-    return false;
-  }
+  if (!connection_.Pause(world_.delays.Of(request.message))) return false;
   if (fault) return SendSpoiled(*fault, request.message, std::move(reply));
   Bytes bytes = FrameOf(reply);
   if (reply.tail.size() <= kLongestRequest) {
@@ -192,12 +189,14 @@ Reply ServiceConnection::ReadBlock(const Request& request,
   const auto list = List::Read(request.data);
   const auto offset = list ? list->Number32(tag::kOffset) : std::nullopt;
   if (!offset) return dialect_.Refused(request.message, Refusal::BadName);
-  const BlockPlace place{*offset, list->Text(tag::kPath)};
+  BlockPlace place{*offset, list->Text(tag::kPath)};
   const std::uint32_t length =
       Is(fault, Fault::Kind::EmptyBlock) ? 0 : std::min(world_.blockLength.load(), kLargestBlock);
   Bytes block;
   const Refusal refusal = world_.folder.ReadBlock(place.path, place.offset, length, block);
   if (refusal != Refusal::None) return dialect_.Refused(request.message, refusal);
+  if (Is(fault, Fault::Kind::WrongOffset)) place.offset += fault->code;
+  if (Is(fault, Fault::Kind::LongBlock)) block.resize(block.size() + fault->code);
   return dialect_.Block(place, std::move(block));
 }
 

@@ -77,12 +77,14 @@ struct StandIn::Impl {
     std::array<pollfd, 2> waits{pollfd{listener.Get(), POLLIN, 0},
                                 pollfd{world.stop.Descriptor(), POLLIN, 0}};
     while (waits[1].revents == 0) {
+      waits[0].fd = world.accepting ? listener.Get() : -1;
       ::poll(waits.data(), waits.size(), kReapPeriodMs);
       served.remove_if([](Served& one) {
         if (!one.over) return false;
         one.thread.join();
         return true;
       });
+      if (!world.accepting) continue;
       Handle socket(::accept4(listener.Get(), nullptr, nullptr, SOCK_CLOEXEC));
       if (socket.IsOpen() && served.size() < kMostConnections) {
         Start(served, std::move(socket));
@@ -142,7 +144,14 @@ std::vector<std::pair<std::string, std::string>> StandIn::Environment(int langua
 }
 
 void StandIn::AddFault(const Fault& fault) { impl_->world.faults.Add(fault); }
-void StandIn::ClearFaults() { impl_->world.faults.Clear(); }
+void StandIn::ClearFaults() {
+  impl_->world.faults.Clear();
+  impl_->world.delays.Clear();
+}
+void StandIn::SetDelay(const Delay& delay) {
+  impl_->world.delays.Set(delay.message, delay.milliseconds);
+}
+void StandIn::SetAccepting(bool on) { impl_->world.accepting = on; }
 void StandIn::SetBlockLength(std::uint32_t length) { impl_->world.blockLength = length; }
 void StandIn::ForgetSessions() { impl_->world.sessions.Forget(); }
 

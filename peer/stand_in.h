@@ -25,24 +25,33 @@ struct Login {
 // + 1st time, and then `times` times (0: for ever).
 struct Fault {
   enum class Kind {
-    DropBefore,  // close the connection instead of answering
-    DropInside,  // close after half of the reply frame (of the block, for 4104)
-    DropAfter,   // answer, then close
-    Stall,       // never answer, keep the connection open until it is closed
-    WrongCode,   // answer with `code`
-    BadList,     // answer with a frame whose attribute list does not decode
-    Oversized,   // answer with a frame longer than 32768 bytes
-    NoCode,      // answer without attribute 1
-    EmptyBlock,  // 4104: a block of length 0
-    BadEntry,    // 4099: an entry without its attributes, behind the good ones
-    CutListing,  // 4099: close after two entries
+    DropBefore,   // close the connection instead of answering
+    DropInside,   // close after half of the reply frame (of the block, for 4104)
+    DropAfter,    // answer, then close
+    Stall,        // never answer, keep the connection open until it is closed
+    WrongCode,    // answer with `code`
+    BadList,      // answer with a frame whose attribute list does not decode
+    Oversized,    // answer with a frame longer than 32768 bytes
+    NoCode,       // answer without attribute 1
+    EmptyBlock,   // 4104: a block of length 0
+    BadEntry,     // 4099: an entry without its attributes, behind the good ones
+    CutListing,   // 4099: close after two entries
+    WrongOffset,  // 4104: a block that says to lie `code` bytes ahead, modulo 2^32 (dialect 2)
+    LongBlock,    // 4104: a block with `code` bytes more behind it
+    LongEntry,    // 4099: an entry whose length says 0xFFFFFFFF, and nothing behind it
   };
   Kind kind = Kind::DropBefore;
   // Message code; 0: every message of the service; 1 and 2: the relay's resolve and connect.
   std::uint32_t message = 0;
   std::uint32_t skip = 0;
   std::uint32_t times = 1;
-  std::uint32_t code = 0;  // WrongCode
+  std::uint32_t code = 0;  // WrongCode, WrongOffset, LongBlock
+};
+
+// A reply that is held back. `message` as in Fault; a delay for 0 adds to a message's own.
+struct Delay {
+  std::uint32_t message = 0;
+  std::uint32_t milliseconds = 0;
 };
 
 struct Options {
@@ -52,12 +61,13 @@ struct Options {
   std::optional<Login> login;               // nothing: sessions are granted at once
   std::string serviceName = "fileservice";  // what the relay resolves
   bool fragment = false;  // every send byte by byte (first 64 bytes), then in odd pieces
-  std::uint32_t blockDelayMs = 0;
+  std::vector<Delay> delays;
   std::vector<Fault> faults;
   std::uint16_t port = 0;  // port to listen on; 0: any free one
   // First part of the client's identity. One instance runs for an identity on a machine, so the
   // port stands in where it is left empty: what runs side by side does not meet.
   std::string identity;
+  std::uint32_t firstSession = 0;  // number of the first session, so that two lives differ
 };
 
 // One request as it came in, for tests to look at.
@@ -83,7 +93,10 @@ class StandIn {
   std::vector<std::pair<std::string, std::string>> Environment(int languageId = 1033) const;
 
   void AddFault(const Fault& fault);
-  void ClearFaults();
+  void ClearFaults();  // and delays
+  void SetDelay(const Delay& delay);
+  // While it is off, new connections wait as for a service that is stuck.
+  void SetAccepting(bool on);
   void SetBlockLength(std::uint32_t length);
   // Sessions issued so far are no longer known: attaching with them is refused with "login needed".
   void ForgetSessions();

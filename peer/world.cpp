@@ -92,7 +92,9 @@ World::World(Options given)
     : options(std::move(given)),
       folder(options.root),
       dialect(MakeDialect(options.dialect)),
-      blockLength(options.blockLength) {
+      blockLength(options.blockLength),
+      sessions(options.firstSession) {
+  for (const Delay& delay : options.delays) delays.Set(delay.message, delay.milliseconds);
   for (const Fault& fault : options.faults) faults.Add(fault);
 }
 

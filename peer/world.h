@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "peer/connection.h"
+#include "peer/delays.h"
 #include "peer/dialects.h"
 #include "peer/faults.h"
 #include "peer/files.h"
@@ -20,6 +21,7 @@ namespace updown::peer {
 // The sessions issued so far; the oldest are forgotten when there are too many. Thread-safe.
 class Sessions {
  public:
+  explicit Sessions(std::uint32_t first) : issued_(first) {}
   std::string Issue(bool authenticated);
   void Authenticate(const std::string& sessid);
   bool IsAuthenticated(const std::string& sessid) const;
@@ -27,7 +29,7 @@ class Sessions {
 
  private:
   mutable std::mutex mutex_;
-  std::uint32_t issued_ = 0;            // guarded by mutex_, as is the next
+  std::uint32_t issued_;                // guarded by mutex_, as is the next
   std::map<std::string, bool> states_;  // true: authenticated; in the order of issue
 };
 
@@ -75,7 +77,9 @@ struct World {
   const ServedFolder folder;
   const std::unique_ptr<const Dialect> dialect;
   std::atomic<std::uint32_t> blockLength;
+  std::atomic<bool> accepting = true;
   FaultPlan faults;
+  Delays delays;
   Sessions sessions;
   RequestLog requests;
   Joins joins;

@@ -137,8 +137,7 @@ class KilledClient : private EngineEvents {
 
   void AddUserFile(int n) {
     const std::string path = "/" + UserFile(n);
-    if (!deleted_.contains(path) &&
-        !store_->IsDuplicate(path)) {
+    if (!deleted_.contains(path) && !store_->IsDuplicate(path)) {
       Add(UserFile(n), folder_ + "/got/" + UserFile(n), true);
     }
   }

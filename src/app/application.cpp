@@ -11,6 +11,7 @@
 #include "app/earlier_data.h"
 #include "app/launch_identity.h"
 #include "app/launch_variables.h"
+#include "platform/debug_stream.h"
 #include "platform/qt/text.h"
 #include "platform/unique_fd.h"
 #include "resources/qt/texts.h"
@@ -38,6 +39,11 @@ void TranslateToolkit() {
       translator->load(name, QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
     QCoreApplication::installTranslator(translator.release());
   }
+}
+
+// The toolkit's own handler would wait for who reads the stream.
+void PrintToolkitMessage(QtMsgType type, const QMessageLogContext& context, const QString& text) {
+  WriteDebugText(qFormatLogMessage(type, context, text).append(u'\n').toStdString());
 }
 
 // Questions that need neither a display nor a service.
@@ -101,7 +107,7 @@ bool Application::CheckCommandLine() {
   launch_.serverPort = parameters.serverPort;
   if (!parameters.Accepted()) {
     exitCode_ = kUsageError;
-    std::fputs(kUsage, stderr);
+    WriteDebugText(kUsage);
     // While the box stands a right start of this identity is to find no other.
     instanceEvent_.reset();
     ShowBox(nullptr, Text(StringId::InvalidParameters), Text(StringId::ProgramTitle),
@@ -113,8 +119,8 @@ bool Application::CheckCommandLine() {
 void Application::TellLaunchFaults() {
   QStringList names;
   for (const LaunchFault& fault : FindLaunchFaults()) {
-    std::fprintf(stderr, "updown: the variable %s %s\n", fault.name.c_str(),
-                 fault.missing ? "is missing" : "cannot be used");
+    DebugLine("updown: the variable %s %s\n", fault.name.c_str(),
+              fault.missing ? "is missing" : "cannot be used");
     names.append(QString::fromStdString(fault.name));
   }
   if (!names.isEmpty()) {
@@ -143,6 +149,7 @@ bool Application::ShutDown() {
 int RunUpDown(int argc, char** argv, const Preparation& prepare) {
   InstallSignalHandlers();
   HoldStandardStreams();
+  qInstallMessageHandler(&PrintToolkitMessage);
   std::vector<std::string> arguments(argv, argv + argc);
   if (AnswerOnly(arguments)) {
     return EXIT_SUCCESS;
@@ -159,7 +166,6 @@ int RunUpDown(int argc, char** argv, const Preparation& prepare) {
   }
   app.Exec();
   if (!app.ShutDown()) {
-    std::fflush(nullptr);
     std::_Exit(EXIT_SUCCESS);
   }
   return EXIT_SUCCESS;

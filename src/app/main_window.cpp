@@ -24,7 +24,6 @@
 namespace updown {
 namespace {
 
-constexpr int kInstancePollMs = 50;
 constexpr QSize kFirstSize{960, 720};
 constexpr int kFirstListingDelay = 100;  // ms: the window is on the screen by then
 constexpr int kTreeWidth = 200;          // when the keyboard opens it
@@ -123,7 +122,7 @@ void MainWindow::MakeShortcuts() {
 }
 
 void MainWindow::CreatePanes() {
-  instanceTimer_.start(kInstancePollMs, this);
+  WatchForSecondStart();
   outer_ = std::make_unique<CMySplitter>(Qt::Horizontal);
   tree_ = new PackageTree(area_);
   inner_ = new CMySplitter(Qt::Vertical);
@@ -199,12 +198,17 @@ void MainWindow::showEvent(QShowEvent* event) {
   }
 }
 
-void MainWindow::timerEvent(QTimerEvent* event) {
-  if (event->timerId() == instanceTimer_.timerId()) {
+void MainWindow::WatchForSecondStart() {
+  secondStart_.emplace(instanceEvent_.Descriptor(), QSocketNotifier::Read);
+  connect(&*secondStart_, &QSocketNotifier::activated, this, [this] {
     if (instanceEvent_.TestAndReset()) {
       Raise();
     }
-  } else if (event->timerId() == firstListing_.timerId()) {
+  });
+}
+
+void MainWindow::timerEvent(QTimerEvent* event) {
+  if (event->timerId() == firstListing_.timerId()) {
     firstListing_.stop();
     area_.Refresh(AskedBy::Program);
   } else {
@@ -229,7 +233,7 @@ bool MainWindow::ShutDown() {
   if (threadsEnded_) {
     return *threadsEnded_;
   }
-  instanceTimer_.stop();
+  secondStart_.reset();
   firstListing_.stop();
   hide();
   if (statusWindow_) {

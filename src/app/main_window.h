@@ -2,6 +2,7 @@
 
 #include <QBasicTimer>
 #include <QMainWindow>
+#include <QSocketNotifier>
 #include <memory>
 #include <optional>
 
@@ -63,6 +64,7 @@ class MainWindow final : public QMainWindow, private EngineEvents {
   void ConnectPanes();
   void LayOutPanes();
   void GoToTreeOrBack();
+  void WatchForSecondStart();
   void Raise();
   void ShowStatus();
   Session::Post PostToMain();
@@ -99,8 +101,8 @@ class MainWindow final : public QMainWindow, private EngineEvents {
   PackageForm* form_ = nullptr;
   std::unique_ptr<CTransferStatusDlg> statusWindow_;
 
-  QBasicTimer instanceTimer_;
   QBasicTimer firstListing_;
+  std::optional<QSocketNotifier> secondStart_;
   bool laidOut_ = false;
   std::optional<bool> threadsEnded_;  // set by ShutDown
   TaskListKeeper keeper_;

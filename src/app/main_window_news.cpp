@@ -63,9 +63,8 @@ void MainWindow::ShowMovedTask(TaskId task) {
 void MainWindow::ShowRestoredTask(TaskId task) {
   mainThread_.Post([this, task] {
     if (statusWindow_ && downloads_.Find(task)) {
-      // Shown first: a window manager maps a window that is minimised before that as a normal one.
       if (!statusWindow_->isVisible()) {
-        statusWindow_->show();
+        statusWindow_->show();  // a window manager is not told of a hidden window's states
       }
       statusWindow_->showMinimized();
       TellStatus([task](CTransferStatusDlg& status) { status.AddRow(task); });

@@ -62,7 +62,7 @@ class Scheduler {
 
 // One task from BeginRun to EndRun on the calling worker thread; returns its result code. At the
 // end it tells TaskEnded and SaveNeeded. When memory or another resource runs out, the task ends
-// Failed with result::kFileWrite.
+// Failed with result::kNotEncodable.
 int RunTransferWorker(SchedulerContext& context, const TaskPointer& task);
 
 }  // namespace updown

@@ -64,8 +64,7 @@ int RunFolderTask(SchedulerContext& context, TransferTask& task, TransferProgres
   return outcome;
 }
 
-// Memory or another resource of this machine ran out: the task fails like one whose file cannot be
-// written, and the program goes on.
+// Memory or another resource of this machine ran out: the task fails, and the program goes on.
 int RunGuarded(SchedulerContext& context, TransferTask& task) {
   try {
     WorkerProgress progress(context, task.id);
@@ -73,7 +72,7 @@ int RunGuarded(SchedulerContext& context, TransferTask& task) {
                                              : Transfer(context, task, *task.record, progress);
   } catch (const std::exception&) {
     task.record->SetStateUnlessStopped(TransferState::Failed);
-    return result::kFileWrite;
+    return result::kNotEncodable;
   }
 }
 

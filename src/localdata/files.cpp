@@ -14,8 +14,18 @@ namespace {
 
 constexpr std::size_t kMostBytes = std::numeric_limits<int>::max();
 
+// Leaves the reason in errno.
 bool UsablePath(const std::string& path) {
-  return !path.empty() && FitsPath(path) && path.find('\0') == std::string::npos;
+  if (path.empty()) {
+    errno = ENOENT;
+  } else if (!FitsPath(path)) {
+    errno = ENAMETOOLONG;
+  } else if (path.find('\0') != std::string::npos) {
+    errno = EINVAL;
+  } else {
+    return true;
+  }
+  return false;
 }
 
 // Repeats `call` while signals interrupt it. Its count, or the negated errno.

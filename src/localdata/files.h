@@ -18,7 +18,7 @@ enum class OpenMode : std::uint32_t {
   ReadWrite = 2,  // target of a download, saving the task list
 };
 
-// Empty on failure, on an empty path, and on one of 260 bytes or more.
+// Empty on failure, on an empty path, and on one of 260 bytes or more, errno telling why.
 UniqueFd OpenLocalFile(const std::string& path, OpenMode mode, FileDisposition disposition);
 
 // The low 32 bits of the size; 0 if the file cannot be opened, which also tells "missing".

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <cstdio>
 #include <utility>
 
 #include "localdata/files.h"
+#include "platform/debug_stream.h"
 #include "platform/text.h"
 
 namespace updown {
@@ -76,7 +76,7 @@ bool IniFile::TakeLine(std::string_view line, std::string& currentSection) {
     return true;
   }
   if (IsControl(line.front())) {
-    std::printf("Failing on char %d\n", static_cast<int>(line.front()));
+    OutputLine("Failing on char %d\n", static_cast<int>(line.front()));
     return false;
   }
   const std::size_t mark = line.find_first_of(";#[=");

@@ -1,5 +1,6 @@
 #include "localdata/transfer_record.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "localdata/file_names.h"
@@ -43,6 +44,7 @@ void TransferRecord::StartFile(RecordPaths paths) {
   const std::lock_guard lock(pathLock_);
   totalBytes = 0;
   doneBytes = 0;
+  unsyncedBytes = 0;
   remoteTime = 0;
   paths_ = std::move(paths);
 }
@@ -95,7 +97,8 @@ StoredRecord TransferRecord::Store() const {
   stored.totalBytes = totalBytes;
   stored.remoteTime = remoteTime;
   // Last: a download that starts over clears it before it takes up the new size and time.
-  stored.doneBytes = doneBytes;
+  const std::uint32_t done = doneBytes;
+  stored.doneBytes = done - std::min(done, unsyncedBytes.load());
   return stored;
 }
 

@@ -70,6 +70,10 @@ class TransferRecord {
   std::atomic<TransferState> state{TransferState::Queued};
   std::atomic<std::uint32_t> totalBytes{0};  // as last reported by the service
   std::atomic<std::uint32_t> doneBytes{0};   // the local file is known to be good up to here
+  // The last bytes of doneBytes that a power loss could still take back. A block adds to it before
+  // doneBytes moves; a reader reads it behind doneBytes, so that the difference never says too
+  // much.
+  std::atomic<std::uint32_t> unsyncedBytes{0};
   std::atomic<std::uint32_t> remoteTime{0};  // as last reported by the service
 
   std::atomic<std::uint32_t> resultCode{0};   // why the last run failed, without its sign
@@ -95,6 +99,7 @@ class TransferRecord {
   // Sets `to` unless the state is Stopped; returns whether it did.
   bool SetStateUnlessStopped(TransferState to);
 
+  // `doneBytes` of it is what is on the disk for good.
   StoredRecord Store() const;
 
  private:

@@ -23,6 +23,9 @@ class InstanceEvent {
   InstanceEvent(const InstanceEvent&) = delete;
   InstanceEvent& operator=(const InstanceEvent&) = delete;
 
+  // Readable while a signal waits to be taken: to be watched, not read. Ours.
+  int Descriptor() const { return fd_; }
+
   // True once after any number of signals since the last call. Does not wait.
   bool TestAndReset();
 

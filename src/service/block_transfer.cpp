@@ -1,6 +1,6 @@
 #include "service/block_transfer.h"
 
-#include <cstdio>
+#include "platform/debug_stream.h"
 
 namespace updown {
 
@@ -29,8 +29,8 @@ TransferResult ServiceResult(int code, const Connection& connection, const Trans
 }
 
 void PrintInformation(const FileInformation& information) {
-  std::fprintf(stderr, "get infomation:\n\tsize:\t%d\n\tmtime:\t%d\n",
-               static_cast<int>(information.size), static_cast<int>(information.modificationTime));
+  DebugLine("get infomation:\n\tsize:\t%d\n\tmtime:\t%d\n", static_cast<int>(information.size),
+            static_cast<int>(information.modificationTime));
 }
 
 int EndTransfer(Dialect dialect, const TransferPosition& position, int result,

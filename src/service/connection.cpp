@@ -1,5 +1,6 @@
 #include "service/connection.h"
 
+#include <fcntl.h>
 #include <poll.h>
 #include <sys/socket.h>
 
@@ -28,6 +29,12 @@ int ErrorOfCode(int code) {
     default:
       return -code;
   }
+}
+
+// EPERM is what a sandbox answers.
+bool IsUnsupported(int error) {
+  return error == EINVAL || error == ENOSYS || error == EOPNOTSUPP || error == EPERM ||
+         error == ENOMEM;
 }
 
 bool WouldBlock(int error) { return error == EAGAIN || error == EWOULDBLOCK; }
@@ -150,6 +157,17 @@ int Connection::Send(Bytes bytes, std::size_t& moved) {
 
 int Connection::Receive(std::span<std::uint8_t> space, std::size_t& moved) {
   return MoveSome(POLLIN, moved, [&] { return recv(socket_, space.data(), space.size(), 0); });
+}
+
+int Connection::ReceiveInto(int pipe, std::size_t most, std::size_t& moved) {
+  bool unsupported = false;
+  const int received = MoveSome(POLLIN, moved, [&]() -> ssize_t {
+    const ssize_t count = splice(socket_, nullptr, pipe, nullptr, most, SPLICE_F_MOVE);
+    unsupported = count < 0 && IsUnsupported(errno);
+    return unsupported ? 1 : count;
+  });
+  moved = unsupported ? 0 : moved;
+  return received;
 }
 
 }  // namespace updown

@@ -67,6 +67,9 @@ class Connection {
   // result::kConnection with the connection closed. `moved` is the count.
   int Send(Bytes bytes, std::size_t& moved);
   int Receive(std::span<std::uint8_t> space, std::size_t& moved);
+  // The same into an empty pipe, without passing through this process. `moved` is 0 where the
+  // system cannot do that, with the connection as it was.
+  int ReceiveInto(int pipe, std::size_t most, std::size_t& moved);
 
   // Closes, with `error` as the reason, and returns result::kConnection.
   int Fail(int error);

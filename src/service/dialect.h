@@ -17,7 +17,7 @@ enum class Dialect { First, Second };
 
 // One exchange of the dialect. 0 or a result code; in the second dialect the reply is not judged.
 int Exchange(Dialect dialect, Connection& connection, std::uint32_t code, Bytes data,
-             MessageBuffer& buffer, ServiceReply& reply);
+             MessageBuffer& buffer, ServiceReply& reply, std::size_t most = kExchangeCapacity);
 
 // An exchange whose reply carries no more than yes or no.
 int ExchangeStatus(Dialect dialect, Connection& connection, std::uint32_t code, Bytes data,

@@ -1,60 +1,68 @@
 #include <algorithm>
 #include <array>
 
-#include "localdata/files.h"
+#include "service/block_pipe.h"
 #include "service/block_transfer.h"
+#include "service/download_target.h"
 #include "service/exchange.h"
 
 namespace updown {
 
 namespace {
 
-// One download. Blocks run through the one buffer straight into the local file; the service decides
-// how long they are.
+// A reply's head and what its path may take; the rest of a block stays in the socket.
+constexpr std::size_t kHeadBytes = 512;
+// Less than this passes through the buffer, which costs no pipe.
+constexpr std::uint32_t kWorthAPipe = 65536;
+
+// One download. The service decides how long the blocks are.
 class Download {
  public:
   Download(Dialect dialect, Connection& connection, TransferRecord& record)
       : dialect_(dialect), connection_(connection), record_(record), buffer_(kExchangeCapacity) {}
 
-  int Run(TransferProgress* progress);
+  TransferResult Run(TransferProgress* progress);
 
  private:
   int Prepare();
   void DecideOffset(const FileInformation& information);
   int OpenTarget();
+  int MoveBlocks(TransferProgress* progress);
   int MoveBlock();
   int RequestBlock(BlockRequest& block);
   int DecodeBlockReply(const ServiceReply& reply, BlockRequest& block) const;
-  int StoreBlock(const BlockRequest& block);
+  int StoreBlock(std::uint32_t length);
+  int StoreThroughBuffer(std::uint32_t& remaining);
+  int StoreThroughPipe(std::uint32_t& remaining);
   int WriteUnread(std::uint32_t& remaining);
+  int Sync();
+  int Close(int result);
+  int FailLocally(int result, int error);
 
   const Dialect dialect_;
   Connection& connection_;
   TransferRecord& record_;
   MessageBuffer buffer_;
-  UniqueFd file_;
+  DownloadTarget target_;
+  BlockPipe pipe_;
+  bool pipeWorks_ = true;
   TransferPosition position_;
+  TransferResult failure_;  // of the local file; its code is 0 as long as there is none
 };
 
-int Download::Run(TransferProgress* progress) {
+TransferResult Download::Run(TransferProgress* progress) {
   int result = Prepare();
-  while (result == result::kOk && position_.More()) {
-    if (IsStopped(record_)) {
-      return result::kOk;
-    }
-    result = MoveBlock();
-    if (result != result::kOk) {
-      break;
-    }
-    record_.doneBytes.store(position_.offset);
-    if (progress != nullptr) {
-      progress->BlockDone(record_);
-    }
+  if (result == result::kOk) {
+    result = MoveBlocks(progress);
   }
-  return EndTransfer(dialect_, position_, result, record_);
+  if (result == result::kOk && !target_.IsOpen()) {
+    return {};  // stopped before the file was made
+  }
+  result = EndTransfer(dialect_, position_, Close(result), record_);
+  return failure_.code != result::kOk ? failure_ : ServiceResult(result, connection_, record_);
 }
 
-// Everything up to the first block.
+// Everything up to the first block. A task that was stopped meanwhile leaves no file behind.
 int Download::Prepare() {
   ServiceReply reply;
   const int result = AskInformation(dialect_, connection_, record_, buffer_, reply);
@@ -70,7 +78,7 @@ int Download::Prepare() {
     return result::kNotImplemented;
   }
   DecideOffset(*information);
-  return OpenTarget();
+  return IsStopped(record_) ? result::kOk : OpenTarget();
 }
 
 void Download::DecideOffset(const FileInformation& information) {
@@ -80,6 +88,7 @@ void Download::DecideOffset(const FileInformation& information) {
   } else {
     // In this order: a list saved in between never has the new file's stamp with the old progress.
     record_.doneBytes.store(0);
+    record_.unsyncedBytes.store(0);
     record_.remoteTime.store(information.modificationTime);
     record_.totalBytes.store(information.size);
   }
@@ -87,28 +96,51 @@ void Download::DecideOffset(const FileInformation& information) {
 }
 
 int Download::OpenTarget() {
-  const std::string path = record_.LocalPath();
-  if (position_.offset > LocalFileSize(path)) {
+  if (const int error = target_.Open(record_.LocalPath()); error != 0) {
+    return FailLocally(result::kFileOpen, error);
+  }
+  if (position_.offset > target_.Size()) {
     position_.offset = 0;
   }
-  file_ = OpenLocalFile(path, OpenMode::ReadWrite, FileDisposition::OpenAlways);
-  return file_ ? result::kOk : result::kFileOpen;
+  const int error = target_.CheckRoom(position_.size, position_.offset);
+  return error == 0 ? result::kOk : FailLocally(result::kFileWrite, error);
+}
+
+int Download::MoveBlocks(TransferProgress* progress) {
+  while (target_.IsOpen() && position_.More()) {
+    const bool goesOn = progress == nullptr || progress->BeforeBlock(record_);
+    if (!goesOn || IsStopped(record_)) {
+      return result::kOk;
+    }
+    if (const int result = MoveBlock(); result != result::kOk) {
+      return result;
+    }
+    if (progress != nullptr) {
+      progress->BlockDone(record_);
+    }
+    if (position_.More() && target_.SyncIsDue(DownloadTarget::Clock::now())) {
+      if (const int error = Sync(); error != 0) {
+        return FailLocally(result::kFileWrite, error);
+      }
+    }
+  }
+  return result::kOk;
 }
 
 int Download::MoveBlock() {
   BlockRequest block{position_.offset, 0, record_.RemotePath()};
-  const int result = RequestBlock(block);
-  if (result != result::kOk) {
-    return result;
+  int result = RequestBlock(block);
+  if (result == result::kOk) {
+    result = StoreBlock(block.length);
   }
-  if (SeekLocalFile(file_, block.offset) != 0) {
-    return result::kFileWrite;
+  if (result == result::kOk) {
+    record_.unsyncedBytes += block.length;
+    record_.doneBytes.store(position_.offset);
   }
-  position_.offset = block.offset;
-  return StoreBlock(block);
+  return result;
 }
 
-// Replaces offset and length by what the service is about to send.
+// Sets the length to what the service is about to send.
 int Download::RequestBlock(BlockRequest& block) {
   std::array<std::uint8_t, kBlockRequestCapacity> list;
   const int size = EncodeBlockRequest(block, list);
@@ -117,77 +149,124 @@ int Download::RequestBlock(BlockRequest& block) {
   }
   buffer_.Reset();
   ServiceReply reply;
-  const int result = Exchange(dialect_, connection_, message::kReadBlock,
-                              Bytes(list).first(static_cast<std::size_t>(size)), buffer_, reply);
+  const int result =
+      Exchange(dialect_, connection_, message::kReadBlock,
+               Bytes(list).first(static_cast<std::size_t>(size)), buffer_, reply, kHeadBytes);
   return result == result::kOk ? DecodeBlockReply(reply, block) : result;
 }
 
+// A block that lies anywhere but where it was asked for, runs past the file's end or is empty is
+// refused before a byte of it is written: the file would get a hole, or never be whole.
 int Download::DecodeBlockReply(const ServiceReply& reply, BlockRequest& block) const {
   if (dialect_ == Dialect::First) {
     if (reply.data.size() != 4) {
       return result::kNotDecodable;
     }
     block.length = ReadBigEndian32(reply.data.data());
-    return result::kOk;
+  } else {
+    const auto sent = DecodeBlockRequest(reply.data);
+    if (reply.code != message::kReadBlock || !sent || sent->offset != block.offset) {
+      return result::kNotDecodable;
+    }
+    block.length = sent->length;
   }
-  const auto sent = DecodeBlockRequest(reply.data);
-  // A block behind the file's end is refused before it makes a hole in the local file, and before
-  // doneBytes claims the hole as good.
-  if (reply.code != message::kReadBlock || !sent || sent->offset > position_.size) {
-    return result::kNotDecodable;
+  const bool fits = block.length > 0 && block.length <= position_.size - position_.offset;
+  return fits ? result::kOk : result::kNotDecodable;
+}
+
+int Download::StoreBlock(std::uint32_t length) {
+  std::uint32_t remaining = length;
+  int result = WriteUnread(remaining);
+  while (result == result::kOk && remaining > 0) {
+    result = pipeWorks_ && remaining >= kWorthAPipe ? StoreThroughPipe(remaining)
+                                                    : StoreThroughBuffer(remaining);
   }
-  block.offset = sent->offset;
-  block.length = sent->length;
+  return result;
+}
+
+int Download::StoreThroughBuffer(std::uint32_t& remaining) {
+  buffer_.Reset();
+  const int received = ReceiveMore(connection_, buffer_, remaining);
+  return received == result::kOk ? WriteUnread(remaining) : received;
+}
+
+int Download::StoreThroughPipe(std::uint32_t& remaining) {
+  const BlockPipe::Result piped = pipe_.Move(connection_, target_, position_.offset, remaining);
+  position_.offset += piped.moved;
+  remaining -= piped.moved;
+  switch (piped.outcome) {
+    case BlockPipe::Outcome::ConnectionFailed:
+      return result::kConnection;
+    case BlockPipe::Outcome::FileFailed:
+      return FailLocally(result::kFileWrite, piped.error);
+    case BlockPipe::Outcome::Unsupported:
+      pipeWorks_ = false;
+      break;
+    case BlockPipe::Outcome::Moved:
+      break;
+  }
   return result::kOk;
 }
 
-int Download::StoreBlock(const BlockRequest& block) {
-  std::uint32_t remaining = block.length;
-  while (remaining > 0) {
-    const int written = WriteUnread(remaining);
-    if (written != result::kOk) {
-      return written;
-    }
-    buffer_.CompactUnread();
-    if (remaining == 0 || buffer_.Unread() > 0) {
-      continue;
-    }
-    if (const int received = ReceiveMore(connection_, buffer_); received != result::kOk) {
-      return received;
-    }
-  }
-  return result::kOk;
-}
-
-// Writes what has arrived of the block, or as much of it as the file takes in one go.
+// Writes what the buffer holds of the block.
 int Download::WriteUnread(std::uint32_t& remaining) {
   const std::uint32_t count = std::min(remaining, buffer_.Unread());
-  if (count == 0) {
-    return result::kOk;
+  if (const int error = target_.Write(buffer_.UnreadBytes().first(count), position_.offset);
+      error != 0) {
+    return FailLocally(result::kFileWrite, error);
   }
-  if (count > kLargestFile - position_.offset) {
-    return result::kFileWrite;
-  }
-  const int written = WriteLocalFile(file_, buffer_.UnreadBytes().first(count));
-  if (written < 1) {
-    return result::kFileWrite;
-  }
-  const auto advanced = static_cast<std::uint32_t>(written);
-  buffer_.AdvanceRead(advanced);
-  position_.offset += advanced;
-  remaining -= advanced;
+  buffer_.AdvanceRead(count);
+  position_.offset += count;
+  remaining -= count;
   return result::kOk;
+}
+
+// 0 or an errno. A disk that fails to take the bytes may have dropped them, so they do not count as
+// done.
+int Download::Sync() {
+  const int error = target_.Sync(DownloadTarget::Clock::now());
+  if (error != 0) {
+    const std::uint32_t done = record_.doneBytes;
+    record_.doneBytes.store(done - std::min(done, record_.unsyncedBytes.load()));
+  }
+  record_.unsyncedBytes.store(0);
+  return error;
+}
+
+// However the blocks ended. Bytes in a file that nobody can reach any more are not done, and
+// another file in its place has none of them.
+int Download::Close(int result) {
+  if (!target_.IsOpen()) {
+    return result;
+  }
+  if (const int error = target_.CheckPlace(); error != 0) {
+    record_.doneBytes.store(0);
+    record_.unsyncedBytes.store(0);
+    return result == result::kOk ? FailLocally(result::kFileWrite, error) : result;
+  }
+  if (result == result::kOk && !position_.More()) {
+    if (const int error = target_.CutTo(position_.size); error != 0) {
+      result = FailLocally(result::kFileWrite, error);
+    }
+  }
+  const int error = Sync();
+  return result == result::kOk && error != 0 ? FailLocally(result::kFileWrite, error) : result;
+}
+
+int Download::FailLocally(int result, int error) {
+  if (failure_.code == result::kOk) {
+    failure_ = {result, error, record_.LocalPath()};
+  }
+  return result;
 }
 
 }  // namespace
 
 TransferResult DownloadFile(Dialect dialect, Connection& connection, const std::string& sessid,
                             TransferRecord& record, TransferProgress* progress) {
-  int result = AttachTransfer(dialect, connection, sessid, record);
-  if (result == result::kOk) {
-    result = Download(dialect, connection, record).Run(progress);
-  }
-  return ServiceResult(result, connection, record);
+  const int attached = AttachTransfer(dialect, connection, sessid, record);
+  return attached == result::kOk ? Download(dialect, connection, record).Run(progress)
+                                 : ServiceResult(attached, connection, record);
 }
 
 }  // namespace updown

@@ -1,8 +1,9 @@
 #include "service/exchange.h"
 
+#include <algorithm>
 #include <cerrno>
-#include <cstdio>
 
+#include "platform/debug_stream.h"
 #include "service/messages.h"
 #include "service/result_codes.h"
 
@@ -19,12 +20,13 @@ bool FrameFits(const MessageBuffer& buffer) {
 
 }  // namespace
 
-int ReceiveMore(Connection& connection, MessageBuffer& buffer) {
+int ReceiveMore(Connection& connection, MessageBuffer& buffer, std::size_t most) {
   if (buffer.Free() == 0) {
     return connection.Fail(EMSGSIZE);
   }
+  const auto space = buffer.FreeBytes().first(std::min<std::size_t>(most, buffer.Free()));
   std::size_t received = 0;
-  const int result = connection.Receive(buffer.FreeBytes(), received);
+  const int result = connection.Receive(space, received);
   buffer.AdvanceWrite(static_cast<std::uint32_t>(received));
   return result;
 }
@@ -33,8 +35,7 @@ int SendBuffered(Connection& connection, MessageBuffer& buffer) {
   while (buffer.Unread() > 0) {
     std::size_t sent = 0;
     const int result = connection.Send(buffer.UnreadBytes(), sent);
-    std::fprintf(stderr, "send message. return %d\n",
-                 result == result::kOk ? static_cast<int>(sent) : -1);
+    DebugLine("send message. return %d\n", result == result::kOk ? static_cast<int>(sent) : -1);
     if (result != result::kOk) {
       return result;
     }
@@ -43,10 +44,11 @@ int SendBuffered(Connection& connection, MessageBuffer& buffer) {
   return result::kOk;
 }
 
-int ReceiveReply(Connection& connection, MessageBuffer& buffer, ServiceReply& reply) {
+int ReceiveReply(Connection& connection, MessageBuffer& buffer, ServiceReply& reply,
+                 std::size_t most) {
   int size = 0;
   while (size == 0) {
-    const int received = ReceiveMore(connection, buffer);
+    const int received = ReceiveMore(connection, buffer, most);
     if (received != result::kOk) {
       return received;
     }
@@ -59,18 +61,18 @@ int ReceiveReply(Connection& connection, MessageBuffer& buffer, ServiceReply& re
     return result::kNotDecodable;
   }
   const std::string_view data = AsText(reply.data);
-  std::fprintf(stderr,
-               "decode message. return %d\nmessage code: %x\nmessage data length: %d\n"
-               "message data: %.*s\n",
-               size, reply.code, PrintLength(data), PrintLength(data), data.data());
+  DebugLine(
+      "decode message. return %d\nmessage code: %x\nmessage data length: %d\n"
+      "message data: %.*s\n",
+      size, reply.code, PrintLength(data), PrintLength(data), data.data());
   buffer.AdvanceRead(static_cast<std::uint32_t>(size));
   return result::kOk;
 }
 
 int ExchangeRaw(Connection& connection, std::uint32_t code, Bytes data, MessageBuffer& buffer,
-                ServiceReply& reply) {
+                ServiceReply& reply, std::size_t most) {
   const int size = EncodeMessage(buffer.FreeBytes(), code, data);
-  std::fprintf(stderr, "encode message. return %d\n", size);
+  DebugLine("encode message. return %d\n", size);
   if (size < 0) {
     return result::kNotEncodable;
   }
@@ -81,14 +83,14 @@ int ExchangeRaw(Connection& connection, std::uint32_t code, Bytes data, MessageB
     return sent;
   }
   buffer.Reset();
-  return ReceiveReply(connection, buffer, reply);
+  return ReceiveReply(connection, buffer, reply, most);
 }
 
 int ExchangeChecked(Connection& connection, std::uint32_t code, Bytes data, MessageBuffer& buffer,
-                    ServiceReply& reply) {
+                    ServiceReply& reply, std::size_t most) {
   constexpr std::uint8_t kHighestVersion = 1;
   constexpr std::uint8_t kNoVersionByte = 255;
-  const int result = ExchangeRaw(connection, code, data, buffer, reply);
+  const int result = ExchangeRaw(connection, code, data, buffer, reply, most);
   if (result != result::kOk) {
     return result;
   }

@@ -1,5 +1,4 @@
-#include <cstdio>
-
+#include "platform/debug_stream.h"
 #include "service/dialect.h"
 #include "service/nested_list.h"
 #include "wire/tags.h"
@@ -7,9 +6,9 @@
 namespace updown {
 
 int Exchange(Dialect dialect, Connection& connection, std::uint32_t code, Bytes data,
-             MessageBuffer& buffer, ServiceReply& reply) {
-  return dialect == Dialect::First ? ExchangeChecked(connection, code, data, buffer, reply)
-                                   : ExchangeRaw(connection, code, data, buffer, reply);
+             MessageBuffer& buffer, ServiceReply& reply, std::size_t most) {
+  return dialect == Dialect::First ? ExchangeChecked(connection, code, data, buffer, reply, most)
+                                   : ExchangeRaw(connection, code, data, buffer, reply, most);
 }
 
 int ExchangeStatus(Dialect dialect, Connection& connection, std::uint32_t code, Bytes data,
@@ -33,7 +32,7 @@ int RenameEntry(Dialect dialect, Connection& connection, std::string_view newPat
   table.Set(tag::kOldPath, oldPath);
   table.Set(tag::kNewPath, newPath);
   const NestedList list(table);
-  std::fprintf(stderr, "gen authenticate string return %d\n", list.Size());
+  DebugLine("gen authenticate string return %d\n", list.Size());
   if (!list.Fits()) {
     return result::kNotEncodable;
   }

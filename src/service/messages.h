@@ -59,15 +59,17 @@ int DecodeMessage(Bytes bytes, ServiceReply& reply);
 int SendBuffered(Connection& connection, MessageBuffer& buffer);
 
 // Reads until one frame is complete and consumes it; bytes behind it stay unread in the buffer. A
-// frame that the buffer cannot hold is refused as soon as its length is known.
-int ReceiveReply(Connection& connection, MessageBuffer& buffer, ServiceReply& reply);
+// frame that the buffer cannot hold is refused as soon as its length is known. `most` bytes at a
+// time are taken from the connection, here and in the exchanges.
+int ReceiveReply(Connection& connection, MessageBuffer& buffer, ServiceReply& reply,
+                 std::size_t most = kExchangeCapacity);
 
 // One request and its reply: the first dialect's, with the reply's version and code checked ...
 int ExchangeChecked(Connection& connection, std::uint32_t code, Bytes data, MessageBuffer& buffer,
-                    ServiceReply& reply);
+                    ServiceReply& reply, std::size_t most = kExchangeCapacity);
 // ... and the second dialect's, where the caller judges the reply.
 int ExchangeRaw(Connection& connection, std::uint32_t code, Bytes data, MessageBuffer& buffer,
-                ServiceReply& reply);
+                ServiceReply& reply, std::size_t most = kExchangeCapacity);
 
 // The first dialect's verdict: 0 for reply::kSuccess, else kCodeBase minus the reply's code.
 int ResultOfCode(std::uint32_t code);

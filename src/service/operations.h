@@ -35,10 +35,14 @@ struct FolderListing {
   int error = 0;
 };
 
-// Told after each block on the transferring thread.
+// Told about each block on the transferring thread.
 class TransferProgress {
  public:
   virtual ~TransferProgress() = default;
+  // Before each request of a block; may wait, for a pace. False ends the transfer there, with
+  // result 0 and the state as it is.
+  virtual bool BeforeBlock(TransferRecord& /*record*/) { return true; }
+  // At once behind each block.
   virtual void BlockDone(TransferRecord& record) = 0;
 };
 

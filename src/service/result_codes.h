@@ -9,7 +9,7 @@ namespace updown::result {
 // unknown error.
 inline constexpr int kOk = 0;
 inline constexpr int kConnection = -8194;      // send or receive failed, peer closed, reply too big
-inline constexpr int kNotEncodable = -8195;    // the request does not fit
+inline constexpr int kNotEncodable = -8195;    // the request does not fit, or memory ran out
 inline constexpr int kNotDecodable = -8196;    // the reply is bad or not of the kind expected
 inline constexpr int kService8197 = -8197;     // reply 32773 of the first dialect
 inline constexpr int kAuthentication = -8198;  // a login is needed or failed

@@ -1,6 +1,6 @@
-#include <cstdio>
 #include <optional>
 
+#include "platform/debug_stream.h"
 #include "service/dialect.h"
 #include "service/exchange.h"
 #include "service/nested_list.h"
@@ -34,8 +34,8 @@ int TakeGrant(const ServiceReply& reply, std::string& sessid) {
   if (!grant.sessid.empty()) {
     sessid = grant.sessid;
   }
-  std::fprintf(stderr, "appid = %.*s, sessid = %.*s\n", PrintLength(grant.appid),
-               grant.appid.data(), PrintLength(grant.sessid), grant.sessid.data());
+  DebugLine("appid = %.*s, sessid = %.*s\n", PrintLength(grant.appid), grant.appid.data(),
+            PrintLength(grant.sessid), grant.sessid.data());
   if (!grant.decodable) {
     sessid = AsText(reply.data);
     return result::kAuthentication;
@@ -66,7 +66,7 @@ int OpenSession(Dialect dialect, Connection& connection, std::string& sessid,
                 std::string_view appid, std::uint32_t code) {
   const bool rawSessid = dialect == Dialect::Second && code == message::kAttachSession;
   const NestedList list = SessionList(appid, sessid);
-  std::fprintf(stderr, "appid = %.*s\n", PrintLength(appid), appid.data());
+  DebugLine("appid = %.*s\n", PrintLength(appid), appid.data());
   if (rawSessid ? sessid.size() > kLongestSessid : !list.Fits()) {
     return result::kNotEncodable;
   }
@@ -89,7 +89,7 @@ int Authenticate(Dialect dialect, Connection& connection, std::string_view appid
   table.Set(tag::kRealm, realm);
   table.Set(tag::kAppId, appid);
   const NestedList list(table);
-  std::fprintf(stderr, "gen authenticate string return %d\n", list.Size());
+  DebugLine("gen authenticate string return %d\n", list.Size());
   if (!list.Fits()) {
     return result::kNotEncodable;
   }

@@ -1,5 +1,8 @@
 #include "service/transfer.h"
 
+#include <cerrno>
+#include <new>
+
 #include "service/connection.h"
 
 namespace updown {
@@ -14,7 +17,12 @@ TransferResult RunTaskTransfer(const FileService& service, std::string_view serv
     return {opened, connection.LastError(), record.RemotePath()};
   }
   connection.SetSilenceLimit(kTransferSilence);
-  return service.Ops().DownloadFile(connection, sessid, record, progress);
+  try {
+    return service.Ops().DownloadFile(connection, sessid, record, progress);
+  } catch (const std::bad_alloc&) {
+    record.SetStateUnlessStopped(TransferState::Failed);
+    return {result::kNotEncodable, ENOMEM, {}};
+  }
 }
 
 }  // namespace updown

@@ -150,7 +150,7 @@ TEST(Scheduler, AThreadThatIsRefusedLeavesTheTaskForTheNextPass) {
 }
 
 // Memory that runs out in the middle of a transfer.
-TEST(Scheduler, AThrowingTransferClosesItsConnection) {
+TEST(Scheduler, ATransferWithoutMemoryFailsAndClosesItsConnection) {
   struct : TransferProgress {
     void BlockDone(TransferRecord& /*record*/) override { throw std::bad_alloc(); }
   } progress;
@@ -158,9 +158,12 @@ TEST(Scheduler, AThrowingTransferClosesItsConnection) {
   WriteFile(world.served.File("f"), Pattern(10000));
   TransferRecord record;
   record.SetPaths({"/f", world.local.File("f")});
-  EXPECT_THROW(RunTaskTransfer(world.service, "fileservice", 8080, world.session.Key().sessid,
-                               record, &progress, &world.context->connections),
-               std::bad_alloc);
+  const TransferResult ended =
+      RunTaskTransfer(world.service, "fileservice", 8080, world.session.Key().sessid, record,
+                      &progress, &world.context->connections);
+  EXPECT_EQ(ended.code, result::kNotEncodable);
+  EXPECT_EQ(ended.systemError, ENOMEM);
+  EXPECT_EQ(record.state, TransferState::Failed);
   EXPECT_TRUE(world.told->Until([&] { return world.peer.OpenConnections() == 1; }));
 }
 

@@ -1,10 +1,14 @@
 #include "service/transfer.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
+#include <csignal>
 #include <filesystem>
+#include <functional>
 #include <optional>
 
+#include "service/download_target.h"
 #include "tests/service/script.h"
 #include "tests/support/temporary_folder.h"
 
@@ -21,10 +25,14 @@ constexpr std::uint32_t kServiceTime = 0x5F000000;
 
 class Transfer : public ::testing::Test, public TransferProgress {
  protected:
+  bool BeforeBlock(TransferRecord& /*record*/) override { return blocks_ != endAfter_; }
   void BlockDone(TransferRecord& record) override {
     ++blocks_;
     if (stopAfter_ == blocks_) {
       record.state = TransferState::Stopped;
+    }
+    if (behindBlock_) {
+      behindBlock_();
     }
   }
 
@@ -38,6 +46,7 @@ class Transfer : public ::testing::Test, public TransferProgress {
     record_.SetPaths({"/f", local_});
     record_.state = TransferState::Queued;
     record_.doneBytes = done;
+    record_.unsyncedBytes = 0;
     record_.totalBytes = total;
     record_.remoteTime = time;
   }
@@ -48,17 +57,20 @@ class Transfer : public ::testing::Test, public TransferProgress {
   int Run(Operation operation, std::vector<Step> steps, std::size_t piece = 0) {
     blocks_ = 0;
     testing::ServicePeer peer(std::move(steps), piece);
-    const int result = operation(peer.Link(), "s1", record_, this).code;
+    result_ = operation(peer.Link(), "s1", record_, this);
     fault_ = peer.Finish();
-    return result;
+    return result_.code;
   }
 
   test::TemporaryFolder folder_;
   const std::string local_ = folder_.File("local");
   TransferRecord record_;
+  TransferResult result_;
   std::string fault_;
+  std::function<void()> behindBlock_;
   int blocks_ = 0;
   int stopAfter_ = 0;
+  int endAfter_ = -1;
 };
 
 // Requests and replies of a transfer of "/f" with session "s1".
@@ -142,11 +154,12 @@ TEST_F(Transfer, ResumeDecisionTable) {
   const Case cases[] = {
       {"fresh", 0, 0, 0, {}, 0, "0123456789"},
       {"resumes", 4, 10, kServiceTime, "abcd", 4, "abcd456789"},
-      {"local longer", 4, 10, kServiceTime, "0123xxxxxxyy", 4, "0123456789yy"},
+      {"local longer", 4, 10, kServiceTime, "0123xxxxxxyy", 4, "0123456789"},
       {"local shorter", 4, 10, kServiceTime, "012", 0, "0123456789"},
       {"local gone", 10, 10, kServiceTime, {}, 0, "0123456789"},
       {"complete", 10, 10, kServiceTime, "abcdefghij", -1, "abcdefghij"},
-      {"other time", 4, 10, kServiceTime + 1, "abcdefghijkl", 0, "0123456789kl"},
+      {"complete but longer", 10, 10, kServiceTime, "abcdefghijkl", -1, "abcdefghij"},
+      {"other time", 4, 10, kServiceTime + 1, "abcdefghijkl", 0, "0123456789"},
       {"other size", 4, 11, kServiceTime, "abcd", 0, "0123456789"},
   };
   for (const Dialog& dialog : kDialogs) {
@@ -200,7 +213,9 @@ TEST_F(Transfer, DownloadFailuresTable) {
         {"2 GiB", dialog.Ask(0x80000000).answer, "", result::kNotImplemented},
         {"cut inside a block", good, dialog.BlockHead(4, 6) + "45", result::kConnection},
         {"length near 2^32", good, dialog.BlockHead(4, 0xFFFFFFFF) + Pattern(40000),
-         result::kConnection},
+         result::kNotDecodable},
+        {"one byte past the end", good, dialog.BlockHead(4, 7) + "456789a", result::kNotDecodable},
+        {"empty block", good, dialog.BlockHead(4, 0), result::kNotDecodable},
         {"refused, or of another kind", good, second ? Second(4105) : First(0x8007),
          second ? result::kNotDecodable : result::kAccessRefused},
         {"length of the wrong size", good,
@@ -209,7 +224,9 @@ TEST_F(Transfer, DownloadFailuresTable) {
          result::kNotDecodable},
         {"bad list", good, wire("00000005 01FFFF 0000", "0000000D 010004 00001008 020003 C10004"),
          result::kNotDecodable},
-        {"offset behind the file's end", good, second ? dialog.BlockHead(11, 6) + "456789" : "",
+        {"other offset", good, second ? dialog.BlockHead(5, 5) + "56789" : "",
+         second ? result::kNotDecodable : result::kConnection},
+        {"earlier offset", good, second ? dialog.BlockHead(0, 6) + "012345" : "",
          second ? result::kNotDecodable : result::kConnection},
     };
     for (const Case& example : cases) {
@@ -226,48 +243,141 @@ TEST_F(Transfer, DownloadFailuresTable) {
       EXPECT_EQ(record_.state, TransferState::Failed);
       EXPECT_EQ(record_.doneBytes, begun ? 4U : 0U);
       EXPECT_EQ(std::filesystem::exists(local_), begun);
+      EXPECT_EQ(begun ? Local().substr(0, 4) : "", begun ? "0123" : "");
+      EXPECT_LE(begun ? Local().size() : 0, 6U) << "nothing of a refused block is written";
+      EXPECT_EQ(result_.path, "/f");
+      EXPECT_EQ(result_.systemError, example.result == result::kConnection ? ECONNRESET : 0);
     }
   }
 }
 
-TEST_F(Transfer, EmptyFileEmptyBlocksOverrunAndNoTarget) {
+TEST_F(Transfer, EmptyFileAndNoTarget) {
   for (const Dialog& dialog : kDialogs) {
     Begin();
     EXPECT_EQ(Run(dialog.Download(), {dialog.Attach(), dialog.Ask(0)}), 0);
     EXPECT_TRUE(std::filesystem::exists(local_));
     EXPECT_EQ(record_.state, TransferState::Finished);
 
-    Begin();
-    stopAfter_ = 2;
-    EXPECT_EQ(Run(dialog.Download(),
-                  {dialog.Attach(), dialog.Ask(4), dialog.Block(0, ""), dialog.Block(0, "")}),
-              0);
-    EXPECT_EQ(fault_, "");
-    EXPECT_EQ(record_.state, TransferState::Stopped);
-    stopAfter_ = 0;
-
-    Begin();
-    EXPECT_EQ(Run(dialog.Download(), {dialog.Attach(), dialog.Ask(4), dialog.Block(0, "01234")}),
-              dialog.second ? result::kNotDecodable : 0);
-    EXPECT_EQ(record_.state, dialog.second ? TransferState::Failed : TransferState::Finished);
-
-    record_.SetPaths({"/f", folder_.File("no folder/local")});
+    const std::string nowhere = folder_.File("no folder/local");
+    record_.SetPaths({"/f", nowhere});
     EXPECT_EQ(Run(dialog.Download(), {dialog.Attach(), dialog.Ask(10)}), result::kFileOpen);
+    EXPECT_EQ(result_.systemError, ENOENT);
+    EXPECT_EQ(result_.path, nowhere);
   }
 }
 
-TEST_F(Transfer, SecondDialectWritesWhereTheServiceSays) {
-  Begin();
+// The rest of a large block goes through a pipe.
+TEST_F(Transfer, LargeBlocksWhateverThePieces) {
+  const std::string whole = Pattern(3000000);
   const Dialog dialog{true};
-  const Step ahead = {Dialog::BlockRequestAt(0), dialog.BlockHead(2, 2) + "23"};
-  EXPECT_EQ(Run(dialog.Download(), {dialog.Attach(), dialog.Ask(6), ahead, dialog.Block(4, "45")}),
+  for (const std::size_t piece : {0, 100000}) {
+    Begin("an older file");
+    EXPECT_EQ(
+        Run(dialog.Download(),
+            {dialog.Attach(), dialog.Ask(whole.size()), dialog.Block(0, whole.substr(0, 2500000)),
+             dialog.Block(2500000, whole.substr(2500000))},
+            piece),
+        0);
+    EXPECT_EQ(fault_, "");
+    EXPECT_TRUE(Local() == whole);
+  }
+  Begin();
+  const Step cut = {Dialog::BlockRequestAt(0),
+                    dialog.BlockHead(0, whole.size()) + whole.substr(0, 2000000)};
+  EXPECT_EQ(Run(dialog.Download(), {dialog.Attach(), dialog.Ask(whole.size()), cut}),
+            result::kConnection);
+  EXPECT_EQ(record_.doneBytes, 0U);
+  EXPECT_TRUE(Local() == whole.substr(0, 2000000));
+}
+
+// The limit on a file's size stands in for a full disk.
+TEST_F(Transfer, AFileThatTakesNoMoreFailsWithTheSystemsReason) {
+  const std::string whole = Pattern(300000);
+  rlimit before{};
+  getrlimit(RLIMIT_FSIZE, &before);
+  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+  for (const std::size_t limit : {100, 200000}) {
+    Begin();
+    const rlimit small{limit, before.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &small);
+    const Dialog dialog{false};
+    const int ended =
+        Run(dialog.Download(), {dialog.Attach(), dialog.Ask(whole.size()), dialog.Block(0, whole)});
+    setrlimit(RLIMIT_FSIZE, &before);
+    EXPECT_EQ(ended, result::kFileWrite);
+    EXPECT_EQ(result_.systemError, EFBIG);
+    EXPECT_EQ(result_.path, local_);
+    EXPECT_EQ(record_.doneBytes, 0U);
+    EXPECT_TRUE(Local() == whole.substr(0, limit));
+  }
+  std::signal(SIGXFSZ, handler);
+}
+
+TEST_F(Transfer, ATargetThatIsTakenAwayFails) {
+  const std::pair<std::function<void()>, int> cases[] = {
+      {[this] { std::filesystem::remove(local_); }, ENOENT},
+      {[this] {
+         test::WriteFile(folder_.File("other"), "another file");
+         std::filesystem::rename(folder_.File("other"), local_);
+       },
+       ESTALE},
+  };
+  for (const auto& [takeAway, error] : cases) {
+    for (const int endAfter : {-1, 1}) {
+      Begin();
+      behindBlock_ = takeAway;
+      endAfter_ = endAfter;
+      const Dialog dialog{true};
+      std::vector<Step> steps = {dialog.Attach(), dialog.Ask(8), dialog.Block(0, "0123")};
+      if (endAfter < 0) {
+        steps.push_back(dialog.Block(4, "4567"));
+      }
+      EXPECT_EQ(Run(dialog.Download(), steps), result::kFileWrite);
+      EXPECT_EQ(fault_, "");
+      EXPECT_EQ(result_.systemError, error);
+      EXPECT_EQ(record_.state, TransferState::Failed);
+      EXPECT_EQ(record_.doneBytes, 0U) << "another file has none of these bytes";
+    }
+  }
+}
+
+TEST_F(Transfer, WhatTheListClaimsIsOnTheDisk) {
+  Begin();
+  std::vector<std::uint32_t> shown;
+  std::vector<std::uint32_t> stored;
+  behindBlock_ = [&] {
+    shown.push_back(record_.doneBytes);
+    stored.push_back(record_.Store().doneBytes);
+  };
+  const Dialog dialog{false};
+  EXPECT_EQ(Run(dialog.Download(),
+                {dialog.Attach(), dialog.Ask(8), dialog.Block(0, "0123"), dialog.Block(4, "4567")}),
             0);
-  EXPECT_EQ(fault_, "");
-  EXPECT_EQ(Local(), Wire("0000 '2345'"));
+  EXPECT_EQ(shown, (std::vector<std::uint32_t>{4, 8}));
+  EXPECT_EQ(stored, (std::vector<std::uint32_t>{0, 0}));
+  EXPECT_EQ(record_.Store().doneBytes, 8U);
+}
+
+TEST(DownloadTarget, IsSyncedEveryFiveSecondsAndKnowsItsRoom) {
+  const test::TemporaryFolder folder;
+  DownloadTarget target;
+  ASSERT_EQ(target.Open(folder.File("f")), 0);
+  const auto now = DownloadTarget::Clock::now();
+  EXPECT_EQ(target.Sync(now), 0);
+  EXPECT_FALSE(target.SyncIsDue(now + std::chrono::milliseconds(4999)));
+  EXPECT_TRUE(target.SyncIsDue(now + std::chrono::seconds(5)));
+  EXPECT_EQ(target.CheckRoom(1, 0), 0);
 }
 
 TEST_F(Transfer, StopTakesEffectBetweenBlocks) {
   for (const Dialog& dialog : kDialogs) {
+    // Before the target is made: no trace of it.
+    Begin();
+    record_.state = TransferState::Stopped;
+    EXPECT_EQ(Run(dialog.Download(), {dialog.Attach(), dialog.Ask(0)}), 0);
+    EXPECT_FALSE(std::filesystem::exists(local_));
+    EXPECT_EQ(record_.state, TransferState::Stopped);
+
     stopAfter_ = 1;
     Begin();
     EXPECT_EQ(Run(dialog.Download(), {dialog.Attach(), dialog.Ask(8), dialog.Block(0, "0123")}), 0);

@@ -91,7 +91,7 @@ TEST_F(StatusRows, ShowsACodeUnlessTheTaskStoppedOrFinished) {
 }
 
 TEST_F(StatusRows, ARestoredFailureTellsItsReason) {
-  const TaskPointer task = tasks_.store.AddDownload({"x", "/x"}, "/local/x", true);
+  const TaskPointer task = tasks_.store.AddDownload({"x", "/x", {}, {}}, "/local/x", true);
   task->record->state = State::Failed;
   task->record->resultCode = result::WithoutSign(result::kAuthentication);
   window_.AddRow(task->id);
