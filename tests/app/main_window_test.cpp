@@ -14,7 +14,6 @@
 #include <QTreeView>
 #include <filesystem>
 #include <map>
-#include <thread>
 
 #include "localdata/tasklist.h"
 #include "service/messages.h"
@@ -157,7 +156,7 @@ TEST_F(MainWindowTest, EndsInTimeWhileAWorkerAsksForAListing) {
   patience.start();
   bool running = false;
   while (!running && patience.elapsed() < kPatienceMs) {
-    std::this_thread::yield();
+    QTest::qWait(1);
     window_->Tasks().Queue().ForEach([&](const TransferTask& task) { running |= task.Running(); });
   }
   ASSERT_TRUE(running);

@@ -97,7 +97,7 @@ TEST_P(FolderTask, FailedListingOrFileFailsTheTask) {
   world.Start();
   ASSERT_TRUE(world.WaitForState(*task, TransferState::Failed));
   ASSERT_TRUE(world.told->Until([&] { return world.told->outcomes.size() == 1; }));
-  EXPECT_EQ(world.told->outcomes[0].second, -8201);
+  EXPECT_EQ(world.told->outcomes[0].second, result::kAccessRefused);
   world.store->RemoveTask(task->id);
 
   WriteFile(Served("a.bin"), "bytes");

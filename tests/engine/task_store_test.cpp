@@ -65,7 +65,7 @@ TEST_F(Tasks, DuplicatesByCaseEndAndFolder) {
 }
 
 TEST_F(Tasks, WhatIsUnfinishedFollowsARenamedFolder) {
-  const std::string fits(240, 'x');
+  const std::string fits(245, 'x');
   const std::tuple<std::string, TransferState, std::string> cases[] = {
       {"/old/a/b", TransferState::Queued, "/renamed/a/b"},
       {"/old", TransferState::Stopped, "/renamed"},
