@@ -64,6 +64,7 @@ class KilledClient : private EngineEvents {
     launch_.serverName = "fileservice";
     context_->queue = std::make_shared<TaskQueue>();
     context_->service = &service_;
+    context_->session = &session_;
     context_->pace = std::chrono::milliseconds(1);
     store_.emplace(context_->queue, launch_);
     cache_.RemoveUnfinished();

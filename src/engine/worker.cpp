@@ -12,10 +12,16 @@ namespace {
 
 int Transfer(SchedulerContext& context, const TransferTask& task, TransferRecord& record,
              TransferProgress& progress) {
-  return RunTaskTransfer(*context.service, task.serverName,
-                         static_cast<std::uint16_t>(task.serverPort), task.Sessid(), record,
-                         &progress, &context.connections)
-      .code;
+  const SessionKey key = context.session->Key();
+  const int code = RunTaskTransfer(*context.service, task.serverName,
+                                   static_cast<std::uint16_t>(task.serverPort), key.sessid, record,
+                                   &progress, &context.connections)
+                       .code;
+  if (code == result::kAuthentication) {
+    // For what starts from now on: this one waits for the user's Resume.
+    context.session->Renew(key, {});
+  }
+  return code;
 }
 
 // Takes the counts of a child that ended Finished up into the folder record.
