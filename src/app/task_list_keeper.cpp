@@ -23,8 +23,7 @@ TaskListSaver::Write WriteTo(const std::optional<std::string>& path) {
 
 TaskListKeeper::TaskListKeeper(const std::optional<std::string>& path, Snapshot snapshot)
     : snapshot_(std::move(snapshot)), saver_(WriteTo(path), [this](int error) {
-        QMetaObject::invokeMethod(
-            this, [this, error] { Q_EMIT SavingChanged(error); }, Qt::QueuedConnection);
+        Q_EMIT SavingChanged(error);  // on the saver's thread; whoever listens hears it queued
       }) {
   pause_.setSingleShot(true);
   pause_.setInterval(kPause);

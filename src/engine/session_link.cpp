@@ -45,12 +45,12 @@ SessionResult SessionLink::Open(AskedBy by) {
   loginGivenUp_ = false;
   Attempt attempt{Clock::now() + limits_.opening};
   for (;;) {
-    if (auto ended = TryOnce(attempt)) {
+    if (const auto ended = TryOnce(attempt)) {
       if (!ended->Done()) {
         Close();
       }
       connection_->SetDeadline(std::nullopt);
-      return *std::move(ended);
+      return *ended;
     }
     Close();
   }

@@ -140,7 +140,7 @@ class PackageArea final : public QAbstractItemModel {
   std::string ReadPathOf(const Package& package) const;
   void RowChanged(const Package& package);
 
-  void OnListed(ListingAnswer answer);
+  void OnListed(const ListingAnswer& answer);
   void TakeUpListing(const std::vector<DirectoryEntry>& entries);
   void LookIntoCache();
   void GoOn();

@@ -128,7 +128,7 @@ void PackageArea::OnPackageRemoved(const std::string& name, const ChangeAnswer& 
 void PackageArea::RemoveFile(const std::string& package, const std::string& file) {
   if (package == selected_) {
     files_.removing.insert(file);
-    QTimer::singleShot(times_.quiet, this, [this] { Q_EMIT FilesChanged(); });
+    QTimer::singleShot(times_.quiet, this, &PackageArea::FilesChanged);
   }
   session_.RemoveFile(
       "/" + package + "/" + file,

@@ -34,7 +34,7 @@ void PackageArea::Refresh(AskedBy by) {
   }
   rootAskedBy_ = by;
   rootRequest_ = session_.ListFolder("/", ListAgain::Once, by,
-                                     [this](ListingAnswer answer) { OnListed(std::move(answer)); });
+                                     [this](const ListingAnswer& answer) { OnListed(answer); });
   if (connection_ == Connection::Lost && by == AskedBy::Person) {
     connection_ = Connection::Connecting;
   }
@@ -60,7 +60,7 @@ void PackageArea::SetActive(bool active) {
   }
 }
 
-void PackageArea::OnListed(ListingAnswer answer) {
+void PackageArea::OnListed(const ListingAnswer& answer) {
   rootRequest_ = 0;
   if (answer.result.Done()) {
     TakeUpListing(answer.entries);

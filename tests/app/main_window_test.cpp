@@ -24,7 +24,7 @@ namespace {
 
 using Kind = peer::Fault::Kind;
 
-class MainWindowTest : public testing::Test {
+class MainWindowTest : public ::testing::Test {
  protected:
   void SetUp() override { Start({}); }
 

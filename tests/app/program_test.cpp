@@ -12,7 +12,7 @@
 namespace updown {
 namespace {
 
-class ProgramTest : public testing::Test {
+class ProgramTest : public ::testing::Test {
  protected:
   static void Run(QProcess& process, const QStringList& arguments) {
     // The test may have been started where SIGHUP is ignored.

@@ -42,8 +42,9 @@ TEST(PostedEvents, BlocksThatWaitBecomeOneAndAllElseKeepsItsPlace) {
   calls->Run();
   events.BlockDone(2);
   calls->Run();
-  EXPECT_THAT(log.lines, testing::ElementsAre("start 1", "start 2", "block 1", "block 2",
-                                              "end -8194/x 1", "end -8194/x 1", "save", "block 2"));
+  EXPECT_THAT(log.lines,
+              ::testing::ElementsAre("start 1", "start 2", "block 1", "block 2", "end -8194/x 1",
+                                     "end -8194/x 1", "save", "block 2"));
   events.BlockDone(2);
   calls->Close();
   events.TaskEnded(2, {});

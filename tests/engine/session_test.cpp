@@ -58,7 +58,7 @@ class Calls {
   std::deque<std::function<void()>> calls_;
 };
 
-class SessionTest : public testing::TestWithParam<int> {
+class SessionTest : public ::testing::TestWithParam<int> {
  protected:
   SessionTest() {
     launch.serverName = "fileservice";
@@ -445,7 +445,7 @@ TEST_P(SessionTest, ManyStartsAndEnds) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Dialects, SessionTest, testing::Values(1, 2));
+INSTANTIATE_TEST_SUITE_P(Dialects, SessionTest, ::testing::Values(1, 2));
 
 }  // namespace
 }  // namespace updown

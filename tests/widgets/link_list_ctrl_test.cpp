@@ -15,7 +15,7 @@ namespace {
 
 constexpr int kLink = 1;
 
-class LinkListCtrlTest : public testing::Test {
+class LinkListCtrlTest : public ::testing::Test {
  protected:
   LinkListCtrlTest() {
     list_.setModel(&model_);

@@ -13,7 +13,7 @@ namespace {
 
 constexpr int kBars = 3;
 
-class ListCtrlExTest : public testing::Test {
+class ListCtrlExTest : public ::testing::Test {
  protected:
   ListCtrlExTest() {
     model_.setColumnCount(4);

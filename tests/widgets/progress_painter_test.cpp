@@ -10,7 +10,7 @@ namespace {
 
 const QColor kBar(66, 132, 132);
 
-class ProgressPainterTest : public testing::Test {
+class ProgressPainterTest : public ::testing::Test {
  protected:
   ProgressPainterTest() { bar_.resize(100, 20); }
 
