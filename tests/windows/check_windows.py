@@ -170,14 +170,14 @@ def press_delete(case, client):
 
 
 def press_rename(case, _):
-    """Another letter behind the name of the first package in the tree."""
+    """The first package in the tree gets another package's name: no second has this number."""
     case.desktop.press("F6")
     time.sleep(0.2)
     case.desktop.press("Home", "Down")
     time.sleep(0.5)
     case.desktop.press("F2")
     time.sleep(0.2)
-    case.desktop.press("End", "1", "Return")
+    case.desktop.press("End", "BackSpace", "BackSpace", "9", "9", "Return")
 
 
 # (name: message that stalls, what the person does)

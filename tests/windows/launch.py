@@ -68,11 +68,17 @@ class Client:
         names = {"DISPLAY": desktop.name, "HOME": folder, "XDG_RUNTIME_DIR": runtime,
                  "XDG_DATA_HOME": data_folder(folder), "QT_QPA_PLATFORM": "xcb",
                  "QT_ACCESSIBILITY": "0"}
+
+        def prepare():
+            signal.signal(signal.SIGHUP, signal.SIG_DFL)  # whatever this check was started by
+            for one in closed:
+                os.close(one)
+
         self.started = time.monotonic()
         self.process = subprocess.Popen(
             [program, "-s", "fileservice", "-p", "8100"], stdout=subprocess.DEVNULL, stderr=stderr,
             env={**os.environ, **names, **service.variables, **(variables or {})},
-            preexec_fn=(lambda: [os.close(one) for one in closed]) if closed else None)
+            preexec_fn=prepare)
         self.pid = self.process.pid
         self.pinger = Pinger(desktop.name, self.pid)
 
