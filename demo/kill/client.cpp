@@ -77,7 +77,7 @@ class KilledClient : private EngineEvents {
   void Start() {
     session_.Open(AskedBy::Program, [](const SessionResult&) {});
     granted_.WaitFor(kPatience);
-    store_->RestoreTasks(session_.Key().sessid, [](TaskId) {});
+    store_->RestoreTasks([](TaskId) {});
     const std::unordered_set<std::string> cached = cache_.Names();
     for (int n = 0; n < kHeaders; ++n) {
       if (!cached.contains(Header(n))) {
@@ -103,8 +103,11 @@ class KilledClient : private EngineEvents {
     for (int n = 0; n < kUserFiles; ++n) {
       AddUserFile(n);
     }
-    context_->queue->ForEach(
-        [](TransferTask& task) { task.record->state = TransferState::Queued; });
+    std::vector<TaskId> all;
+    context_->queue->ForEach([&all](const TransferTask& task) { all.push_back(task.id); });
+    for (const TaskId task : all) {
+      store_->Resume(task);
+    }
     context_->schedulerWake.Set();
     const auto end = std::chrono::steady_clock::now() + kPatience;
     while (!AllFinished() && std::chrono::steady_clock::now() < end) {
@@ -122,6 +125,7 @@ class KilledClient : private EngineEvents {
   void TaskStarted(TaskId /*task*/) noexcept override {}
   void BlockDone(TaskId /*task*/) noexcept override {}
   void SaveNeeded() noexcept override {}
+  void TaskWaiting(TaskId /*task*/) noexcept override {}
   void TaskEnded(TaskId id, const TransferResult& /*result*/) noexcept override {
     const TaskPointer task = store_->Find(id);
     if (task && task->record->keepAcrossRestart == 0 &&
@@ -131,8 +135,7 @@ class KilledClient : private EngineEvents {
   }
 
   void Add(const std::string& name, const std::string& target, bool keep) {
-    store_->AddDownload({name, "/" + name, session_.Key().sessid, "fileservice", 8080}, target,
-                        keep);
+    store_->AddDownload({name, "/" + name, "fileservice", 8080}, target, keep);
     context_->schedulerWake.Set();
   }
 
@@ -159,9 +162,12 @@ class KilledClient : private EngineEvents {
     if (what < 12 || !task) {
       AddUserFile(static_cast<int>(dice_() % kUserFiles));
     } else if (what < 20) {
-      task->record->ChangeState(TransferState::Queued, TransferState::Stopped);
+      store_->Pause(task->id);
+      context_->schedulerWake.Set();
     } else if (what < 39) {
-      task->record->ChangeState(TransferState::Stopped, TransferState::Queued);
+      if (task->record->state == TransferState::Stopped) {
+        store_->Resume(task->id);
+      }
       context_->schedulerWake.Set();
     } else if (what == 39 && task->record->state != TransferState::Finished) {
       deleted_.insert(task->record->RemotePath());
@@ -173,7 +179,7 @@ class KilledClient : private EngineEvents {
   bool AllFinished() const {
     bool all = true;
     context_->queue->ForEach([&all](const TransferTask& task) {
-      all = all && task.record->state == TransferState::Finished && !task.WorkerActive();
+      all = all && task.record->state == TransferState::Finished && !task.Running();
     });
     return all;
   }

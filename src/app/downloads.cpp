@@ -28,18 +28,15 @@ QString AllFilesFilter() { return Text(StringId::FileFilterAll).replace(u"*.*"_q
 }  // namespace
 
 Downloads::Downloads(const LaunchState& launch, const PackageCache& cache,
-                     const WorkerSession& session, MainThread& mainThread,
                      std::shared_ptr<SchedulerContext> context, QWidget& owner)
     : launch_(launch),
       cache_(cache),
-      session_(session),
-      mainThread_(mainThread),
       context_(std::move(context)),
       owner_(owner),
       tasks_(context_->queue, launch) {}
 
 TaskDraft Downloads::DraftOf(const std::string& name, const std::string& path) const {
-  return {name, path, Sessid(), launch_.serverName, launch_.serverPort};
+  return {name, path, launch_.serverName, launch_.serverPort};
 }
 
 std::optional<std::string> Downloads::AskForTarget(const std::string& displayName) {
@@ -62,15 +59,17 @@ bool Downloads::SaveFile(const std::string& name, const std::string& path) {
   if (!target) {
     return false;
   }
+  if (tasks_.IsTargetInUse(*target)) {
+    ShowNotice(&owner_, StringId::DuplicateTask);
+    return true;
+  }
   const TaskPointer task = tasks_.AddDownload(DraftOf(name, path), *target, true);
   if (!task) {
     // A path that the task list cannot hold.
     TellBox(&owner_, ToQString(ResultBoxText(result::kFileOpen)), u" "_qs, BoxIcon::Exclamation);
     return false;
   }
-  context_->schedulerWake.Set();
-  // Not only when a worker ends: what the user asked for outlives a crash from here on.
-  Q_EMIT SaveNeeded();
+  TasksChanged();
   Q_EMIT TaskAdded(task->id);
   return true;
 }
@@ -98,18 +97,9 @@ std::optional<Downloads::EndedHeader> Downloads::TakeHeader(const TransferTask& 
 }
 
 void Downloads::RestoreTasks() {
-  if (tasks_.RestoreTasks(Sessid(), [this](TaskId task) { Q_EMIT TaskRestored(task); })) {
+  if (tasks_.RestoreTasks([this](TaskId task) { Q_EMIT TaskRestored(task); })) {
     context_->schedulerWake.Set();
   }
-}
-
-void Downloads::SessionGranted() {
-  tasks_.Queue().ForEach([sessid = Sessid()](TransferTask& task) {
-    if (task.Sessid().empty()) {
-      task.SetSessid(sessid);
-    }
-  });
-  context_->schedulerWake.Set();
 }
 
 void Downloads::FollowRename(const std::string& package, const std::string& newName) {
@@ -122,15 +112,31 @@ void Downloads::FollowRename(const std::string& package, const std::string& newN
   }
 }
 
-void Downloads::RemoveTask(TaskId task) {
-  tasks_.RemoveTask(task);
+void Downloads::PauseTask(TaskId task) {
+  tasks_.Pause(task);
+  TasksChanged();
+}
+
+void Downloads::ResumeTask(TaskId task) {
+  tasks_.Resume(task);
+  TasksChanged();
+}
+
+void Downloads::RedoTask(TaskId task) {
+  tasks_.Redo(task);
+  TasksChanged();
+}
+
+void Downloads::DeleteTask(TaskId task) {
+  tasks_.RemoveTask(task, TaskStore::LocalFiles::Remove);
+  TasksChanged();
+}
+
+void Downloads::TasksChanged() {
+  context_->schedulerWake.Set();
   Q_EMIT SaveNeeded();
 }
 
 bool Downloads::IsDuplicate(const std::string& path) const { return tasks_.IsDuplicate(path); }
-
-void Downloads::WakeScheduler() {
-  mainThread_.Post([context = context_] { context->schedulerWake.Set(); });
-}
 
 }  // namespace updown

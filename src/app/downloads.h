@@ -10,18 +10,13 @@
 #include "engine/cache.h"
 #include "engine/scheduler.h"
 #include "engine/task_store.h"
-#include "engine/worker_session.h"
 #include "packages/header_fetches.h"
 #include "packages/package_downloads.h"
-#include "platform/qt/main_thread.h"
 #include "transfers/transfer_tasks.h"
 
 namespace updown {
 
 // The program's downloads: makes tasks of what panes and status window ask for. Main thread only.
-//
-// A task presents the session's key of the time at which it was made or started again; those that
-// were made before there was one get it from SessionGranted.
 class Downloads : public QObject,
                   public PackageDownloads,
                   public HeaderFetches,
@@ -31,14 +26,13 @@ class Downloads : public QObject,
  public:
   // `owner` stands behind the boxes. What it is given outlives it, the context's threads may
   // outlive it.
-  Downloads(const LaunchState& launch, const PackageCache& cache, const WorkerSession& session,
-            MainThread& mainThread, std::shared_ptr<SchedulerContext> context, QWidget& owner);
+  Downloads(const LaunchState& launch, const PackageCache& cache,
+            std::shared_ptr<SchedulerContext> context, QWidget& owner);
 
   TaskStore& Tasks() { return tasks_; }
 
   // Puts the stored tasks into the queue while that is empty.
   void RestoreTasks();
-  void SessionGranted();
 
   // For a task that has ended: the header file that it was to bring, and whether the cache has that
   // now; nothing if it was the user's. The task of a header goes.
@@ -57,10 +51,13 @@ class Downloads : public QObject,
   bool SaveFile(const std::string& name, const std::string& path) override;
 
   TaskPointer Find(TaskId task) const override { return tasks_.Find(task); }
-  void RemoveTask(TaskId task) override;
-  void TasksChanged() override { Q_EMIT SaveNeeded(); }
-  std::string Sessid() const override { return session_.Key().sessid; }
-  void WakeScheduler() override;
+  bool IsTargetInUse(const std::string& localPath) const override {
+    return tasks_.IsTargetInUse(localPath);
+  }
+  void PauseTask(TaskId task) override;
+  void ResumeTask(TaskId task) override;
+  void RedoTask(TaskId task) override;
+  void DeleteTask(TaskId task) override;
 
  Q_SIGNALS:
   void TaskAdded(TaskId task);     // by the user, a moment ago
@@ -70,12 +67,12 @@ class Downloads : public QObject,
 
  private:
   TaskDraft DraftOf(const std::string& name, const std::string& path) const;
+  // The scheduler looks again, and the list is stored: what the user has said outlives a crash.
+  void TasksChanged();
   std::optional<std::string> AskForTarget(const std::string& displayName);
 
   const LaunchState& launch_;
   const PackageCache& cache_;
-  const WorkerSession& session_;
-  MainThread& mainThread_;
   const std::shared_ptr<SchedulerContext> context_;
   QWidget& owner_;
   TaskStore tasks_;

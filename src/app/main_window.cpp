@@ -15,6 +15,7 @@
 #include "engine/posted_events.h"
 #include "engine/result_texts.h"
 #include "localdata/tasklist.h"
+#include "platform/environment.h"
 #include "platform/qt/text.h"
 #include "platform/text.h"
 #include "resources/qt/texts.h"
@@ -30,10 +31,23 @@ constexpr int kTreeWidth = 200;          // when the keyboard opens it
 // With the windows' own end this keeps the whole exit below two seconds.
 constexpr std::chrono::milliseconds kStopLimit{1500};
 
+// What is no number, or more than an hour, changes nothing.
+std::chrono::milliseconds PaceFromEnvironment() {
+  constexpr std::size_t kMostBytes = 16;
+  constexpr std::int32_t kMostPace = 3600000;
+  const auto text = ReadVariable(kVariableBlockPace, kMostBytes);
+  if (!text || text->empty() || text->find_first_not_of("0123456789") != std::string::npos) {
+    return kPace;
+  }
+  const std::int32_t pace = LeadingNumber(*text);
+  return pace < 0 || pace > kMostPace ? kPace : std::chrono::milliseconds(pace);
+}
+
 std::shared_ptr<SchedulerContext> MakeContext(const FileService& service) {
   auto context = std::make_shared<SchedulerContext>();
   context->queue = std::make_shared<TaskQueue>();
   context->service = &service;
+  context->pace = PaceFromEnvironment();
   return context;
 }
 
@@ -50,8 +64,8 @@ MainWindow::MainWindow(const LaunchState& launch, FileService& service,
           [this](const LoginRequest& request, LoginAsked answered) {
             AskForLogin(this, request, std::move(answered));
           },
-          [this, calls = mainThread_.Calls()] { calls->Post([this] { OnSessionGranted(); }); }),
-      downloads_(launch, cache_, session_, mainThread_, context_, *this),
+          [context = context_] { context->schedulerWake.Set(); }),
+      downloads_(launch, cache_, context_, *this),
       area_(session_, downloads_, cache_, launch),
       commands_(area_, downloads_, this),
       keeper_(TaskListPath(launch.identityHash),
@@ -91,6 +105,7 @@ void MainWindow::ConnectEngine() {
   context_->events =
       std::make_shared<PostedEvents>(mainThread_.Calls(), static_cast<EngineEvents&>(*this));
   context_->session = &session_;
+  scheduler_ = std::make_unique<Scheduler>(context_);
   connect(&downloads_, &Downloads::SaveNeeded, &keeper_, &TaskListKeeper::TasksChanged);
   connect(&downloads_, &Downloads::TaskAdded, this, &MainWindow::ShowAddedTask);
   connect(&downloads_, &Downloads::TaskRestored, this, &MainWindow::ShowRestoredTask);
@@ -102,14 +117,6 @@ void MainWindow::ConnectArea() {
   connect(&commands_, &PackageCommands::TransfersWanted, this, &MainWindow::ShowStatus);
   connect(qGuiApp, &QGuiApplication::applicationStateChanged, &area_,
           [this](Qt::ApplicationState state) { area_.SetActive(state == Qt::ApplicationActive); });
-}
-
-// Nothing is transferred before the service has granted a session.
-void MainWindow::OnSessionGranted() {
-  downloads_.SessionGranted();
-  if (!scheduler_) {
-    scheduler_ = std::make_unique<Scheduler>(context_);
-  }
 }
 
 void MainWindow::MakeShortcuts() {

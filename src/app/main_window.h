@@ -68,10 +68,10 @@ class MainWindow final : public QMainWindow, private EngineEvents {
   void Raise();
   void ShowStatus();
   Session::Post PostToMain();
-  void OnSessionGranted();
 
   void TaskStarted(TaskId task) noexcept override;
   void BlockDone(TaskId task) noexcept override;
+  void TaskWaiting(TaskId task) noexcept override;
   void TaskEnded(TaskId task, const TransferResult& result) noexcept override;
   void SaveNeeded() noexcept override;
   void OnSavingChanged(int error);
@@ -91,7 +91,7 @@ class MainWindow final : public QMainWindow, private EngineEvents {
   Downloads downloads_;
   PackageArea area_;
   PackageCommands commands_;
-  std::unique_ptr<Scheduler> scheduler_;  // from the first session on
+  std::unique_ptr<Scheduler> scheduler_;
 
   NoticeBar* notices_ = nullptr;
   std::unique_ptr<CMySplitter> outer_;  // tree, and beside it the inner one

@@ -26,6 +26,10 @@ void MainWindow::BlockDone(TaskId task) noexcept {
   TellStatus([task](CTransferStatusDlg& status) { status.ShowBlock(task); });
 }
 
+void MainWindow::TaskWaiting(TaskId task) noexcept {
+  TellStatus([task](CTransferStatusDlg& status) { status.ShowWaiting(task); });
+}
+
 void MainWindow::TaskEnded(TaskId task, const TransferResult& result) noexcept {
   const TaskPointer ended = downloads_.Find(task);
   if (!ended) {

@@ -14,6 +14,8 @@ class EngineEvents {
 
   virtual void TaskStarted(TaskId task) noexcept = 0;
   virtual void BlockDone(TaskId task) noexcept = 0;  // the task's byte counts have moved
+  // The run waits before it makes a lost connection anew; a block, or the run's end, comes next.
+  virtual void TaskWaiting(TaskId task) noexcept = 0;
   virtual void TaskEnded(TaskId task, const TransferResult& result) noexcept = 0;
   virtual void SaveNeeded() noexcept = 0;  // a record's state has changed for good
 };

@@ -28,6 +28,10 @@ void PostedEvents::BlockDone(TaskId task) noexcept {
   });
 }
 
+void PostedEvents::TaskWaiting(TaskId task) noexcept {
+  calls_->Post([&receiver = receiver_, task] { receiver.TaskWaiting(task); });
+}
+
 void PostedEvents::TaskEnded(TaskId task, const TransferResult& result) noexcept {
   calls_->Post([&receiver = receiver_, task, result] { receiver.TaskEnded(task, result); });
 }

@@ -19,6 +19,7 @@ class PostedEvents final : public EngineEvents {
 
   void TaskStarted(TaskId task) noexcept override;
   void BlockDone(TaskId task) noexcept override;
+  void TaskWaiting(TaskId task) noexcept override;
   void TaskEnded(TaskId task, const TransferResult& result) noexcept override;
   void SaveNeeded() noexcept override;
 

@@ -21,8 +21,10 @@ std::string KeyOf(std::string_view path) {
 void RecordIndex::Rebuild(const RecordList& records) {
   usedIds_.clear();
   byPath_.clear();
+  keys_.clear();
   unnamed_.clear();
-  lowestFree_ = 1;
+  freed_.clear();
+  next_ = 1;
   for (const auto& record : records) {
     Add(*record);
   }
@@ -30,14 +32,34 @@ void RecordIndex::Rebuild(const RecordList& records) {
 
 void RecordIndex::Add(const TransferRecord& record) {
   usedIds_.insert(record.recordId);
-  unnamed_.push_back(&record);
+  freed_.erase(record.recordId);
+  if (record.parentRecordId == 0 && record.keepAcrossRestart != 0) {  // others meet nothing
+    unnamed_.push_back(&record);
+  }
+}
+
+void RecordIndex::Remove(const TransferRecord& record) {
+  usedIds_.erase(record.recordId);
+  if (record.recordId < next_ && record.recordId != 0) {
+    freed_.insert(record.recordId);
+  }
+  std::erase(unnamed_, &record);
+  if (const auto key = keys_.find(&record); key != keys_.end()) {
+    const auto [first, last] = byPath_.equal_range(key->second);
+    byPath_.erase(
+        std::find_if(first, last, [&](const auto& entry) { return entry.second == &record; }));
+    keys_.erase(key);
+  }
 }
 
 std::uint32_t RecordIndex::LowestFreeId() const {
-  while (usedIds_.contains(lowestFree_)) {
-    ++lowestFree_;
+  if (!freed_.empty()) {
+    return *freed_.begin();
   }
-  return lowestFree_;
+  while (usedIds_.contains(next_)) {
+    ++next_;
+  }
+  return next_;
 }
 
 bool RecordIndex::Meets(std::string_view servicePath) const {
@@ -69,7 +91,9 @@ void RecordIndex::NameRecords() const {
     if (path.empty()) {
       return false;
     }
-    byPath_.emplace(KeyOf(path), record);
+    if (keys_.try_emplace(record, KeyOf(path)).second) {
+      byPath_.emplace(KeyOf(path), record);
+    }
     return true;
   });
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <set>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -13,11 +14,12 @@ namespace updown {
 
 // What the records are asked for again and again, without a walk: the lowest free number, and
 // the records that a service path meets. A refresh makes thousands of records in a row. Refers to
-// the store's records and owns none; to be rebuilt when one has left it. Main thread only.
+// the store's records and owns none; to be told when one leaves it. Main thread only.
 class RecordIndex {
  public:
   void Rebuild(const RecordList& records);
   void Add(const TransferRecord& record);
+  void Remove(const TransferRecord& record);
 
   std::uint32_t LowestFreeId() const;  // from 1
 
@@ -30,8 +32,10 @@ class RecordIndex {
   void NameRecords() const;
 
   std::unordered_set<std::uint32_t> usedIds_;
-  mutable std::uint32_t lowestFree_ = 1;  // all below are used
+  mutable std::uint32_t next_ = 1;  // all below are used, or freed
+  std::set<std::uint32_t> freed_;
   mutable std::unordered_multimap<std::string, const TransferRecord*> byPath_;
+  mutable std::unordered_map<const TransferRecord*, std::string> keys_;  // in byPath_
   mutable std::vector<const TransferRecord*> unnamed_;  // had no path when last looked at
 };
 

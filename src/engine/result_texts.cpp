@@ -2,9 +2,12 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstddef>
 #include <optional>
+#include <system_error>
 
+#include "localdata/file_names.h"
 #include "platform/text.h"
 #include "resources/texts.h"
 #include "service/result_codes.h"
@@ -28,11 +31,28 @@ constexpr std::array kResultTexts = {
     ResultText{result::kFileOpen, StringId::OpenFailed, StringId::OpenFailed},
     ResultText{result::kFileWrite, StringId::WriteFailed, StringId::WriteFailed},
     ResultText{result::kService8210, std::nullopt, StringId::Blank},
-    ResultText{result::kNoSuchRemoteFile, std::nullopt, StringId::OpenFailed},
+    ResultText{result::kNoSuchRemoteFile, std::nullopt, StringId::RemoteFileMissing},
     ResultText{result::kBadCharacters, std::nullopt, StringId::BadCharacters},
     ResultText{result::kLanguageSettings, std::nullopt, StringId::IncompatibleLanguage},
     ResultText{result::kInterrupted, StringId::LostConnection, StringId::SessionInterrupted},
     ResultText{result::kNotImplemented, std::nullopt, StringId::NotImplemented},
+};
+
+// What the system's reason says more of a code in a row.
+struct ReasonText {
+  int code;
+  int systemError;
+  StringId row;
+};
+
+constexpr std::array kReasonTexts = {
+    ReasonText{result::kConnection, ECONNRESET, StringId::ConnectionDropped},
+    ReasonText{result::kConnection, EPIPE, StringId::ConnectionDropped},
+    ReasonText{result::kConnection, ETIMEDOUT, StringId::ServiceSilent},
+    ReasonText{result::kNotEncodable, ENOMEM, StringId::ShortOfMemory},
+    ReasonText{result::kFileOpen, ENOENT, StringId::FolderMissing},
+    ReasonText{result::kFileWrite, ENOSPC, StringId::DiskFull},
+    ReasonText{result::kFileWrite, EDQUOT, StringId::DiskFull},
 };
 
 std::uint32_t NumberOf(std::int64_t code) {
@@ -63,9 +83,28 @@ std::u16string ResultBoxText(std::int64_t code) {
   return text.substr(0, kMostCharacters);
 }
 
-std::u16string_view ResultRowText(std::int64_t code) {
+std::u16string_view ResultRowText(std::int64_t code, int systemError) {
+  const auto* const reason =
+      std::find_if(kReasonTexts.begin(), kReasonTexts.end(), [&](const ReasonText& text) {
+        return result::WithoutSign(text.code) == NumberOf(code) && text.systemError == systemError;
+      });
+  if (reason != kReasonTexts.end()) {
+    return LoadText(reason->row);
+  }
   const std::u16string_view known = Find(NumberOf(code), &ResultText::row);
   return known.empty() ? LoadText(StringId::UnknownError) : known;
+}
+
+std::u16string ResultDetails(const TransferResult& result) {
+  std::u16string text(ResultRowText(result.code, result.systemError));
+  text += u" [" + Utf8ToWide(std::to_string(NumberOf(result.code))) + u']';
+  if (result.systemError != 0) {
+    text += u'\n' + Utf8ToWide(std::generic_category().message(result.systemError));
+  }
+  if (!result.path.empty()) {
+    text += u'\n' + Utf8ToWideName(result.path);
+  }
+  return text;
 }
 
 }  // namespace updown

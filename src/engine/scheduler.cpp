@@ -9,34 +9,54 @@
 namespace updown {
 namespace {
 
-using WorkerSlot = std::unique_ptr<Thread>;
+using Slot = SchedulerContext::Slot;
+using std::chrono::milliseconds;
 
 // Frees the slots of workers that have ended and moves the others to the front; returns their
 // number.
 std::size_t CloseUpSlots(SchedulerContext& context) {
-  auto& slots = context.workerThreads;
-  for (WorkerSlot& slot : slots) {
-    if (slot && slot->Ended().IsSet()) {
-      slot.reset();
+  auto& slots = context.slots;
+  for (Slot& slot : slots) {
+    if (slot.worker && slot.worker->Ended().IsSet()) {
+      slot = {};
     }
   }
   const auto firstFree = std::stable_partition(
-      slots.begin(), slots.end(), [](const WorkerSlot& slot) { return slot != nullptr; });
+      slots.begin(), slots.end(), [](const Slot& slot) { return slot.worker != nullptr; });
   return static_cast<std::size_t>(firstFree - slots.begin());
 }
 
-// Waits for the exit, a wake, the end of a worker or, while none runs, the idle time. False on
-// exit. A worker that has ended since the last look at the queue still has its slot, so that its
-// end is seen here and leads to another look.
+// Cuts the paused runs whose block has taken too long; how long the next of them has left.
+std::optional<milliseconds> CutWhatIsDue(const SchedulerContext& context) {
+  std::optional<milliseconds> next;
+  for (const Slot& slot : context.slots) {
+    const auto run = slot.task ? slot.task->Run() : nullptr;
+    const auto at = run ? run->CutAt() : std::nullopt;
+    if (!at) {
+      continue;
+    }
+    const auto left = std::chrono::ceil<milliseconds>(*at - TaskRun::Clock::now());
+    if (left <= milliseconds::zero()) {
+      run->Cut();
+    } else {
+      next = std::min(next.value_or(left), left);
+    }
+  }
+  return next;
+}
+
+// Waits for the exit, a wake, the end of a worker, the time to cut one or, while none runs, the
+// idle time. False on exit. A worker that has ended since the last look at the queue still has its
+// slot, so that its end is seen here and leads to another look.
 bool WaitForWork(SchedulerContext& context) {
   std::array<const Event*, 2 + kWorkerSlots> events{&context.schedulerExit, &context.schedulerWake};
   std::size_t count = 2;
-  for (const WorkerSlot& slot : context.workerThreads) {
-    if (slot) {
-      events[count++] = &slot->Ended();
+  for (const Slot& slot : context.slots) {
+    if (slot.worker) {
+      events[count++] = &slot.worker->Ended();
     }
   }
-  std::optional<std::chrono::milliseconds> timeout;
+  std::optional<milliseconds> timeout = CutWhatIsDue(context);
   if (count == 2) {
     timeout = kIdleWait;
   }
@@ -52,9 +72,10 @@ bool WaitForWork(SchedulerContext& context) {
 }
 
 // The worker waits until its start has been told, so that its end cannot be told before it.
-WorkerSlot StartWorker(const std::shared_ptr<SchedulerContext>& context, const TaskPointer& task) {
+std::unique_ptr<Thread> StartWorker(const std::shared_ptr<SchedulerContext>& context,
+                                    const TaskPointer& task) {
   const auto announced = std::make_shared<std::latch>(1);
-  WorkerSlot worker = context->startThread([context, task, announced] {
+  auto worker = context->startThread([context, task, announced] {
     announced->wait();
     RunTransferWorker(*context, task);
   });
@@ -65,39 +86,62 @@ WorkerSlot StartWorker(const std::shared_ptr<SchedulerContext>& context, const T
   return worker;
 }
 
+bool IsHeader(const TransferTask& task) { return task.record->keepAcrossRestart == 0; }
+
+bool HeadersToo(const SchedulerContext& context) {
+  const auto headers =
+      std::count_if(context.slots.begin(), context.slots.end(),
+                    [](const Slot& slot) { return slot.task && IsHeader(*slot.task); });
+  return static_cast<std::size_t>(headers) < kHeaderSlots;
+}
+
 // Puts runnable tasks into free slots. A thread that the system refuses ends the pass: the task
 // stays Queued for the next one.
 void StartRunnableTasks(const std::shared_ptr<SchedulerContext>& context) {
-  for (std::size_t slot = CloseUpSlots(*context); slot < kWorkerSlots; ++slot) {
-    const TaskPointer task = context->queue->NextRunnableTask();
+  std::size_t free = CloseUpSlots(*context);
+  while (free < kWorkerSlots && context->session->Key().grant != 0) {
+    const TaskPointer task = context->queue->NextRunnableTask(HeadersToo(*context));
     if (!task) {
       return;
     }
-    task->BeginRun();
-    context->workerThreads[slot] = StartWorker(context, task);
-    if (!context->workerThreads[slot]) {
+    task->BeginRun(&context->connections);
+    // Behind the run's begin: who stops the task from now on finds the run.
+    if (task->record->state != TransferState::Queued) {
       task->EndRun();
+      continue;
+    }
+    Slot& slot = context->slots[free];
+    slot = {StartWorker(context, task), task};
+    if (!slot.worker) {
+      slot = {};
+      task->EndRun();
+      context->queue->MakeReady(task->id);
       return;
     }
+    ++free;
   }
 }
 
 bool WorkersHaveEnded(const SchedulerContext& context) {
-  return std::all_of(context.workerThreads.begin(), context.workerThreads.end(),
-                     [](const WorkerSlot& slot) { return !slot || slot->Ended().IsSet(); });
+  return std::all_of(context.slots.begin(), context.slots.end(),
+                     [](const Slot& slot) { return !slot.worker || slot.worker->Ended().IsSet(); });
 }
 
 void EndWorkers(SchedulerContext& context) {
   context.schedulerWake.Set();
   context.queue->StopRunningTasks();
-  context.workersStop.Set();
+  for (const Slot& slot : context.slots) {
+    if (const auto run = slot.task ? slot.task->Run() : nullptr) {
+      run->Cut();
+    }
+  }
   context.connections.CutAll();
   const auto deadline = std::chrono::steady_clock::now() + kExitWait;
-  for (const WorkerSlot& slot : context.workerThreads) {
-    if (slot) {
-      const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-          deadline - std::chrono::steady_clock::now());
-      slot->Ended().WaitFor(std::max(left, std::chrono::milliseconds::zero()));
+  for (const Slot& slot : context.slots) {
+    if (slot.worker) {
+      const auto left =
+          std::chrono::duration_cast<milliseconds>(deadline - std::chrono::steady_clock::now());
+      slot.worker->Ended().WaitFor(std::max(left, milliseconds::zero()));
     }
   }
 }

@@ -10,6 +10,9 @@ void TaskQueue::Append(TaskPointer task) {
   }
   const TaskId id = task->id;
   const std::lock_guard lock(queueLock_);
+  if (task->record) {
+    ReadyOf(*task).insert_or_assign(id, task);
+  }
   places_.insert_or_assign(id, tasks_.insert(tasks_.end(), std::move(task)));
 }
 
@@ -22,6 +25,8 @@ TaskPointer TaskQueue::Remove(TaskId id) {
   TaskPointer removed = std::move(*found->second);
   tasks_.erase(found->second);
   places_.erase(found);
+  readyForUser_.erase(id);
+  readyHeaders_.erase(id);
   return removed;
 }
 
@@ -36,33 +41,53 @@ bool TaskQueue::Empty() const {
   return tasks_.empty();
 }
 
-TaskPointer TaskQueue::NextRunnableTask() const {
-  const std::lock_guard lock(queueLock_);
-  for (const TaskPointer& task : tasks_) {
-    if (task->record && task->record->state == TransferState::Queued && !task->Running() &&
-        !task->WorkerActive()) {
+TaskQueue::Ready& TaskQueue::ReadyOf(const TransferTask& task) {
+  return task.record->keepAcrossRestart != 0 ? readyForUser_ : readyHeaders_;
+}
+
+TaskPointer TaskQueue::FirstOf(Ready& ready) {
+  for (auto entry = ready.begin(); entry != ready.end();) {
+    const TaskPointer task = entry->second;
+    const bool runs = task->Running();
+    if (!runs || task->record->state != TransferState::Queued) {
+      entry = ready.erase(entry);
+    } else {
+      ++entry;  // its last run is about to end
+    }
+    if (!runs && task->record->state == TransferState::Queued) {
       return task;
     }
   }
   return nullptr;
 }
 
+TaskPointer TaskQueue::NextRunnableTask(bool headersToo) {
+  const std::lock_guard lock(queueLock_);
+  TaskPointer task = FirstOf(readyForUser_);
+  return task || !headersToo ? task : FirstOf(readyHeaders_);
+}
+
+void TaskQueue::MakeReady(TaskId id) {
+  const std::lock_guard lock(queueLock_);
+  if (const auto found = places_.find(id); found != places_.end()) {
+    const TaskPointer& task = *found->second;
+    ReadyOf(*task).insert_or_assign(id, task);
+  }
+}
+
 void TaskQueue::StopRunningTasks() {
   const std::lock_guard lock(queueLock_);
   for (const TaskPointer& task : tasks_) {
-    if (!task->record || !(task->Running() || task->WorkerActive())) {
-      continue;
-    }
-    // The record first: a worker that finds its child stopped must find the whole task stopped.
-    if (task->record->ChangeState(TransferState::Queued, TransferState::Stopped) &&
-        task->childRecord) {
-      task->childRecord->state = TransferState::Stopped;
+    if (task->record && task->Running()) {
+      task->Stop();
     }
   }
 }
 
 void TaskQueue::Clear() {
   const std::lock_guard lock(queueLock_);
+  readyForUser_.clear();
+  readyHeaders_.clear();
   places_.clear();
   tasks_.clear();
 }

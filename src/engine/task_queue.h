@@ -1,6 +1,7 @@
 #pragma once
 
 #include <list>
+#include <map>
 #include <mutex>
 #include <unordered_map>
 
@@ -9,17 +10,21 @@
 namespace updown {
 
 // The queue as window, scheduler and workers share it, new tasks last. All calls take queueLock
-// themselves and hold it for the scan alone.
+// themselves; choosing, adding and removing cost the same however many tasks there are.
 class TaskQueue {
  public:
-  // A task without an id gets one.
+  // A task without an id gets one. Its numbers order the tasks.
   void Append(TaskPointer task);
   TaskPointer Remove(TaskId id);
   TaskPointer Find(TaskId id) const;
   bool Empty() const;
 
-  // First task in order whose record exists, is Queued, and that neither runs nor has a worker.
-  TaskPointer NextRunnableTask() const;
+  // What the user asked for goes before the header files that the program fetches for itself, each
+  // in order: the first task whose record is Queued and that has no worker. Headers are left out
+  // unless `headersToo`.
+  TaskPointer NextRunnableTask(bool headersToo = true);
+  // The task's record is Queued again, or its worker could not be started.
+  void MakeReady(TaskId id);
   // Queued becomes Stopped for each task that runs, children included.
   void StopRunningTasks();
 
@@ -37,10 +42,17 @@ class TaskQueue {
 
  private:
   using Tasks = std::list<TaskPointer>;
+  // By their numbers. May hold tasks that have been stopped since: they go when they are met.
+  using Ready = std::map<TaskId, TaskPointer>;
+
+  static TaskPointer FirstOf(Ready& ready);
+  Ready& ReadyOf(const TransferTask& task);
 
   mutable std::mutex queueLock_;
   Tasks tasks_;
   std::unordered_map<TaskId, Tasks::iterator> places_;
+  Ready readyForUser_;
+  Ready readyHeaders_;
 };
 
 }  // namespace updown

@@ -1,13 +1,35 @@
 #include "engine/task_store.h"
 
+#include <algorithm>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
 
+#include "localdata/files.h"
 #include "platform/text.h"
 
 namespace updown {
 namespace {
+
+// The task's file or folder goes from the disk. Of an upload the target end is a path on the
+// service, which names nothing here.
+void DeleteTarget(const TransferRecord& record) {
+  if (record.direction != 1) {
+    DeleteLocal(record.LocalPath());
+  }
+}
+
+void Cut(const TransferTask& task) {
+  if (const auto run = task.Run()) {
+    run->Cut();
+  }
+}
+
+bool Writes(const TransferTask& task, std::string_view path) {
+  const std::string target = task.record->LocalPath();
+  return task.record->direction != 1 &&
+         (target == path || (task.isFolder && path.starts_with(target + "/")));
+}
 
 bool FitsBuffer(std::string_view path) { return path.size() < kPathCapacity; }
 
@@ -54,7 +76,6 @@ TaskPointer TaskStore::AddDownload(const TaskDraft& draft, const std::string& lo
   auto task = std::make_shared<TransferTask>();
   task->serverName = draft.serverName;
   task->serverPort = draft.serverPort;
-  task->SetSessid(draft.sessid);
   task->record = record;
   // Last of all: from here on the scheduler may run it.
   queue_->Append(task);
@@ -93,8 +114,7 @@ bool TaskStore::StreamLimitReached() const {
   return unfinished >= kStreamLimit;
 }
 
-bool TaskStore::RestoreTasks(const std::string& sessid,
-                             const std::function<void(TaskId)>& announce) {
+bool TaskStore::RestoreTasks(const std::function<void(TaskId)>& announce) {
   if (!queue_->Empty() || records_.empty()) {
     return false;
   }
@@ -110,7 +130,6 @@ bool TaskStore::RestoreTasks(const std::string& sessid,
   }
   for (const auto& record : topRecords) {
     TaskPointer task = MakeTask(record);
-    task->SetSessid(sessid);
     if (task->isFolder) {
       const auto child = firstChildOf.find(record->recordId);
       task->childRecord = child == firstChildOf.end() ? MakeChild(*record) : child->second;
@@ -155,19 +174,78 @@ void TaskStore::RenumberRecords() {
   }
 }
 
-void TaskStore::RemoveTask(TaskId id) {
+void TaskStore::Pause(TaskId id) {
+  const TaskPointer task = queue_->Find(id);
+  if (!task || !task->Stop()) {
+    return;
+  }
+  if (const auto run = task->Run()) {
+    run->EndSoon();
+  }
+}
+
+void TaskStore::Resume(TaskId id) {
+  if (const TaskPointer task = queue_->Find(id)) {
+    QueueAgainWhenEnded(task, false);
+  }
+}
+
+void TaskStore::Redo(TaskId id) {
+  const TaskPointer task = queue_->Find(id);
+  if (!task) {
+    return;
+  }
+  task->Stop();
+  Cut(*task);
+  QueueAgainWhenEnded(task, true);
+}
+
+void TaskStore::QueueAgainWhenEnded(const TaskPointer& task, bool fromNothing) {
+  task->WhenEnded([task, fromNothing, queue = queue_] {
+    if (fromNothing) {
+      DeleteTarget(*task->record);
+      task->ForgetProgress();
+    }
+    task->QueueAgain();
+    queue->MakeReady(task->id);
+  });
+}
+
+void TaskStore::RemoveTask(TaskId id, LocalFiles files) {
   const TaskPointer task = queue_->Remove(id);
   if (!task) {
     return;
   }
+  task->Stop();
+  Cut(*task);
+  std::erase_if(leaving_, [](const auto& left) { return left.expired(); });
+  if (task->Running()) {
+    leaving_.push_back(task);
+  }
+  // Also in the place of a Redo that waits for the same end.
+  task->WhenEnded([task, files] {
+    if (files == LocalFiles::Remove && task->record->state != TransferState::Finished) {
+      DeleteTarget(*task->record);
+    }
+  });
   for (const auto& record : {task->record, task->childRecord}) {
     if (record) {
-      // A worker that still runs ends at its next block; nobody else can tell it any more.
-      record->ChangeState(TransferState::Queued, TransferState::Stopped);
+      Index().Remove(*record);
       std::erase(records_, record);
     }
   }
-  indexStale_ = true;
+}
+
+bool TaskStore::IsTargetInUse(const std::string& localPath) const {
+  bool inUse = false;
+  queue_->ForEach([&](const TransferTask& task) {
+    const bool ended = task.record->state == TransferState::Finished && !task.Running();
+    inUse = inUse || (!ended && Writes(task, localPath));
+  });
+  return inUse || std::any_of(leaving_.begin(), leaving_.end(), [&](const auto& left) {
+           const TaskPointer task = left.lock();
+           return task && task->Running() && Writes(*task, localPath);
+         });
 }
 
 void TaskStore::Clear() {

@@ -21,7 +21,6 @@ inline constexpr std::uint32_t kStreamLimit = 5;  // unfinished user tasks at a 
 struct TaskDraft {
   std::string displayName;  // UTF-8 file name to suggest or to use
   std::string remotePath;   // UTF-8
-  std::string sessid;
   std::string serverName;
   std::uint32_t serverPort = kDefaultServerPort;
 };
@@ -62,11 +61,28 @@ class TaskStore {
   // Makes a task for each top record while the queue is empty, and calls `announce` for each before
   // a worker can know it. Returns whether it did anything; the caller then wakes the scheduler. A
   // record whose number is 0 or taken by an earlier one gets a new number.
-  bool RestoreTasks(const std::string& sessid, const std::function<void(TaskId)>& announce);
+  bool RestoreTasks(const std::function<void(TaskId)>& announce);
 
-  // Takes the task out of the queue and its records out of the list. What a running worker holds
-  // lives on until the worker has ended.
-  void RemoveTask(TaskId id);
+  // What the user does with a task. None of them waits: what has to follow the end of a worker runs
+  // on that worker, else within the call. The caller wakes the scheduler behind each of them. A
+  // task that is gone is left alone.
+  //
+  // Queued becomes Stopped. The worker may bring the block in hand to its end, for a few seconds.
+  void Pause(TaskId id);
+  // Goes on where it stood.
+  void Resume(TaskId id);
+  // Starts over from nothing, without what is on the disk; a worker is cut first.
+  void Redo(TaskId id);
+
+  // Takes the task out of the queue and its records out of the list; its worker is cut. What the
+  // worker holds lives on until it has ended. With LocalFiles::Remove the target goes then too,
+  // unless it has arrived whole.
+  enum class LocalFiles { Keep, Remove };
+  void RemoveTask(TaskId id, LocalFiles files = LocalFiles::Keep);
+
+  // Whether a task that is not Finished, or one whose worker has yet to end, writes this file, or
+  // the folder around it.
+  bool IsTargetInUse(const std::string& localPath) const;
 
   // At the program's end, when no worker runs any more.
   void Clear();
@@ -78,12 +94,14 @@ class TaskStore {
   void RenumberRecords();
   TaskPointer MakeTask(const std::shared_ptr<TransferRecord>& record);
   std::shared_ptr<TransferRecord> MakeChild(const TransferRecord& folder);
+  void QueueAgainWhenEnded(const TaskPointer& task, bool fromNothing);
 
   std::shared_ptr<TaskQueue> queue_;
   const LaunchState& launch_;
   RecordList records_;
   mutable RecordIndex index_;  // of records_, rebuilt when stale
   mutable bool indexStale_ = true;
+  std::vector<std::weak_ptr<TransferTask>> leaving_;  // removed while their workers still ran
 };
 
 }  // namespace updown

@@ -1,13 +1,14 @@
 #pragma once
 
-#include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
 
 #include "engine/launch_state.h"
 #include "engine/task_id.h"
+#include "engine/task_run.h"
 #include "localdata/transfer_record.h"
 
 namespace updown {
@@ -15,39 +16,44 @@ namespace updown {
 // One thing to fetch: what the scheduler and a worker run.
 //
 // The scheduler's worker holds the task alive; the queue owns it. Texts and record pointers do not
-// change while a worker runs, except `sessid`, which Resume and Redo replace between two runs.
+// change while a worker runs.
 class TransferTask {
  public:
   TaskId id = 0;
   std::string serverName;
   std::uint32_t serverPort = kDefaultServerPort;
   bool isFolder = false;
-  std::int32_t lastResult = 0;  // main thread: last code that the status window took in, positive
   std::shared_ptr<TransferRecord> record;
   std::shared_ptr<TransferRecord> childRecord;  // folder tasks only
 
-  std::string Sessid() const;
-  void SetSessid(std::string sessid);
-
-  // A run lasts from the scheduler's BeginRun to the worker's EndRun. Resume and Redo clear
-  // Running() earlier; WorkerActive() stays until EndRun, so that a task never has two workers.
-  void BeginRun();
+  // A run lasts from the scheduler's BeginRun to EndRun on its worker. `workers` as in TaskRun.
+  std::shared_ptr<TaskRun> BeginRun(SocketGroup* workers = nullptr);
+  // First does what WhenEnded was given, on the calling thread.
   void EndRun();
-  void ClearRunning();
-  bool Running() const { return running_.load(); }
-  bool WorkerActive() const { return workerActive_.load(); }
+  bool Running() const { return Run() != nullptr; }
+  std::shared_ptr<TaskRun> Run() const;  // null while none is under way
+
+  // Calls `work` when the run under way has come to its end, on its worker; at once, on the calling
+  // thread, if there is none. Only the last wish counts.
+  void WhenEnded(std::function<void()> work);
+
+  // Queued becomes Stopped, the child's too. False if the state was another one.
+  bool Stop();
+  // To be fetched once more, with nothing left of how the last run ended.
+  void QueueAgain();
 
   // doneBytes of the record, plus those of the child when there is one.
   std::uint32_t Bytes() const;
   // Adds the finished child's counts to the record's and zeroes them, in one step for Bytes().
   void TakeUpChild();
+  // As if nothing had ever been fetched.
+  void ForgetProgress();
 
  private:
-  mutable std::mutex sessidLock_;
   mutable std::mutex countLock_;
-  std::string sessid_;
-  std::atomic<bool> running_{false};
-  std::atomic<bool> workerActive_{false};
+  mutable std::mutex runLock_;  // guards what follows
+  std::shared_ptr<TaskRun> run_;
+  std::function<void()> whenEnded_;
 };
 
 using TaskPointer = std::shared_ptr<TransferTask>;

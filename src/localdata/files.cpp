@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <limits>
+#include <system_error>
 
 #include "localdata/file_names.h"
 
@@ -73,6 +74,22 @@ int ReadLocalFile(const UniqueFd& file, std::span<std::uint8_t> buffer) {
 
 bool DeleteLocalFile(const std::string& path) {
   return UsablePath(path) && unlink(path.c_str()) == 0;
+}
+
+std::filesystem::path NamedPath(std::string_view path) {
+  while (path.ends_with('/')) {
+    path.remove_suffix(1);
+  }
+  std::filesystem::path named(path);
+  const std::filesystem::path name = named.filename();
+  return name == "." || name == ".." ? std::filesystem::path() : named;
+}
+
+bool DeleteLocal(const std::string& path) {
+  const std::filesystem::path named = NamedPath(path);
+  std::error_code error;
+  return !named.empty() &&
+         std::filesystem::remove_all(named, error) != static_cast<std::uintmax_t>(-1);
 }
 
 }  // namespace updown

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "platform/local_file.h"
 #include "platform/unique_fd.h"
@@ -34,5 +36,13 @@ int ReadLocalFile(const UniqueFd& file, std::span<std::uint8_t> buffer);
 
 // True if the file was there and is gone.
 bool DeleteLocalFile(const std::string& path);
+
+// The path without slashes at its end; empty for one without a proper last component.
+std::filesystem::path NamedPath(std::string_view path);
+
+// Removes a file, a link itself, or a folder with all that is in it, asking nothing; links inside
+// are not followed. True if nothing is left under the path, also if nothing was there. After a
+// failure what could be removed is gone.
+bool DeleteLocal(const std::string& path);
 
 }  // namespace updown

@@ -19,6 +19,9 @@ inline constexpr char kVariableRelayAddress[] = "3888693AABCC496aACFF5941A5C1025
 inline constexpr char kVariableRelayClientId[] = "{FC0CD139-1957-4763-8AD2-4519D8EFD888}";
 inline constexpr char kVariableAttribute110[] = "E543A803-0D1A-4557-905D-93291D62B5A8";
 
+// Another pace of block transfers than one a second, in milliseconds; 0 for none.
+inline constexpr char kVariableBlockPace[] = "UPDOWN_BLOCK_PACE_MS";
+
 // The variable's bytes; nothing if it is not set or does not fit `capacity` bytes with its
 // terminator. The environment is only read once threads run, so any thread may ask.
 std::optional<std::string> ReadVariable(const char* name, std::size_t capacity);

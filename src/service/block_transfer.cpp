@@ -4,14 +4,9 @@
 
 namespace updown {
 
-int AttachTransfer(Dialect dialect, Connection& connection, const std::string& sessid,
-                   TransferRecord& record) {
+int AttachTransfer(Dialect dialect, Connection& connection, const std::string& sessid) {
   std::string presented = sessid;
-  const int result = OpenSession(dialect, connection, presented, {}, message::kAttachSession);
-  if (result != result::kOk) {
-    record.state.store(TransferState::Failed);
-  }
-  return result;
+  return OpenSession(dialect, connection, presented, {}, message::kAttachSession);
 }
 
 int AskInformation(Dialect dialect, Connection& connection, const TransferRecord& record,
@@ -35,20 +30,26 @@ void PrintInformation(const FileInformation& information) {
 
 int EndTransfer(Dialect dialect, const TransferPosition& position, int result,
                 TransferRecord& record) {
-  if (result != result::kOk) {
-    record.SetStateUnlessStopped(TransferState::Failed);
+  if (result != result::kOk || position.More()) {
     return result;
-  }
-  if (position.More()) {
-    return result::kOk;
   }
   if (dialect == Dialect::First) {
     record.SetStateUnlessStopped(TransferState::Finished);
     return result::kOk;
   }
-  const bool overrun = position.offset > position.size;
-  record.state.store(overrun ? TransferState::Failed : TransferState::Finished);
-  return overrun ? result::kNotDecodable : result::kOk;
+  if (position.offset > position.size) {
+    return result::kNotDecodable;
+  }
+  record.state.store(TransferState::Finished);
+  return result::kOk;
+}
+
+TransferResult SettleFailure(TransferResult ended, TransferRecord& record,
+                             TransferProgress* progress) {
+  if (ended.code != result::kOk && (progress == nullptr || !progress->TriesAgain(ended))) {
+    record.SetStateUnlessStopped(TransferState::Failed);
+  }
+  return ended;
 }
 
 }  // namespace updown

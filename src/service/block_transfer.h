@@ -5,6 +5,7 @@
 #include "platform/unique_fd.h"
 #include "service/dialect.h"
 #include "service/nested_list.h"
+#include "service/operations.h"
 
 namespace updown {
 
@@ -13,10 +14,8 @@ namespace updown {
 // The seek takes a signed 32-bit offset.
 inline constexpr std::uint32_t kLargestFile = 0x7FFFFFFF;
 
-// Presents `sessid` on the transfer's own connection. A refusal fails the record even if it was
-// Stopped, since nothing else has been touched.
-int AttachTransfer(Dialect dialect, Connection& connection, const std::string& sessid,
-                   TransferRecord& record);
+// Presents `sessid` on the transfer's own connection.
+int AttachTransfer(Dialect dialect, Connection& connection, const std::string& sessid);
 
 // Asks for the file's information; the reply's data stays in `buffer`.
 int AskInformation(Dialect dialect, Connection& connection, const TransferRecord& record,
@@ -35,11 +34,15 @@ struct TransferPosition {
 // connection.
 TransferResult ServiceResult(int code, const Connection& connection, const TransferRecord& record);
 
-// Sets the record's outcome and returns the transfer's result. `result` is the loop's; on 0 the
-// position tells whether the file is whole, stopped half way, or overrun. In the second dialect a
-// whole file is Finished, and an overrun one Failed, even if somebody has stopped it meanwhile.
+// Sets a good outcome and returns the transfer's result. `result` is the loop's; on 0 the position
+// tells whether the file is whole, stopped half way, or overrun. In the second dialect a whole file
+// is Finished even if somebody has stopped it meanwhile.
 int EndTransfer(Dialect dialect, const TransferPosition& position, int result,
                 TransferRecord& record);
+
+// Sets the state of what has failed, as TransferProgress::TriesAgain says, and returns `ended`.
+TransferResult SettleFailure(TransferResult ended, TransferRecord& record,
+                             TransferProgress* progress);
 
 inline bool IsStopped(const TransferRecord& record) {
   return record.state.load() == TransferState::Stopped;

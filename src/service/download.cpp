@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "service/block_pipe.h"
 #include "service/block_transfer.h"
@@ -264,9 +265,11 @@ int Download::FailLocally(int result, int error) {
 
 TransferResult DownloadFile(Dialect dialect, Connection& connection, const std::string& sessid,
                             TransferRecord& record, TransferProgress* progress) {
-  const int attached = AttachTransfer(dialect, connection, sessid, record);
-  return attached == result::kOk ? Download(dialect, connection, record).Run(progress)
-                                 : ServiceResult(attached, connection, record);
+  const int attached = AttachTransfer(dialect, connection, sessid);
+  TransferResult ended = attached == result::kOk
+                             ? Download(dialect, connection, record).Run(progress)
+                             : ServiceResult(attached, connection, record);
+  return SettleFailure(std::move(ended), record, progress);
 }
 
 }  // namespace updown

@@ -44,6 +44,9 @@ class TransferProgress {
   virtual bool BeforeBlock(TransferRecord& /*record*/) { return true; }
   // At once behind each block.
   virtual void BlockDone(TransferRecord& record) = 0;
+  // A failure. True leaves the record's state as it is, because the caller tries again; otherwise
+  // the record becomes Failed, unless it was Stopped.
+  virtual bool TriesAgain(const TransferResult& /*failure*/) { return false; }
 };
 
 // The nine operations of the file service in one dialect. Strings are UTF-8; results are those of

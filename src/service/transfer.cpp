@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <new>
 
+#include "service/block_transfer.h"
 #include "service/connection.h"
 
 namespace updown {
@@ -13,8 +14,7 @@ TransferResult RunTaskTransfer(const FileService& service, std::string_view serv
                                SocketGroup* group) {
   Connection connection(group);
   if (const int opened = connection.Open(serverName, serverPort); opened != result::kOk) {
-    record.state.store(TransferState::Failed);
-    return {opened, connection.LastError(), record.RemotePath()};
+    return SettleFailure({opened, connection.LastError(), record.RemotePath()}, record, progress);
   }
   connection.SetSilenceLimit(kTransferSilence);
   try {

@@ -163,11 +163,11 @@ int Upload::AwaitReply() {
 
 TransferResult UploadFile(Dialect dialect, Connection& connection, const std::string& sessid,
                           TransferRecord& record, TransferProgress* progress) {
-  int result = AttachTransfer(dialect, connection, sessid, record);
+  int result = AttachTransfer(dialect, connection, sessid);
   if (result == result::kOk) {
     result = Upload(dialect, connection, record).Run(progress);
   }
-  return ServiceResult(result, connection, record);
+  return SettleFailure(ServiceResult(result, connection, record), record, progress);
 }
 
 }  // namespace updown

@@ -8,9 +8,9 @@
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
-#include <string_view>
 #include <vector>
 
+#include "localdata/files.h"
 #include "platform/unique_fd.h"
 
 namespace updown {
@@ -21,16 +21,6 @@ namespace fs = std::filesystem;
 constexpr std::size_t kChunk = 262144;
 
 std::error_code LastError() { return {errno != 0 ? errno : EIO, std::generic_category()}; }
-
-// Empty for a path without a proper last component.
-fs::path NamedPath(std::string_view path) {
-  while (path.ends_with('/')) {
-    path.remove_suffix(1);
-  }
-  fs::path named(path);
-  const fs::path name = named.filename();
-  return name == "." || name == ".." ? fs::path() : named;
-}
 
 std::error_code Sync(const fs::path& path) {
   const UniqueFd file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
@@ -213,12 +203,6 @@ std::error_code MoveLocal(const std::string& from, const std::string& to, bool r
     error = Rename(source, to, replace);
   }
   return error == std::errc::cross_device_link ? MoveByCopy(source, to, replace, progress) : error;
-}
-
-bool DeleteLocal(const std::string& path) {
-  const fs::path named = NamedPath(path);
-  std::error_code error;
-  return !named.empty() && fs::remove_all(named, error) != static_cast<std::uintmax_t>(-1);
 }
 
 }  // namespace updown

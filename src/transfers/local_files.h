@@ -33,9 +33,4 @@ enum class MoveRoad { Rename, Copy };  // Rename copies towards another file sys
 std::error_code MoveLocal(const std::string& from, const std::string& to, bool replace,
                           MoveProgress& progress, MoveRoad road = MoveRoad::Rename);
 
-// Removes a file, a link itself, or a folder with all that is in it, asking nothing; links inside
-// are not followed. True if nothing is left under the path, also if nothing was there. After a
-// failure what could be removed is gone.
-bool DeleteLocal(const std::string& path);
-
 }  // namespace updown

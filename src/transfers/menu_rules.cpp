@@ -4,15 +4,20 @@ namespace updown {
 
 EnabledCommands CommandsFor(TransferState state, bool running, bool bytesMoved) {
   //                                pause  resume redo   delete file   folder move
-  constexpr EnabledCommands kNone{false, false, false, false, false, false, false};
-  constexpr EnabledCommands kMoving{true, false, false, false, false, true, false};
-  constexpr EnabledCommands kStopping{false, false, false, false, false, true, false};
+  constexpr EnabledCommands kWaiting{true, false, false, true, false, false, false};
+  constexpr EnabledCommands kMoving{true, false, true, true, false, true, false};
+  constexpr EnabledCommands kStarting{true, false, true, true, false, false, false};
+  constexpr EnabledCommands kHalted{true, false, false, true, false, true, false};
+  constexpr EnabledCommands kStopping{false, false, false, true, false, true, false};
   constexpr EnabledCommands kIdle{false, true, true, true, false, true, false};
   constexpr EnabledCommands kFinished{false, false, true, true, true, true, true};
   constexpr EnabledCommands kForeign{false, false, false, true, false, false, false};
   switch (state) {
     case TransferState::Queued:
-      return bytesMoved ? kMoving : kNone;
+      if (!running) {
+        return bytesMoved ? kHalted : kWaiting;
+      }
+      return bytesMoved ? kMoving : kStarting;
     case TransferState::Stopped:
       return running ? kStopping : kIdle;
     case TransferState::Finished:

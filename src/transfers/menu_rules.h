@@ -14,7 +14,7 @@ inline constexpr std::size_t kStatusCommands = 7;
 using EnabledCommands = std::array<bool, kStatusCommands>;
 
 // Which commands a task has in this state; the index is the StatusCommand. `bytesMoved`: anything
-// at all has arrived. A Stopped task has no Resume, Redo or Delete until its worker has ended. A
+// at all has arrived. A Stopped task has no Resume and no Redo until its worker has ended. A
 // state that only a foreign task list can bring has no command but Delete.
 EnabledCommands CommandsFor(TransferState state, bool running, bool bytesMoved);
 

@@ -59,15 +59,18 @@ void RestartStatistics(TransferRecord& record, std::uint32_t now) {
 }
 
 std::optional<RateSample> TakeSample(TransferTask& task, std::uint32_t now) {
-  const float span = Advance(task, now);
-  if (span == 0) {
+  if (now - task.record->statistics.lastSampleTick < kLeastSampleSpan) {
     return std::nullopt;
   }
+  const float span = Advance(task, now);
   TransferRecord& record = *task.record;
   const std::uint32_t bytes = task.Bytes();
   RateSample sample;
   if (task.childRecord || record.totalBytes != 0) {
-    const std::uint32_t moved = bytes - record.statistics.lastSampleBytes;
+    // Counts go over their wrap; a task that starts over has fewer bytes than before.
+    constexpr std::uint32_t kMostBytes = 0x7FFFFFFF;
+    std::uint32_t moved = bytes - record.statistics.lastSampleBytes;
+    moved = moved > kMostBytes ? 0 : moved;
     sample.rate = Smooth(record.statistics, static_cast<float>(moved / static_cast<double>(span) *
                                                                kMillisecondsPerSecond));
   }
@@ -80,10 +83,8 @@ double RemainingSeconds(const TransferRecord& record, float rate) {
   return left / static_cast<double>(rate);
 }
 
-std::optional<FinalRate> TakeFinalRate(TransferTask& task, std::uint32_t now) {
-  if (Advance(task, now) == 0) {
-    return std::nullopt;
-  }
+FinalRate TakeFinalRate(TransferTask& task, std::uint32_t now) {
+  Advance(task, now);
   const TransferRecord& record = *task.record;
   const TransferRecord* child = task.childRecord.get();
   FinalRate rate;

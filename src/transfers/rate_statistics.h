@@ -21,7 +21,10 @@ struct RateSample {
   std::optional<float> rate;  // smoothed over the last five samples, the first one filling all five
 };
 
-// Nothing, with no statistic changed, if no time has passed since the last sample.
+// Samples are at least this far apart, in ms, so that bursts of blocks make no rates of their own.
+inline constexpr std::uint32_t kLeastSampleSpan = 250;
+
+// Nothing, with no statistic changed, if it is too early for another sample.
 std::optional<RateSample> TakeSample(TransferTask& task, std::uint32_t now);
 
 // Seconds until the record is whole at this rate, which must be above 0.
@@ -33,7 +36,6 @@ struct FinalRate {
   std::optional<float> average;
 };
 
-// Nothing, with no statistic changed, if no time has passed since the last sample.
-std::optional<FinalRate> TakeFinalRate(TransferTask& task, std::uint32_t now);
+FinalRate TakeFinalRate(TransferTask& task, std::uint32_t now);
 
 }  // namespace updown

@@ -1,5 +1,8 @@
 #include "transfers/row_updates.h"
 
+#include <QDateTime>
+#include <QLocale>
+
 #include "engine/result_texts.h"
 #include "platform/qt/text.h"
 #include "resources/qt/texts.h"
@@ -30,7 +33,9 @@ void RowUpdates::AddRow(const TaskPointer& task) {
   const RowImage first = upload ? RowImage::WaitingUpload : RowImage::WaitingDownload;
   model_.Append(task, std::move(texts), ImageOfState(record.state, record.direction, first));
   if (record.state == TransferState::Failed && record.resultCode != 0) {
-    ShowCode(model_.RowOfTask(task->id), *task, record.state, record.resultCode);
+    const TransferResult result{
+        -static_cast<int>(record.resultCode), static_cast<int>(record.systemError), {}};
+    ShowFailure(model_.RowOfTask(task->id), record.state, result, {});
   }
 }
 
@@ -65,9 +70,9 @@ void RowUpdates::ShowStarted(TaskId id) {
     return;
   }
   const TransferState state = task->record->state;
-  if (ShowState(row, *task, state)) {
-    ShowOutcome(row, state, Text(StringId::Processing));
-  }
+  ShowState(row, *task, state);
+  model_.SetDetails(row, {});
+  ShowOutcome(row, state, Text(StringId::Processing));
   model_.Touch(row);
 }
 
@@ -78,10 +83,28 @@ void RowUpdates::ShowEnded(TaskId id, const TransferResult& result) {
     return;
   }
   const TransferState state = task->record->state;
-  if (ShowState(row, *task, state) && result.code != result::kOk) {
-    ShowCode(row, *task, state, result::WithoutSign(result.code));
+  ShowState(row, *task, state);
+  if (result.code != result::kOk) {
+    ShowFailure(row, state, result,
+                QLocale().toString(QDateTime::currentDateTime(), QLocale::ShortFormat));
   }
   model_.Touch(row);
+}
+
+void RowUpdates::ShowWaiting(TaskId id) {
+  const int row = model_.RowOfTask(id);
+  if (const TaskPointer task = model_.TaskAt(row)) {
+    ShowOutcome(row, task->record->state, Text(StringId::Reconnecting));
+  }
+}
+
+void RowUpdates::ShowQueued(TaskId id) {
+  const int row = model_.RowOfTask(id);
+  if (const TaskPointer task = model_.TaskAt(row)) {
+    ShowImage(row, *task, task->record->state);
+    model_.SetDetails(row, {});
+    model_.Touch(row);
+  }
 }
 
 void RowUpdates::ClearProgress(int row) {
@@ -90,23 +113,18 @@ void RowUpdates::ClearProgress(int row) {
   model_.SetText(row, StatusColumn::Remaining, {});
 }
 
-// False if the update ends here: no time has passed since the last one.
-bool RowUpdates::ShowState(int row, TransferTask& task, TransferState state) {
+void RowUpdates::ShowState(int row, TransferTask& task, TransferState state) {
   model_.SetText(row, StatusColumn::Transferred, FromUtf8(FormatSize(task.Bytes())));
   switch (state) {
     case TransferState::Queued:
       break;
     case TransferState::Stopped:
-      if (!ShowSample(row, task)) {
-        return false;
-      }
+      ShowSample(row, task);
       break;
     case TransferState::Finished:
       model_.SetText(row, StatusColumn::Progress, Text(StringId::Completed));
       model_.SetText(row, StatusColumn::Remaining, {});
-      if (!ShowFinalRate(row, task)) {
-        return false;
-      }
+      ShowFinalRate(row, task);
       break;
     case TransferState::Failed:
       model_.SetText(row, StatusColumn::Rate, {});
@@ -114,13 +132,12 @@ bool RowUpdates::ShowState(int row, TransferTask& task, TransferState state) {
       break;
   }
   ShowImage(row, task, state);
-  return true;
 }
 
-bool RowUpdates::ShowSample(int row, TransferTask& task) {
+void RowUpdates::ShowSample(int row, TransferTask& task) {
   const auto sample = TakeSample(task, ticks_.Now());
   if (!sample) {
-    return false;
+    return;
   }
   const TransferRecord& record = *task.record;
   const float rate = sample->rate.value_or(0);
@@ -138,26 +155,25 @@ bool RowUpdates::ShowSample(int row, TransferTask& task) {
   if (sample->rate) {
     model_.SetText(row, StatusColumn::Rate, FromUtf8(FormatRate(rate)));
   }
-  return true;
 }
 
-bool RowUpdates::ShowFinalRate(int row, TransferTask& task) {
-  const auto final = TakeFinalRate(task, ticks_.Now());
-  if (!final) {
-    return false;
-  }
-  if (final->average) {
-    model_.SetText(row, StatusColumn::Rate, FromUtf8(FormatRate(*final->average)));
+void RowUpdates::ShowFinalRate(int row, TransferTask& task) {
+  const FinalRate final = TakeFinalRate(task, ticks_.Now());
+  if (final.average) {
+    model_.SetText(row, StatusColumn::Rate, FromUtf8(FormatRate(*final.average)));
   } else {
     model_.SetText(row, StatusColumn::Transferred, FromUtf8(FormatKiloBytes(0)));
     model_.SetText(row, StatusColumn::Rate, NotAvailable());
   }
-  return true;
 }
 
-void RowUpdates::ShowCode(int row, TransferTask& task, TransferState state, std::uint32_t code) {
-  task.lastResult = static_cast<std::int32_t>(code);
-  ShowOutcome(row, state, ToQString(ResultRowText(code)));
+void RowUpdates::ShowFailure(int row, TransferState state, const TransferResult& result,
+                             const QString& time) {
+  ShowOutcome(row, state, ToQString(ResultRowText(result.code, result.systemError)));
+  if (state == TransferState::Failed) {
+    const QString details = ToQString(ResultDetails(result));
+    model_.SetDetails(row, time.isEmpty() ? details : details + u'\n' + time);
+  }
 }
 
 void RowUpdates::ShowOutcome(int row, TransferState state, const QString& text) {

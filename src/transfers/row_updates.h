@@ -22,21 +22,24 @@ class RowUpdates {
   // The task's service path is another one.
   void ShowPaths(TaskId id);
 
-  // A run of the task has begun, a block has arrived, the run has ended. The code of the end is
-  // kept in the task's lastResult, without its sign.
+  // A run of the task has begun, a block has arrived, the run has ended. A failure's
+  // reason stands in the row, and at length in its tip.
   void ShowStarted(TaskId id);
   void ShowBlock(TaskId id);
   void ShowEnded(TaskId id, const TransferResult& result);
+  // The run waits to make its connection anew.
+  void ShowWaiting(TaskId id);
+  // The user has had the task queued again.
+  void ShowQueued(TaskId id);
 
   // Empties the cells that tell of a transfer's course.
   void ClearProgress(int row);
 
  private:
-  bool ShowState(int row, TransferTask& task, TransferState state);
-  bool ShowSample(int row, TransferTask& task);
-  bool ShowFinalRate(int row, TransferTask& task);
-  // `code` without its sign.
-  void ShowCode(int row, TransferTask& task, TransferState state, std::uint32_t code);
+  void ShowState(int row, TransferTask& task, TransferState state);
+  void ShowSample(int row, TransferTask& task);
+  void ShowFinalRate(int row, TransferTask& task);
+  void ShowFailure(int row, TransferState state, const TransferResult& result, const QString& time);
   void ShowOutcome(int row, TransferState state, const QString& text);
   void ShowImage(int row, const TransferTask& task, TransferState state);
 

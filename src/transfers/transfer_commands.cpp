@@ -5,34 +5,12 @@
 
 #include "platform/qt/text.h"
 #include "resources/qt/texts.h"
-#include "transfers/local_files.h"
 #include "transfers/move_box.h"
 #include "transfers/rate_statistics.h"
 #include "widgets/busy_pointer.h"
 #include "widgets/message_boxes.h"
 
 namespace updown {
-namespace {
-
-// The task's file or folder goes from the disk. Of an upload the target end is a path on the
-// service, which names nothing here.
-void DeleteTarget(const TransferRecord& record) {
-  if (record.direction != 1) {
-    const BusyPointer busy;
-    DeleteLocal(record.LocalPath());
-  }
-}
-
-// A stop has to reach the worker wherever it is between the two records of a folder task.
-void StopRecords(const TransferTask& task) {
-  if (task.record->ChangeState(TransferState::Queued, TransferState::Stopped) &&
-      task.record->isFolder != 0 && task.childRecord) {
-    task.childRecord->state = TransferState::Stopped;
-  }
-}
-
-}  // namespace
-
 TransferCommands::TransferCommands(TransferTasks& tasks, const TickCounter& ticks,
                                    TransferModel& model, RowUpdates& rows, Desktop desktop,
                                    QWidget* owner)
@@ -66,65 +44,35 @@ void TransferCommands::Run(StatusCommand command, int row) {
   }
 }
 
-// The worker sees the state at its next block, and its end comes back as an announcement.
 void TransferCommands::PauseTask(const TransferTask& task) {
-  StopRecords(task);
+  tasks_.PauseTask(task.id);
   model_.Touch(model_.RowOfTask(task.id));
-  // A pause that a kill undid would surprise.
-  tasks_.TasksChanged();
 }
 
-void TransferCommands::ResumeTask(TransferTask& task) {
-  task.SetSessid(tasks_.Sessid());
-  task.lastResult = 0;
+void TransferCommands::ResumeTask(const TransferTask& task) {
   task.record->statistics.lastSampleTick = ticks_.Now();
-  if (task.record->isFolder != 0 && task.childRecord) {
-    task.childRecord->state = TransferState::Queued;
-  }
-  task.record->state = TransferState::Queued;
-  task.ClearRunning();
-  model_.Touch(model_.RowOfTask(task.id));
-  tasks_.WakeScheduler();
+  tasks_.ResumeTask(task.id);
+  rows_.ShowQueued(task.id);
 }
 
 void TransferCommands::RedoTask(const TaskPointer& task) {
-  if (!Asked(StringId::ConfirmRedo)) {
+  if (!Asked(StringId::ConfirmRedo) || model_.RowOfTask(task->id) < 0) {
     return;
   }
-  if (task->record->state == TransferState::Finished && tasks_.StreamLimitReached()) {
+  const bool finished = task->record->state == TransferState::Finished;
+  if (finished && tasks_.StreamLimitReached()) {
     ShowNotice(owner_, StringId::StreamLimit);
     return;
   }
-  const int row = model_.RowOfTask(task->id);
-  if (row < 0) {
+  if (finished && tasks_.IsTargetInUse(task->record->LocalPath())) {
+    ShowNotice(owner_, StringId::DuplicateTask);
     return;
   }
-  StartAgain(*task);
-  rows_.ClearProgress(row);
-  model_.Touch(row);
-  tasks_.WakeScheduler();
-}
-
-// The old file goes and the counts are 0 before the task is runnable again: any other task's end
-// makes the scheduler look, and a new worker's file must not be the one that is removed.
-void TransferCommands::StartAgain(TransferTask& task) {
-  TransferRecord& record = *task.record;
-  DeleteTarget(record);
-  task.SetSessid(tasks_.Sessid());
-  task.lastResult = 0;
-  record.totalBytes = 0;
-  record.doneBytes = 0;
-  record.remoteTime = 0;
-  RestartStatistics(record, ticks_.Now());
-  if (record.isFolder != 0 && task.childRecord) {
-    TransferRecord& child = *task.childRecord;
-    child.totalBytes = 0;
-    child.doneBytes = 0;
-    child.remoteTime = 0;
-    child.state = TransferState::Queued;
-  }
-  record.state = TransferState::Queued;
-  task.ClearRunning();
+  const BusyPointer busy;
+  RestartStatistics(*task->record, ticks_.Now());
+  tasks_.RedoTask(task->id);
+  rows_.ClearProgress(model_.RowOfTask(task->id));
+  rows_.ShowQueued(task->id);
 }
 
 void TransferCommands::DeleteRow(int row) {
@@ -136,13 +84,9 @@ void TransferCommands::DeleteRow(int row) {
   if (!Asked(StringId::ConfirmDelete)) {
     return;
   }
-  StopRecords(*task);
-  // A file that has arrived whole, perhaps while the question stood, is the user's.
-  if (task->record->state != TransferState::Finished) {
-    DeleteTarget(*task->record);
-  }
+  const BusyPointer busy;
   model_.Remove(model_.RowOfTask(task->id));
-  tasks_.RemoveTask(task->id);
+  tasks_.DeleteTask(task->id);
 }
 
 void TransferCommands::OpenTaskFile(const TransferTask& task) {

@@ -24,7 +24,7 @@ class TransferCommands {
 
  private:
   void PauseTask(const TransferTask& task);
-  void ResumeTask(TransferTask& task);
+  void ResumeTask(const TransferTask& task);
   void RedoTask(const TaskPointer& task);
   void DeleteRow(int row);
   void OpenTaskFile(const TransferTask& task);
@@ -32,7 +32,6 @@ class TransferCommands {
   void MoveTaskFile(const TaskPointer& task);
 
   bool Asked(StringId question);
-  void StartAgain(TransferTask& task);
 
   TransferTasks& tasks_;
   const TickCounter& ticks_;

@@ -28,7 +28,9 @@ constexpr std::array<Icon, kRowImages> kImageIcons{Icon::Upload, Icon::Download,
 
 // A tip that looks like markup is taken for it, and names come from the service.
 QString PlainTip(const QString& text) {
-  return text.isEmpty() ? text : QStringLiteral("<span>%1</span>").arg(text.toHtmlEscaped());
+  return text.isEmpty() ? text
+                        : QStringLiteral("<span>%1</span>")
+                              .arg(text.toHtmlEscaped().replace(u'\n', QLatin1String("<br>")));
 }
 
 }  // namespace
@@ -52,7 +54,7 @@ TransferModel::TransferModel(QObject* parent) : QAbstractTableModel(parent) {}
 void TransferModel::Append(const TaskPointer& task, Texts texts, RowImage image) {
   const int row = rowCount();
   beginInsertRows({}, row, row);
-  rows_.push_back({task->id, task, std::move(texts), image});
+  rows_.push_back({task->id, task, std::move(texts), image, {}});
   rowOfTask_.try_emplace(task->id, row);
   endInsertRows();
 }
@@ -90,6 +92,13 @@ void TransferModel::SetText(int row, StatusColumn column, const QString& text) {
     const QModelIndex cell = index(row, static_cast<int>(column));
     Q_EMIT dataChanged(cell, cell);
   }
+}
+
+void TransferModel::SetDetails(int row, const QString& details) { At(row).details = details; }
+
+QString TransferModel::TipText(int row, StatusColumn column) const {
+  const QString& details = At(row).details;
+  return column == StatusColumn::Transferred && !details.isEmpty() ? details : TextAt(row, column);
 }
 
 RowImage TransferModel::ImageAt(int row) const { return At(row).image; }
@@ -137,7 +146,7 @@ QVariant TransferModel::data(const QModelIndex& index, int role) const {
     case Qt::DisplayRole:
       return TextAt(index.row(), column);
     case Qt::ToolTipRole:  // paths and the texts of failures are longer than their cells
-      return index.column() <= 2 ? QVariant(PlainTip(TextAt(index.row(), column))) : QVariant();
+      return index.column() <= 2 ? QVariant(PlainTip(TipText(index.row(), column))) : QVariant();
     case Qt::DecorationRole:
       return index.column() != 0
                  ? QVariant()

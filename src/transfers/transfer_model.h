@@ -40,6 +40,8 @@ class TransferModel : public QAbstractTableModel {
 
   const QString& TextAt(int row, StatusColumn column) const;
   void SetText(int row, StatusColumn column, const QString& text);
+  // The tip of the Transferred cell, in lines; empty: the cell's own text.
+  void SetDetails(int row, const QString& details);
   RowImage ImageAt(int row) const;
   void SetImage(int row, RowImage image);
 
@@ -58,11 +60,13 @@ class TransferModel : public QAbstractTableModel {
     std::weak_ptr<TransferTask> task;
     Texts texts;
     RowImage image = RowImage::WaitingDownload;
+    QString details;
   };
 
   const Row& At(int row) const { return rows_[static_cast<std::size_t>(row)]; }
   Row& At(int row) { return rows_[static_cast<std::size_t>(row)]; }
   bool Holds(int row) const { return row >= 0 && static_cast<std::size_t>(row) < rows_.size(); }
+  QString TipText(int row, StatusColumn column) const;
   QVariant AccessibleText(int row, StatusColumn column) const;
 
   std::vector<Row> rows_;

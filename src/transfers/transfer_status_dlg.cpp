@@ -95,6 +95,8 @@ void CTransferStatusDlg::ShowStarted(TaskId task) { rows_.ShowStarted(task); }
 
 void CTransferStatusDlg::ShowBlock(TaskId task) { rows_.ShowBlock(task); }
 
+void CTransferStatusDlg::ShowWaiting(TaskId task) { rows_.ShowWaiting(task); }
+
 void CTransferStatusDlg::ShowEnded(TaskId task, const TransferResult& result) {
   rows_.ShowEnded(task, result);
 }

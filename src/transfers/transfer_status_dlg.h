@@ -33,6 +33,7 @@ class CTransferStatusDlg : public QDialog {
   void ShowPaths(TaskId task);
   void ShowStarted(TaskId task);
   void ShowBlock(TaskId task);
+  void ShowWaiting(TaskId task);
   void ShowEnded(TaskId task, const TransferResult& result);
 
  private:

@@ -13,15 +13,14 @@ class TransferTasks {
 
   virtual TaskPointer Find(TaskId task) const = 0;
   virtual bool StreamLimitReached() const = 0;
-  virtual void RemoveTask(TaskId task) = 0;
-  // What the stored list says of a task is out of date.
-  virtual void TasksChanged() = 0;
+  virtual bool IsTargetInUse(const std::string& localPath) const = 0;
 
-  // What a task presents that starts from now on.
-  virtual std::string Sessid() const = 0;
-
-  // Lets the scheduler look for runnable tasks, once the caller's work is done.
-  virtual void WakeScheduler() = 0;
+  // As TaskStore does them; nothing is waited for.
+  virtual void PauseTask(TaskId task) = 0;
+  virtual void ResumeTask(TaskId task) = 0;
+  virtual void RedoTask(TaskId task) = 0;
+  // With what of it lies on the disk, unless that is whole.
+  virtual void DeleteTask(TaskId task) = 0;
 };
 
 }  // namespace updown

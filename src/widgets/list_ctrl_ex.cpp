@@ -160,7 +160,7 @@ void CListCtrlEx::keyReleaseEvent(QKeyEvent* event) {
   if (event->key() == Qt::Key_Delete && !event->isAutoRepeat()) {
     const int row = SelectedRow();
     const TaskPointer task = row >= 0 ? TaskWithRecord(row) : nullptr;
-    if (task != nullptr && task->record->state.load() != TransferState::Queued) {
+    if (task != nullptr) {
       Q_EMIT DeleteRequested();
     }
   }

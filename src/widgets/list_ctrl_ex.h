@@ -36,7 +36,7 @@ class CListCtrlEx : public RowListView {
   QString CellText(const QModelIndex& index) const override;
 
  Q_SIGNALS:
-  // The Delete key on a selected row whose task is not Queued.
+  // The Delete key on a selected row that has a task.
   void DeleteRequested();
 
  protected:

@@ -50,11 +50,10 @@ class MainWindowTest : public ::testing::Test {
 
   // A user's task without the question for its place, or a fetch of a header.
   void Fetch(bool keep, const std::string& name) {
-    const TaskDraft draft{name, "/notes/x.bin", window_->AllDownloads().Sessid(), "fileservice",
-                          8080};
     if (keep) {
-      window_->Tasks().AddDownload(draft, served_->DataFolder() + "/" + name, keep);
-      window_->AllDownloads().WakeScheduler();
+      const TaskPointer task = window_->Tasks().AddDownload(
+          {name, "/notes/x.bin", "fileservice", 8080}, served_->DataFolder() + "/" + name, keep);
+      window_->AllDownloads().ResumeTask(task->id);
     } else {
       window_->AllDownloads().FetchHeader("notes", name);
     }

@@ -48,8 +48,14 @@ class Told : public EngineEvents {
   void BlockDone(TaskId /*task*/) noexcept override {
     Keep([&] { ++blocks; });
   }
+  void TaskWaiting(TaskId /*task*/) noexcept override {
+    Keep([&] { ++waits; });
+  }
   void TaskEnded(TaskId task, const TransferResult& result) noexcept override {
-    Keep([&] { outcomes.emplace_back(task, result.code); });
+    Keep([&] {
+      outcomes.emplace_back(task, result.code);
+      last = result;
+    });
   }
   void SaveNeeded() noexcept override {
     Keep([&] { ++saves; });
@@ -72,7 +78,9 @@ class Told : public EngineEvents {
 
   std::vector<TaskId> started;                   // in the order of their notices
   std::vector<std::pair<TaskId, int>> outcomes;  // of workers that have ended
+  TransferResult last;
   int blocks = 0;
+  int waits = 0;
   int saves = 0;
 
  private:
@@ -108,6 +116,7 @@ class EngineWorld {
     context->session = &session;
     context->service = &service;
     context->pace = pace;
+    context->reconnectDelays = {std::chrono::milliseconds(1), std::chrono::milliseconds(2)};
     store.emplace(context->queue, launch);
   }
   void Start() { scheduler.emplace(context); }
@@ -117,8 +126,7 @@ class EngineWorld {
   }
 
   TaskPointer Fetch(const std::string& name, bool keep = true) {
-    auto task = store->AddDownload({name, "/" + name, session.Key().sessid, "fileservice", 8080},
-                                   local.File(name), keep);
+    auto task = store->AddDownload({name, "/" + name, "fileservice", 8080}, local.File(name), keep);
     context->schedulerWake.Set();
     return task;
   }
@@ -138,17 +146,24 @@ class EngineWorld {
       store->AddStoredRecord(std::make_shared<TransferRecord>(child));
     }
     TaskId restored = 0;
-    store->RestoreTasks(session.Key().sessid, [&](TaskId task) { restored = task; });
+    store->RestoreTasks([&](TaskId task) { restored = task; });
     context->schedulerWake.Set();
     return store->Find(restored);
   }
   void Run(const TaskPointer& task) {
-    task->record->state = TransferState::Queued;
-    task->ClearRunning();
+    store->Resume(task->id);
+    context->schedulerWake.Set();
+  }
+  void Redo(const TaskPointer& task) {
+    store->Redo(task->id);
+    context->schedulerWake.Set();
+  }
+  void Pause(const TaskPointer& task) {
+    store->Pause(task->id);
     context->schedulerWake.Set();
   }
   bool WaitForState(const TransferTask& task, TransferState state) {
-    return told->Until([&] { return task.record->state == state && !task.WorkerActive(); });
+    return told->Until([&] { return task.record->state == state && !task.Running(); });
   }
   long Count(std::uint32_t message) const {
     const auto requests = peer.Requests();

@@ -80,7 +80,9 @@ TEST(Exit, ManyStartsAndEnds) {
       const TaskPointer& task = tasks[(round + step) % tasks.size()];
       if (step % 4 == 3) {
         world.store->RemoveTask(task->id);
-      } else if (!task->record->ChangeState(TransferState::Queued, TransferState::Stopped)) {
+      } else if (task->record->state == TransferState::Queued) {
+        step % 2 == 0 ? world.Pause(task) : world.Redo(task);
+      } else {
         world.Run(task);
       }
       world.store->StreamLimitReached();
@@ -91,7 +93,7 @@ TEST(Exit, ManyStartsAndEnds) {
     }
     ASSERT_TRUE(scheduler.Stop(std::chrono::seconds(2))) << round;
     for (const TaskPointer& task : tasks) {
-      ASSERT_FALSE(task->WorkerActive()) << round;
+      ASSERT_FALSE(task->Running()) << round;
     }
   }
 }

@@ -13,6 +13,7 @@ class Log : public EngineEvents {
  public:
   void TaskStarted(TaskId task) noexcept override { Add("start", task); }
   void BlockDone(TaskId task) noexcept override { Add("block", task); }
+  void TaskWaiting(TaskId task) noexcept override { Add("wait", task); }
   void TaskEnded(TaskId task, const TransferResult& result) noexcept override {
     Add("end " + std::to_string(result.code) + result.path, task);
   }

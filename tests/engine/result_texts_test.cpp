@@ -15,7 +15,7 @@ TEST(ResultTexts, WordCodesOfEitherSignForBoxAndRow) {
       {-result::kConnection, network + u"[8194]", network},
       {result::kInterrupted, u"Lost connection with server.[8215]",
        u"Network session interrupted. Please try again."},
-      {result::kNoSuchRemoteFile, u"Unknown error[8211]", u"Failed to open file."},
+      {result::kNoSuchRemoteFile, u"Unknown error[8211]", u"The file is not on the service."},
       {61205, network + u"[61205]", network},
       {-4294967295, u"Unknown error[4294967295]", u"Unknown error."},
   };

@@ -56,7 +56,7 @@ TEST_P(Transfers, PauseResumeRedo) {
   TransferRecord& record = *task->record;
   world.Start();
   ASSERT_TRUE(world.told->Until([&] { return record.doneBytes > 0; }));
-  record.ChangeState(TransferState::Queued, TransferState::Stopped);
+  world.Pause(task);
   ASSERT_TRUE(world.WaitForState(*task, TransferState::Stopped));
   const std::uint32_t paused = record.doneBytes;
   EXPECT_LT(paused, bytes.size());
@@ -68,9 +68,7 @@ TEST_P(Transfers, PauseResumeRedo) {
   EXPECT_EQ(world.Count(message::kReadBlock), (bytes.size() - paused + 4095) / 4096);
   EXPECT_EQ(ReadFile(world.local.File("f")), bytes);
 
-  record.totalBytes = record.doneBytes = record.remoteTime = 0;
-  std::filesystem::remove(world.local.File("f"));
-  world.Run(task);
+  world.Redo(task);
   ASSERT_TRUE(world.WaitForState(*task, TransferState::Finished));
   EXPECT_EQ(ReadFile(world.local.File("f")), bytes);
 }

@@ -8,7 +8,7 @@ namespace {
 class Tasks : public ::testing::Test {
  protected:
   TaskPointer Add(const std::string& remotePath, bool keep = true) {
-    return store.AddDownload({"name", remotePath, "sessid", "server", 80}, "/local", keep);
+    return store.AddDownload({"name", remotePath, "server", 80}, "/local", keep);
   }
   std::shared_ptr<TransferRecord> AddStored(std::uint32_t id, std::uint32_t parent, bool folder) {
     const auto record = std::make_shared<TransferRecord>();
@@ -94,8 +94,8 @@ TEST_F(Tasks, WhatIsUnfinishedFollowsARenamedFolder) {
 TEST_F(Tasks, DraftsThatDoNotFitMakeNothing) {
   EXPECT_NE(Add("/" + std::string(258, 'x')), nullptr);
   EXPECT_EQ(Add("/" + std::string(259, 'x')), nullptr);
-  EXPECT_EQ(store.AddDownload({"", "/x", "", "", 80}, "/local", true), nullptr);
-  EXPECT_EQ(store.AddDownload({"x", "/x", "", "", 80}, std::string(260, 'l'), true), nullptr);
+  EXPECT_EQ(store.AddDownload({"", "/x", "", 80}, "/local", true), nullptr);
+  EXPECT_EQ(store.AddDownload({"x", "/x", "", 80}, std::string(260, 'l'), true), nullptr);
   EXPECT_EQ(store.Records().size(), 1U);
 }
 
@@ -125,8 +125,8 @@ TEST_F(Tasks, RestoreMakesATaskForEachTopRecordInOrder) {
   AddStored(8, 5, false);
   const auto doubled = AddStored(5, 0, true);
 
-  EXPECT_TRUE(store.RestoreTasks("sessid", announce));
-  EXPECT_FALSE(store.RestoreTasks("sessid", announce));
+  EXPECT_TRUE(store.RestoreTasks(announce));
+  EXPECT_FALSE(store.RestoreTasks(announce));
   std::vector<TaskId> ids;
   queue->ForEach([&ids](const TransferTask& task) { ids.push_back(task.id); });
   ASSERT_EQ(ids.size(), 4U);
@@ -155,11 +155,39 @@ TEST_F(Tasks, RestoreMakesATaskForEachTopRecordInOrder) {
 
 TEST_F(Tasks, ATaskNeverHasTwoWorkers) {
   const TaskPointer task = Add("/x");
+  EXPECT_EQ(queue->NextRunnableTask(), task);
   task->BeginRun();
-  task->ClearRunning();
+  store.Pause(task->id);
+  store.Resume(task->id);
+  EXPECT_EQ(task->record->state, TransferState::Stopped) << "its worker would go on";
   EXPECT_EQ(queue->NextRunnableTask(), nullptr);
   task->EndRun();
   EXPECT_EQ(queue->NextRunnableTask(), task);
+}
+
+TEST_F(Tasks, TheUsersGoBeforeHeaders) {
+  const TaskPointer first = Add("/header", false);
+  const TaskPointer second = Add("/header2", false);
+  const TaskPointer user = Add("/user");
+  for (const TaskPointer& next : {user, first, second}) {
+    EXPECT_EQ(queue->NextRunnableTask(), next);
+    next->record->state = TransferState::Finished;
+    EXPECT_EQ(queue->NextRunnableTask(false), nullptr);
+  }
+}
+
+TEST_F(Tasks, ATargetIsInUseUntilItsWorkerHasEnded) {
+  const TaskPointer task = Add("/x");
+  EXPECT_TRUE(store.IsTargetInUse("/local"));
+  EXPECT_FALSE(store.IsTargetInUse("/local/inside"));
+  task->isFolder = true;
+  EXPECT_TRUE(store.IsTargetInUse("/local/inside"));
+  task->BeginRun();
+  store.RemoveTask(task->id);
+  EXPECT_TRUE(task->Run()->Stopping());
+  EXPECT_TRUE(store.IsTargetInUse("/local"));
+  task->EndRun();
+  EXPECT_FALSE(store.IsTargetInUse("/local"));
 }
 
 TEST_F(Tasks, StopReachesRunningTasksAlone) {

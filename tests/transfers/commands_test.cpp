@@ -28,35 +28,18 @@ TEST_F(StatusCommands, PauseStopsQueuedTasksOnly) {
   EXPECT_EQ(folder->record->state, State::Stopped);
   EXPECT_EQ(folder->childRecord->state, State::Stopped);
   EXPECT_EQ(failed->record->state, State::Failed);
-  EXPECT_EQ(Asked("wake"), 0);
 }
 
 TEST_F(StatusCommands, ResumeGoesOnWhereItStood) {
   // Paused in its last block: all is there, and the worker has only to say so.
   const TaskPointer task = AddTask(State::Stopped, 9000, 9000, true);
   task->childRecord->state = State::Failed;
-  task->lastResult = 8194;
-  task->BeginRun();
   ticks_.now = 77;
   Choose(0, u"resume"_qs);
   EXPECT_EQ(task->record->state, State::Queued);
   EXPECT_EQ(task->childRecord->state, State::Queued);
   EXPECT_EQ(task->record->doneBytes, 9000U);
   EXPECT_EQ(task->record->statistics.lastSampleTick, 77U);
-  EXPECT_EQ(task->lastResult, 0);
-  EXPECT_FALSE(task->Running());
-  EXPECT_THAT(tasks_.log, ::testing::ElementsAre("wake"));
-}
-
-TEST_F(StatusCommands, WhatStartsAgainPresentsTheSessionOfTheTime) {
-  const TaskPointer task = AddTask(State::Failed);
-  for (const auto& command : {u"resume"_qs, u"redo"_qs}) {
-    task->SetSessid("old");
-    task->record->state = State::Failed;
-    tasks_.sessid = "fresh " + ToUtf8(command);
-    Choose(0, command);
-    EXPECT_EQ(task->Sessid(), tasks_.sessid);
-  }
 }
 
 TEST_F(StatusCommands, RedoBeginsFromNothing) {
@@ -86,7 +69,6 @@ TEST_F(StatusCommands, RedoBeginsFromNothing) {
   EXPECT_EQ(task->childRecord->state, State::Queued);
   EXPECT_EQ(Course(0), "4 KB|||");
   EXPECT_FALSE(fs::exists(record.LocalPath()));
-  EXPECT_EQ(Asked("wake"), 1);
 }
 
 TEST_F(StatusCommands, RedoOfAFinishedTaskKeepsTheLimit) {
@@ -101,7 +83,7 @@ TEST_F(StatusCommands, RedoOfAFinishedTaskKeepsTheLimit) {
   EXPECT_EQ(finished->record->state, State::Finished);
   EXPECT_TRUE(fs::exists(file));
   Choose(1, u"redo"_qs);  // one of the five counts already
-  EXPECT_EQ(Asked("wake"), 1);
+  EXPECT_EQ(Asked("redo"), 1);
 }
 
 TEST_F(StatusCommands, DeleteTakesPartialFilesAlong) {
@@ -122,16 +104,25 @@ TEST_F(StatusCommands, DeleteTakesPartialFilesAlong) {
   }
 }
 
-TEST_F(StatusCommands, DeleteWhileTheWorkerRuns) {
+// What the worker still writes goes behind its end.
+TEST_F(StatusCommands, RedoAndDeleteWhileTheWorkerRuns) {
   TaskPointer held = AddTask(State::Queued, 4, 8);  // as the worker holds it
-  held->BeginRun();
-  Choose(0, u"delete"_qs);
-  EXPECT_EQ(held->record->state, State::Stopped);
+  for (const bool redo : {true, false}) {
+    const auto run = held->BeginRun();
+    const std::string file = MakeFile(*held);
+    Choose(0, redo ? u"redo"_qs : u"delete"_qs);
+    EXPECT_TRUE(run->Stopping() && run->Sockets()->IsCut());
+    EXPECT_EQ(held->record->state, State::Stopped);
+    EXPECT_TRUE(fs::exists(file));
+    held->EndRun();
+    EXPECT_FALSE(fs::exists(file));
+    EXPECT_EQ(held->record->state, redo ? State::Queued : State::Stopped);
+    EXPECT_EQ(held->Bytes(), 0U);
+  }
   // What the worker still says is about a task that is gone, and so is this announcement.
   window_.AddRow(held->id);
   window_.ShowBlock(held->id);
   EndTask(*held, -8194);
-  EXPECT_EQ(held->lastResult, 0);
   EXPECT_EQ(Rows(), 0);
   const std::weak_ptr<TransferTask> task = held;
   held.reset();
@@ -194,8 +185,7 @@ TEST_F(StatusCommands, TheKeyboardReachesThemAll) {
   AddTask(State::Finished);
   const TaskPointer task = AddTask(State::Queued, 1, 2);
   list_->SelectRow(1);
-  QTest::keyClick(list_, Qt::Key_Delete);
-  EXPECT_TRUE(person_.seen.empty()) << "a queued task is left alone";
+  task->BeginRun();
   QTest::keyClick(list_, Qt::Key_F10, Qt::ShiftModifier);
   auto* const menu = window_.findChild<QMenu*>(u"statusMenu"_qs);
   ASSERT_TRUE(menu->isVisible());
@@ -203,7 +193,7 @@ TEST_F(StatusCommands, TheKeyboardReachesThemAll) {
   for (const QAction* action : menu->actions()) {
     enabled += action->isEnabled() ? ToUtf8(action->objectName()) + " " : "";
   }
-  EXPECT_EQ(enabled, "pause openFolder ");
+  EXPECT_EQ(enabled, "pause redo delete openFolder ");
   QTest::keyClick(menu, Qt::Key_Down);
   QTest::keyClick(menu, Qt::Key_Return);
   EXPECT_EQ(task->record->state, State::Stopped);

@@ -6,6 +6,7 @@
 
 #include <filesystem>
 
+#include "localdata/files.h"
 #include "tests/support/temporary_folder.h"
 
 namespace updown::test {

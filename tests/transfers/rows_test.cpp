@@ -16,7 +16,7 @@ TEST_F(StatusRows, ShowsAnAnnouncedTask) {
   EXPECT_EQ(task->record->statistics.startBytes, 5000U);
 
   const TaskPointer upload =
-      tasks_.store.AddDownload({"x", "/remote", "sessid", "server", 80}, "/local", true);
+      tasks_.store.AddDownload({"x", "/remote", "server", 80}, "/local", true);
   upload->record->direction = 1;
   window_.AddRow(upload->id);
   EXPECT_EQ(Cell(1, Column::SourceEnd), "/local");
@@ -27,7 +27,6 @@ TEST_F(StatusRows, FollowsATransferToItsEnd) {
   const TaskPointer task = AddTask(State::Queued, 0, 4096 * 10);
   window_.ShowStarted(task->id);
   EXPECT_EQ(Course(0), "Processing ...|||");
-  EXPECT_EQ(task->lastResult, 0);
 
   ticks_.now += 1000;
   task->record->doneBytes = 4096;
@@ -67,37 +66,38 @@ TEST_F(StatusRows, ShowsACodeUnlessTheTaskStoppedOrFinished) {
     State state;
     int code;
     std::string transferred;
-    std::uint32_t after = 1;  // milliseconds since the last sample
-    bool remembered = true;
+    int systemError = 0;
   } cases[] = {
       {State::Failed, result::kConnection, "Network error. Please check your network connection."},
       {State::Failed, -result::kInterrupted, "Network session interrupted. Please try again."},
-      {State::Failed, result::kNoSuchRemoteFile, "Failed to open file."},
+      {State::Failed, result::kConnection, "The service did not answer in time.", ETIMEDOUT},
+      {State::Failed, result::kFileWrite, "There is not enough room on the disk.", ENOSPC},
+      {State::Failed, result::kFileWrite, "Failed to write to file.", EIO},
+      {State::Failed, result::kNoSuchRemoteFile, "The file is not on the service."},
       {State::Failed, result::kService8210, " "},
       {State::Failed, result::kNotDecodable, "Unknown error."},
       {State::Queued, -1, "Unknown error."},
       {State::Stopped, result::kConnection, "1 KB"},
       {State::Finished, result::kConnection, "1 KB"},
-      {State::Stopped, result::kConnection, "1 KB", 0, false},
-      {State::Finished, result::kConnection, "1 KB", 0, false},
   };
   for (const auto& c : cases) {
     const TaskPointer task = AddTask(c.state, 1024, 2048);
-    ticks_.now += c.after;
-    EndTask(*task, c.code);
-    EXPECT_EQ(Cell(Rows() - 1, Column::Transferred), c.transferred) << c.code;
-    EXPECT_EQ(task->lastResult, c.remembered ? std::abs(c.code) : 0) << c.code << ' ' << c.after;
+    window_.ShowEnded(task->id, {c.code, c.systemError, "/a <path>"});
+    const QModelIndex cell =
+        list_->model()->index(Rows() - 1, static_cast<int>(Column::Transferred));
+    EXPECT_EQ(ToUtf8(cell.data().toString()), c.transferred) << c.code;
+    EXPECT_EQ(cell.data(Qt::ToolTipRole).toString().contains(u"<br>/a &lt;path&gt;<br>"_qs),
+              c.state == State::Failed);
   }
 }
 
 TEST_F(StatusRows, ARestoredFailureTellsItsReason) {
-  const TaskPointer task = tasks_.store.AddDownload({"x", "/x", {}, {}}, "/local/x", true);
+  const TaskPointer task = tasks_.store.AddDownload({"x", "/x", {}}, "/local/x", true);
   task->record->state = State::Failed;
   task->record->resultCode = result::WithoutSign(result::kAuthentication);
   window_.AddRow(task->id);
   EXPECT_EQ(Cell(0, Column::Transferred),
             "Authentication failed, please correct your user name and password.");
-  EXPECT_EQ(task->lastResult, 8198) << "so that Resume opens the session anew";
 }
 
 TEST_F(StatusRows, FindsRowsAfterARemovalAbove) {

@@ -41,9 +41,9 @@ std::string Enabled(TransferState state, bool running, bool bytesMoved) {
 TEST(MenuRules, OffersWhatAStateAllows) {
   using State = TransferState;
   for (const bool other : {false, true}) {
-    EXPECT_EQ(Enabled(State::Queued, other, false), "");
-    EXPECT_EQ(Enabled(State::Queued, other, true), "Po");
-    EXPECT_EQ(Enabled(State::Stopped, true, other), "o");
+    EXPECT_EQ(Enabled(State::Queued, other, false), other ? "PdD" : "PD");
+    EXPECT_EQ(Enabled(State::Queued, other, true), other ? "PdDo" : "PDo");
+    EXPECT_EQ(Enabled(State::Stopped, true, other), "Do");
     EXPECT_EQ(Enabled(State::Stopped, false, other), "RdDo");
     EXPECT_EQ(Enabled(State::Finished, other, true), "dDFoM");
     EXPECT_EQ(Enabled(State::Failed, other, false), "RdDo");

@@ -31,14 +31,17 @@ class FakeTasks : public TransferTasks {
  public:
   TaskPointer Find(TaskId task) const override { return store.Find(task); }
   bool StreamLimitReached() const override { return store.StreamLimitReached(); }
-  void RemoveTask(TaskId task) override { store.RemoveTask(task); }
-  void TasksChanged() override { log.emplace_back("save"); }
-  std::string Sessid() const override { return sessid; }
-  void WakeScheduler() override { log.emplace_back("wake"); }
+  bool IsTargetInUse(const std::string& path) const override { return store.IsTargetInUse(path); }
+  void PauseTask(TaskId task) override { store.Pause(task); }
+  void ResumeTask(TaskId task) override { store.Resume(task); }
+  void RedoTask(TaskId task) override {
+    log.emplace_back("redo");
+    store.Redo(task);
+  }
+  void DeleteTask(TaskId task) override { store.RemoveTask(task, TaskStore::LocalFiles::Remove); }
 
   Log log;
   LaunchState launch;
-  std::string sessid = "granted";
   TaskStore store{std::make_shared<TaskQueue>(), launch};
 };
 
@@ -51,8 +54,8 @@ class WindowWorld : public ::testing::Test {
   TaskPointer AddTask(State state, std::uint32_t done = 0, std::uint32_t total = 0,
                       bool folder = false) {
     const std::string name = "file" + std::to_string(++made_);
-    TaskPointer task = tasks_.store.AddDownload({name, "/pkg/" + name, "sessid", "server", 80},
-                                                disk_.File(name), true);
+    TaskPointer task =
+        tasks_.store.AddDownload({name, "/pkg/" + name, "server", 80}, disk_.File(name), true);
     task->record->state = state;
     task->record->doneBytes = done;
     task->record->totalBytes = total;

@@ -1,0 +1,90 @@
+#include "engine/file_transfers.h"
+
+#include "service/result_codes.h"
+#include "service/transfer.h"
+
+namespace updown {
+
+TransferResult FileTransfers::Move(TransferRecord& record) {
+  nextBlock_.reset();
+  for (;;) {
+    next_ = Next::Nothing;
+    TransferResult result = RunTaskTransfer(*context_.service, task_.serverName,
+                                            static_cast<std::uint16_t>(task_.serverPort),
+                                            key_.sessid, record, this, run_.Sockets());
+    run_.EndBlock();
+    if (next_ == Next::Nothing) {
+      return result;
+    }
+    if (!GoesOn()) {
+      record.SetStateUnlessStopped(TransferState::Failed);
+      return result;
+    }
+  }
+}
+
+ListingAnswer FileTransfers::List(const std::string& path) {
+  for (;;) {
+    ListingAnswer listing = context_.session->List(path, run_.StopToken());
+    const SessionResult& result = listing.result;
+    next_ = Next::Nothing;
+    if (result.end != SessionResult::End::Failed ||
+        result.report != result::WithoutSign(result::kConnection) ||
+        !TriesAgain({result::kConnection, 0, {}}) || !GoesOn()) {
+      return listing;
+    }
+  }
+}
+
+bool FileTransfers::BeforeBlock(TransferRecord& /*record*/) {
+  if (nextBlock_ && !run_.WaitUntil(*nextBlock_)) {
+    return false;
+  }
+  nextBlock_ = TaskRun::Clock::now() + context_.pace;
+  return run_.BeginBlock();
+}
+
+void FileTransfers::BlockDone(TransferRecord& record) {
+  run_.EndBlock();
+  moved_ = true;
+  renewed_ = false;
+  waited_ = 0;
+  if (record.keepAcrossRestart != 0) {  // else no row shows it, and no list stores it
+    context_.events->BlockDone(task_.id);
+  }
+}
+
+// Before the first block a failure is told at once: somebody may be looking at a wrong name.
+bool FileTransfers::TriesAgain(const TransferResult& failure) {
+  if (run_.Stopping()) {
+    return false;
+  }
+  if (failure.code == result::kAuthentication && !renewed_) {
+    next_ = Next::Renew;
+  } else if (failure.code == result::kConnection && moved_ &&
+             waited_ < context_.reconnectDelays.size()) {
+    next_ = Next::Reconnect;
+  }
+  return next_ != Next::Nothing;
+}
+
+bool FileTransfers::GoesOn() { return next_ == Next::Renew ? Renew() : WaitToReconnect(); }
+
+bool FileTransfers::Renew() {
+  renewed_ = true;
+  const std::optional<SessionKey> key = context_.session->Renew(key_, run_.StopToken());
+  if (key) {
+    key_ = *key;
+  }
+  return key.has_value();
+}
+
+bool FileTransfers::WaitToReconnect() {
+  const auto delay = context_.reconnectDelays[waited_++];
+  if (task_.record->keepAcrossRestart != 0) {
+    context_.events->TaskWaiting(task_.id);
+  }
+  return run_.WaitUntil(TaskRun::Clock::now() + delay);
+}
+
+}  // namespace updown

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+
+#include "engine/scheduler.h"
+#include "service/operations.h"
+
+namespace updown {
+
+// Moves the files of one run of a task, each over as many connections as it takes: the pace, the
+// renewal of a session that the service has forgotten, and new connections for those that were
+// lost. Lives on its worker's thread.
+class FileTransfers final : private TransferProgress {
+ public:
+  FileTransfers(SchedulerContext& context, const TransferTask& task, TaskRun& run)
+      : context_(context), task_(task), run_(run), key_(context.session->Key()) {}
+
+  // How it ended; the record's state tells the same.
+  TransferResult Move(TransferRecord& record);
+  // A folder's listing, with the same patience.
+  ListingAnswer List(const std::string& path);
+
+  bool Stopping() const { return run_.Stopping(); }
+
+ private:
+  enum class Next { Nothing, Renew, Reconnect };
+
+  bool BeforeBlock(TransferRecord& record) override;
+  void BlockDone(TransferRecord& record) override;
+  bool TriesAgain(const TransferResult& failure) override;
+
+  bool GoesOn();
+  bool Renew();
+  bool WaitToReconnect();
+
+  SchedulerContext& context_;
+  const TransferTask& task_;
+  TaskRun& run_;
+  SessionKey key_;
+  bool renewed_ = false;    // and nothing has come since
+  bool moved_ = false;      // a block of this run has come
+  std::size_t waited_ = 0;  // how often since the last block
+  Next next_ = Next::Nothing;
+  std::optional<TaskRun::Clock::time_point> nextBlock_;  // not before
+};
+
+}  // namespace updown

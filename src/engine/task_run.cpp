@@ -1,0 +1,45 @@
+#include "engine/task_run.h"
+
+namespace updown {
+
+bool TaskRun::WaitUntil(Clock::time_point time) {
+  std::unique_lock lock(mutex_);
+  stopped_.wait_until(lock, stop_.get_token(), time, [] { return false; });
+  return !Stopping();
+}
+
+bool TaskRun::BeginBlock() {
+  const std::lock_guard lock(mutex_);
+  inBlock_ = !Stopping();
+  return inBlock_;
+}
+
+void TaskRun::EndBlock() {
+  const std::lock_guard lock(mutex_);
+  inBlock_ = false;
+  cutAt_.reset();
+}
+
+void TaskRun::EndSoon() {
+  stop_.request_stop();
+  const std::lock_guard lock(mutex_);
+  if (inBlock_) {
+    cutAt_ = Clock::now() + kBlockInHand;
+  } else {
+    sockets_.CutAll();
+  }
+}
+
+void TaskRun::Cut() {
+  stop_.request_stop();
+  const std::lock_guard lock(mutex_);
+  cutAt_.reset();
+  sockets_.CutAll();
+}
+
+std::optional<TaskRun::Clock::time_point> TaskRun::CutAt() const {
+  const std::lock_guard lock(mutex_);
+  return cutAt_;
+}
+
+}  // namespace updown

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <optional>
+#include <stop_token>
+
+#include "wire/sockets.h"
+
+namespace updown {
+
+// One run of a task on its worker, and how others bring it to its end. The worker calls what stands
+// first, any thread the rest.
+class TaskRun {
+ public:
+  using Clock = std::chrono::steady_clock;
+
+  // How long a block that is under way may take to its end once the run is to end soon.
+  static constexpr std::chrono::seconds kBlockInHand{5};
+
+  // `workers` (may be null) outlives the run and cuts it along with others.
+  explicit TaskRun(SocketGroup* workers) : sockets_(workers) {}
+
+  // What the run's connections belong to.
+  SocketGroup* Sockets() { return &sockets_; }
+  std::stop_token StopToken() const { return stop_.get_token(); }
+  // Waits; false as soon as the run is to end.
+  bool WaitUntil(Clock::time_point time);
+  // A block is under way from the one to the other. False if the run is to end instead.
+  bool BeginBlock();
+  void EndBlock();
+
+  bool Stopping() const { return stop_.stop_requested(); }
+  // Ends all waits. A block in hand has until CutAt(), everything else is cut at once.
+  void EndSoon();
+  // Ends all waits and connections.
+  void Cut();
+  // When the scheduler is to cut it; nothing as long as no block is waited for.
+  std::optional<Clock::time_point> CutAt() const;
+
+ private:
+  std::stop_source stop_;
+  SocketGroup sockets_;
+  mutable std::mutex mutex_;  // guards what follows
+  std::condition_variable_any stopped_;
+  bool inBlock_ = false;
+  std::optional<Clock::time_point> cutAt_;
+};
+
+}  // namespace updown
