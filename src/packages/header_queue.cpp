@@ -1,5 +1,6 @@
 #include "packages/header_queue.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "engine/package.h"
@@ -14,6 +15,12 @@ void HeaderQueue::FetchFirst(std::vector<std::string> packages) {
 void HeaderQueue::StartOver() {
   next_ = 0;
   Fill();
+}
+
+void HeaderQueue::RowsRemoved(int first, int count) {
+  if (next_ > first) {
+    next_ = std::max(first, next_ - count);
+  }
 }
 
 void HeaderQueue::Fill() {

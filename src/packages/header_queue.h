@@ -22,6 +22,7 @@ class HeaderQueue {
   void FetchFirst(std::vector<std::string> packages);
   // Rows have come, or others than before lack files.
   void StartOver();
+  void RowsRemoved(int first, int count);
   // Begins what may begin.
   void Fill();
   // False if no such fetch was under way.

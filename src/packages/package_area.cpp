@@ -47,7 +47,7 @@ void PackageArea::timerEvent(QTimerEvent* event) {
     GoOn();
   } else if (event->timerId() == askForFiles_.timerId()) {
     askForFiles_.stop();
-    AskForFiles();
+    AskForFiles(AskedBy::Person);
   } else if (event->timerId() == refresh_.timerId()) {
     Refresh(AskedBy::Program);
   } else {
@@ -210,7 +210,7 @@ void PackageArea::HeaderEnded(const std::string& file, bool arrived) {
       RowChanged(*package);
     }
     if (package->Complete() && package->Name() == selected_) {
-      AskForFiles();  // those that were still on their way
+      AskForFiles(AskedBy::Program);  // those that were still on their way
     }
   } else if (arrived) {
     cache_.Delete(file);

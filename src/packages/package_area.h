@@ -150,7 +150,7 @@ class PackageArea final : public QAbstractItemModel {
   void SetConnection(Connection connection);
   void TakeResult(const SessionResult& result, AskedBy by);
 
-  void AskForFiles();
+  void AskForFiles(AskedBy by);
   void DropFilesRequest();
   void OnFilesListed(ListingAnswer answer);
   bool IsHeaderFile(const std::string& file) const;

@@ -59,8 +59,9 @@ void PackageArea::Rename(const std::string& name, const std::string& newName) {
 void PackageArea::OnRenamed(const FolderRename& rename, const std::string& name,
                             const std::string& newName, const ChangeAnswer& answer) {
   EndWork(name);
-  // A file that kept its old name fails behind the folder, which then has its new one.
-  if (answer.result.Done() || answer.failedName.starts_with(rename.newPath)) {
+  // What fails behind the folder itself leaves that with its new name.
+  const bool folderFailed = answer.failedName.empty() || answer.failedName == rename.oldPath;
+  if (answer.result.Done() || !folderFailed) {
     RenameRow(name, newName);
     Q_EMIT PackageRenamed(name, newName);
     Refresh(AskedBy::Program);
@@ -86,6 +87,9 @@ void PackageArea::RenameRow(const std::string& name, const std::string& newName)
     return;
   }
   rows_.Rename(*package, newName);
+  if (listed_.erase(name) != 0) {
+    listed_.insert(newName);  // of a listing from before, still being taken up
+  }
   for (const bool start : {true, false}) {
     if (package->File(start) != HeaderFile::Here) {
       package->File(start) = HeaderFile::Missing;
@@ -120,14 +124,16 @@ void PackageArea::OnPackageRemoved(const std::string& name, const ChangeAnswer& 
     return;
   }
   if (answer.uncertain && name == selected_) {
-    AskForFiles();
+    AskForFiles(AskedBy::Program);
   }
   AfterFailure(answer);
 }
 
 void PackageArea::RemoveFile(const std::string& package, const std::string& file) {
   if (package == selected_) {
-    files_.removing.insert(file);
+    if (!files_.removing.insert(file).second) {
+      return;  // asked for already
+    }
     QTimer::singleShot(times_.quiet, this, &PackageArea::FilesChanged);
   }
   session_.RemoveFile(
@@ -145,7 +151,7 @@ void PackageArea::OnFileRemoved(const std::string& package, const std::string& f
     }
     Q_EMIT FilesChanged();
     if (answer.uncertain || answer.result.end == SessionResult::End::Cancelled) {
-      AskForFiles();
+      AskForFiles(AskedBy::Program);
     }
   }
   if (answer.result.end == SessionResult::End::Failed) {

@@ -27,14 +27,14 @@ void PackageArea::DropFilesRequest() {
   session_.Drop(std::exchange(filesRequest_, 0));
 }
 
-void PackageArea::AskForFiles() {
+void PackageArea::AskForFiles(AskedBy by) {
   DropFilesRequest();
   if (selected_.empty()) {
     return;
   }
   files_.state = PackageFiles::State::Asked;
   filesRequest_ =
-      session_.ListFolder("/" + selected_, ListAgain::No, AskedBy::Person,
+      session_.ListFolder("/" + selected_, ListAgain::No, by,
                           [this](ListingAnswer answer) { OnFilesListed(std::move(answer)); });
   Q_EMIT FilesChanged();
 }

@@ -67,7 +67,7 @@ void PackageArea::OnListed(const ListingAnswer& answer) {
   }
   TakeResult(answer.result, rootAskedBy_);
   if (answer.result.Done() && rootAskedBy_ == AskedBy::Person && !selected_.empty()) {
-    AskForFiles();
+    AskForFiles(AskedBy::Person);
   }
   Q_EMIT ConnectionChanged();
 }
@@ -179,6 +179,9 @@ bool PackageArea::InsertSomeNew() {
   while (!newEntries_.empty() && packages.size() < kRowsAtOnce) {
     auto package = std::make_unique<Package>(std::move(newEntries_.back()));
     newEntries_.pop_back();
+    if (rows_.Has(package->Name())) {
+      continue;  // a rename has given a row this name meanwhile
+    }
     for (const bool start : {true, false}) {
       if (cached_.contains(HeaderFileOf(package->Name(), start))) {
         package->File(start) = HeaderFile::Here;
@@ -187,7 +190,7 @@ bool PackageArea::InsertSomeNew() {
     packages.push_back(std::move(package));
   }
   if (packages.empty()) {
-    return false;
+    return !newEntries_.empty();
   }
   const int count = static_cast<int>(packages.size());
   const int row = std::min(inserted_, rows_.Count());
@@ -202,6 +205,7 @@ bool PackageArea::InsertSomeNew() {
 void PackageArea::RemoveRows(int first, int count) {
   beginRemoveRows(Root(), first, first + count - 1);
   rows_.Remove(first, count);
+  headers_.RowsRemoved(first, count);
   endRemoveRows();
   if (!selected_.empty() && !rows_.Has(selected_)) {
     Select({});

@@ -47,6 +47,7 @@ PackageForm::PackageForm(PackageArea& area, QWidget* parent)
           [this] { attachments_->SetHint(Text(StringId::FilesAsked)); });
   connect(&area_, &PackageArea::SelectionChanged, this, [this] {
     slow_.start();
+    attachments_->SetHint({});  // the one of the package before
     ShowHeader();
     ShowFiles();
   });

@@ -208,11 +208,14 @@ TEST_F(PackageAreaTest, ARenameThatStopsHalfWaySaysWhereAndShowsWhatIsTrue) {
   EXPECT_THAT(Rows(), ElementsAre(kThird));
 
   failed.clear();
-  AddPackage(kSecond);
+  const std::string longer = kThird + "#";
+  AddPackage(longer);
   ASSERT_TRUE(Refresh());
-  area.Rename(kThird, kSecond);
+  const QSignalSpy renamed(&area, &PackageArea::PackageRenamed);
+  area.Rename(longer, kThird);
   ASSERT_TRUE(Await([&] { return failed.size() == 1; }));
-  EXPECT_THAT(Rows(), ElementsAre(kSecond, kThird)) << "never over another package";
+  EXPECT_THAT(Rows(), ElementsAre(longer, kThird)) << "never over another package";
+  EXPECT_EQ(renamed.size(), 0) << "the new name is the beginning of the old one";
 }
 
 TEST_F(PackageAreaTest, WhatTheServiceRefusesToRemoveStays) {
