@@ -29,7 +29,9 @@ void RowUpdates::AddRow(const TaskPointer& task) {
   const bool upload = record.direction == 1;
   texts[0] = FromUtf8(upload ? paths.localPath : paths.remotePath);
   texts[1] = FromUtf8(upload ? paths.remotePath : paths.localPath);
-  texts[2] = FromUtf8(FormatKiloBytes(task->Bytes()));
+  // Until the scheduler has a session and a worker for it.
+  texts[2] = record.state == TransferState::Queued ? Text(StringId::Waiting)
+                                                   : FromUtf8(FormatKiloBytes(task->Bytes()));
   const RowImage first = upload ? RowImage::WaitingUpload : RowImage::WaitingDownload;
   model_.Append(task, std::move(texts), ImageOfState(record.state, record.direction, first));
   if (record.state == TransferState::Failed && record.resultCode != 0) {

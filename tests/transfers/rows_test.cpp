@@ -12,7 +12,7 @@ TEST_F(StatusRows, ShowsAnAnnouncedTask) {
   const TaskPointer task = AddTask(State::Queued, 5000, 10000);
   EXPECT_EQ(Cell(0, Column::SourceEnd), "/pkg/file1");
   EXPECT_EQ(Cell(0, Column::TargetEnd), disk_.File("file1"));
-  EXPECT_EQ(Course(0), "4 KB|||");
+  EXPECT_EQ(Course(0), "Waiting|||");
   EXPECT_EQ(task->record->statistics.startBytes, 5000U);
 
   const TaskPointer upload =
