@@ -122,6 +122,8 @@ void MainWindow::ConnectArea() {
 void MainWindow::MakeShortcuts() {
   const auto* about = new QShortcut(QKeySequence(Qt::Key_F1), this);
   connect(about, &QShortcut::activated, this, [this] { ShowAboutBox(this); });
+  const auto* refresh = new QShortcut(QKeySequence(Qt::Key_F5), this);
+  connect(refresh, &QShortcut::activated, &area_, [this] { area_.Refresh(AskedBy::Person); });
   const auto* tree = new QShortcut(QKeySequence(Qt::Key_F6), this);
   connect(tree, &QShortcut::activated, this, &MainWindow::GoToTreeOrBack);
   const auto* cancel = new QShortcut(QKeySequence(Qt::Key_Escape), this);

@@ -89,7 +89,7 @@ class PackageArea final : public QAbstractItemModel {
   void RemovePackage(const std::string& name);
   void RemoveFile(const std::string& package, const std::string& file);
 
-  // The packages on the screen, top first: their headers are fetched before others.
+  // The packages on the screen: their headers are fetched before others, in this order.
   void FetchFirst(std::vector<std::string> packages) { headers_.FetchFirst(std::move(packages)); }
   // A fetch of FetchHeader has ended; whether the cache has the file now.
   void HeaderEnded(const std::string& file, bool arrived);

@@ -131,8 +131,9 @@ void PackageArea::OnPackageRemoved(const std::string& name, const ChangeAnswer& 
 
 void PackageArea::RemoveFile(const std::string& package, const std::string& file) {
   if (package == selected_) {
+    // Asked for again it would be answered with an error, about a file that has gone as wanted.
     if (!files_.removing.insert(file).second) {
-      return;  // asked for already
+      return;
     }
     QTimer::singleShot(times_.quiet, this, &PackageArea::FilesChanged);
   }

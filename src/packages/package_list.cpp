@@ -1,7 +1,6 @@
 #include "packages/package_list.h"
 
 #include <QHeaderView>
-#include <QKeyEvent>
 #include <QMenu>
 #include <QScopedValueRollback>
 #include <array>
@@ -67,6 +66,7 @@ void PackageList::ShowSelection() {
   if (row.row() != SelectedRow()) {
     SelectRow(row.row());
   }
+  inView_.start(kInViewDelay);
 }
 
 // The first package shows itself.
@@ -112,20 +112,13 @@ void PackageList::ShowConnection(bool slow) {
 }
 
 void PackageList::TellRowsInView() {
-  std::vector<std::string> packages;
+  // The form shows the selected one even where sorting has moved its row out of sight.
+  std::vector<std::string> packages{area_.Selected()};
   for (QModelIndex row = indexAt(QPoint(0, 0));
        row.isValid() && visualRect(row).top() < viewport()->height(); row = indexBelow(row)) {
     packages.push_back(area_.NameAt(columns_.mapToSource(row)));
   }
   area_.FetchFirst(std::move(packages));
-}
-
-void PackageList::keyPressEvent(QKeyEvent* event) {
-  if (event->key() == Qt::Key_F5) {
-    area_.Refresh(AskedBy::Person);
-    return;
-  }
-  RowListView::keyPressEvent(event);
 }
 
 void PackageList::resizeEvent(QResizeEvent* event) {

@@ -23,7 +23,6 @@ class PackageList : public RowListView {
   void rowsInserted(const QModelIndex& parent, int first, int last) override;
   void rowsAboutToBeRemoved(const QModelIndex& parent, int first, int last) override;
   void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
-  void keyPressEvent(QKeyEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
   void scrollContentsBy(int dx, int dy) override;
 

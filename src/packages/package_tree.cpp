@@ -1,7 +1,6 @@
 #include "packages/package_tree.h"
 
 #include <QDropEvent>
-#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QScopedValueRollback>
 #include <QStyledItemDelegate>
@@ -86,14 +85,6 @@ void PackageTree::mouseMoveEvent(QMouseEvent* event) {
   if (event->buttons() == Qt::NoButton) {
     QTreeView::mouseMoveEvent(event);
   }
-}
-
-void PackageTree::keyPressEvent(QKeyEvent* event) {
-  if (event->key() == Qt::Key_F5) {
-    area_.Refresh(AskedBy::Person);
-    return;
-  }
-  QTreeView::keyPressEvent(event);
 }
 
 // A splitter keeps the widget of a closed pane, beside its own area. The keyboard must not reach it

@@ -19,7 +19,6 @@ class PackageTree : public QTreeView {
   void rowsInserted(const QModelIndex& parent, int first, int last) override;
   void rowsAboutToBeRemoved(const QModelIndex& parent, int first, int last) override;
   void mouseMoveEvent(QMouseEvent* event) override;
-  void keyPressEvent(QKeyEvent* event) override;
   void moveEvent(QMoveEvent* event) override;
   void dragEnterEvent(QDragEnterEvent* event) override;
   void dragMoveEvent(QDragMoveEvent* event) override;

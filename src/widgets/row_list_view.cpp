@@ -85,11 +85,11 @@ void RowListView::keyPressEvent(QKeyEvent* event) {
     event->accept();
     return;
   }
-  // A list that was reached with the Tab key has a current row that is not selected yet. Without
-  // this the first arrow key would step over it, and a single row could not be reached at all.
-  const bool vertical = event->key() == Qt::Key_Down || event->key() == Qt::Key_Up;
-  if (vertical && SelectedRow() < 0 && currentIndex().isValid()) {
-    SelectRow(currentIndex().row());
+  // Without this the first arrow key would step over the current row, and a single row could not be
+  // reached at all; nor could the first and last one by Home and End when they are current.
+  const bool step = event->key() == Qt::Key_Down || event->key() == Qt::Key_Up;
+  const bool jump = event->key() == Qt::Key_Home || event->key() == Qt::Key_End;
+  if ((step || jump) && SelectCurrentRow() && step) {
     event->accept();
     return;
   }
@@ -123,7 +123,17 @@ void RowListView::contextMenuEvent(QContextMenuEvent* event) {
   }
 }
 
+// A list that was reached with the Tab key has a current row that is not selected yet.
+bool RowListView::SelectCurrentRow() {
+  if (SelectedRow() >= 0 || !currentIndex().isValid()) {
+    return false;
+  }
+  SelectRow(currentIndex().row());
+  return true;
+}
+
 void RowListView::OpenMenuByKey() {
+  SelectCurrentRow();
   const int row = SelectedRow();
   if (row < 0) {
     return;

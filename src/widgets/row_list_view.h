@@ -40,6 +40,7 @@ class RowListView : public QTreeView, public AccessibleCells {
   void contextMenuEvent(QContextMenuEvent* event) override;
 
  private:
+  bool SelectCurrentRow();  // if none is selected; true if that changed it
   void OpenMenuByKey();
 
   QString hint_;

@@ -40,10 +40,17 @@ TEST(Keyboard, ReachesTheTreeOnlyWhereItCanBeSeen) {
   QTest::keyClick(&window, Qt::Key_F6);
   EXPECT_TRUE(list->hasFocus());
 
-  // A current row that is not selected is where the first arrow key leads.
-  list->selectionModel()->clearSelection();
-  QTest::keyClick(list, Qt::Key_Down);
-  EXPECT_EQ(list->SelectedRow(), 0);
+  // A current row that is not selected is where the first key leads.
+  for (const Qt::Key key : {Qt::Key_Down, Qt::Key_Home}) {
+    list->selectionModel()->clearSelection();
+    QTest::keyClick(list, key);
+    EXPECT_EQ(list->SelectedRow(), 0) << key;
+  }
+
+  auto* const note = window.findChild<QWidget*>(u"packageNotes"_qs);
+  note->setFocus();
+  QTest::keyClick(note, Qt::Key_F5);
+  EXPECT_TRUE(window.Area().Refreshing()) << "wherever the keyboard is";
 }
 
 }  // namespace

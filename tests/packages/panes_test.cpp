@@ -168,7 +168,7 @@ TEST_F(PanesTest, ARefreshKeepsSortingSelectionAndTheFilesOnShow) {
   EXPECT_EQ(list_->SelectedRow(), 1) << "the selection stays with its package";
   AddPackage(kThird);
   PutIntoCache(HeaderFileOf(kThird, true), "f0");
-  QTest::keyClick(list_, Qt::Key_F5);
+  area_->Refresh(AskedBy::Person);
   EXPECT_EQ(Senders(), "f1 f2 ") << "until the answer is there";
   EXPECT_EQ(AttachmentNames().size(), 1U);
   ASSERT_TRUE(Await([this] { return Senders() == "f0 f1 f2 "; }));
