@@ -47,7 +47,7 @@ TaskQueue::Ready& TaskQueue::ReadyOf(const TransferTask& task) {
 
 TaskPointer TaskQueue::FirstOf(Ready& ready) {
   for (auto entry = ready.begin(); entry != ready.end();) {
-    const TaskPointer task = entry->second;
+    TaskPointer task = entry->second;
     const bool runs = task->Running();
     if (!runs || task->record->state != TransferState::Queued) {
       entry = ready.erase(entry);
