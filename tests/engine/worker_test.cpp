@@ -65,21 +65,21 @@ TEST_P(Workers, AForgottenSessionIsRenewedOnceForAll) {
 }
 
 TEST_P(Workers, FaultsEndAsTheyShouldAndLeaveNothingBehind) {
-  using Kind = Fault::Kind;
+  using FaultKind = Fault::Kind;
   const struct {
-    Kind kind;
+    FaultKind kind;
     std::uint32_t message, skip, times;
     int waits;
     int code;
   } cases[] = {
-      {Kind::DropBefore, message::kReadBlock, 0, 1, 0, result::kConnection},
-      {Kind::DropBefore, message::kAttachSession, 0, 1, 0, result::kConnection},
-      {Kind::DropAfter, message::kReadBlock, 0, 1, 1, result::kOk},
-      {Kind::DropBefore, message::kReadBlock, 3, 2, 2, result::kOk},
-      {Kind::DropInside, message::kReadBlock, 3, 3, 2, result::kConnection},
-      {Kind::DropAfter, message::kReadBlock, 1, 6, 6, result::kOk},
-      {Kind::EmptyBlock, message::kReadBlock, 3, 1, 0, result::kNotDecodable},
-      {Kind::BadList, message::kFileInformation, 0, 1, 0, result::kNotDecodable},
+      {FaultKind::DropBefore, message::kReadBlock, 0, 1, 0, result::kConnection},
+      {FaultKind::DropBefore, message::kAttachSession, 0, 1, 0, result::kConnection},
+      {FaultKind::DropAfter, message::kReadBlock, 0, 1, 1, result::kOk},
+      {FaultKind::DropBefore, message::kReadBlock, 3, 2, 2, result::kOk},
+      {FaultKind::DropInside, message::kReadBlock, 3, 3, 2, result::kConnection},
+      {FaultKind::DropAfter, message::kReadBlock, 1, 6, 6, result::kOk},
+      {FaultKind::EmptyBlock, message::kReadBlock, 3, 1, 0, result::kNotDecodable},
+      {FaultKind::BadList, message::kFileInformation, 0, 1, 0, result::kNotDecodable},
   };
   const TaskPointer task = Serve();
   world.Start();
