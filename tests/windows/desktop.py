@@ -113,11 +113,6 @@ class Desktop:
                   X.SubstructureRedirectMask | X.SubstructureNotifyMask)
         wait_until(lambda: self.state(window) == ICONIC, 5)
 
-    def activate(self, window):
-        self.tell(window, "_NET_ACTIVE_WINDOW", [2, X.CurrentTime], self.root,
-                  X.SubstructureRedirectMask | X.SubstructureNotifyMask)
-        return wait_until(lambda: self.is_active(window), 5)
-
     def press(self, *names):
         """One key after the other; what begins with "shift+" is held with it."""
         for name in names:
