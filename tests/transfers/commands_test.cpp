@@ -199,6 +199,7 @@ TEST_F(StatusCommands, TheKeyboardReachesThemAll) {
   EXPECT_EQ(task->record->state, State::Stopped);
   QTest::keyClick(list_, Qt::Key_Delete);
   EXPECT_EQ(Rows(), 1);
+  task->EndRun();
 }
 
 }  // namespace
