@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
+#include <string_view>
 #include <vector>
 
 namespace updown {
@@ -49,8 +50,9 @@ std::string HomeFromUserDatabase() {
   return WithoutTrailingSlash(found->pw_dir);
 }
 
-std::string DataFolderPath() {
-  std::string folder = AbsolutePathVariable("XDG_DATA_HOME");
+// The folder that `variable` names, else `below` in the user's home; empty without either.
+std::string UserFolderPath(const char* variable, std::string_view below) {
+  std::string folder = AbsolutePathVariable(variable);
   if (!folder.empty()) {
     return folder;
   }
@@ -58,7 +60,7 @@ std::string DataFolderPath() {
   if (home.empty()) {
     home = HomeFromUserDatabase();
   }
-  return home.empty() ? home : home + "/.local/share";
+  return home.empty() ? home : home.append(below);
 }
 
 // Makes the folder at an absolute path with all that leads to it.
@@ -71,14 +73,21 @@ bool MakeFolderPath(const std::string& path) {
   return IsFolder(path);
 }
 
-}  // namespace
-
-std::optional<std::string> ApplicationDataFolder() {
-  std::string folder = DataFolderPath();
+std::optional<std::string> Made(std::string folder) {
   if (folder.empty() || !MakeFolderPath(folder)) {
     return std::nullopt;
   }
   return folder;
+}
+
+}  // namespace
+
+std::optional<std::string> ApplicationDataFolder() {
+  return Made(UserFolderPath("XDG_DATA_HOME", "/.local/share"));
+}
+
+std::optional<std::string> StateFolder() {
+  return Made(UserFolderPath("XDG_STATE_HOME", "/.local/state"));
 }
 
 std::string ExecutableFolder() {

@@ -12,6 +12,9 @@ namespace updown {
 // can neither be formed nor made.
 std::optional<std::string> ApplicationDataFolder();
 
+// The same for what the program remembers of its windows: $XDG_STATE_HOME, else ~/.local/state.
+std::optional<std::string> StateFolder();
+
 // Folder of the running program's file.
 std::string ExecutableFolder();
 
