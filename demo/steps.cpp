@@ -11,7 +11,6 @@ namespace updown::demo {
 
 namespace {
 
-constexpr int kSubjectColumn = 3;
 constexpr int kListStatusColumn = 4;
 constexpr int kLinkColumn = 4;
 const QString kSubject = QString::fromLatin1(kWalkSubject);
@@ -86,8 +85,12 @@ const std::map<QString, Leg>& Legs() {
       {QStringLiteral("save"), SaveLeg},     {QStringLiteral("resume"), ResumeLeg},
       {QStringLiteral("steer"), SteerLeg},   {QStringLiteral("steer-again"), SteerAgainLeg},
       {QStringLiteral("stored"), StoredLeg}, {QStringLiteral("limit"), LimitLeg},
-      {QStringLiteral("login"), LoginLeg},   {QStringLiteral("looks"), LooksLeg},
-      {QStringLiteral("dark"), DarkLeg},
+      {QStringLiteral("login"), LoginLeg},   {QStringLiteral("keyboard"), KeyboardLeg},
+      {QStringLiteral("save-all"), SaveAllLeg}, {QStringLiteral("arrange"), ArrangeLeg},
+      {QStringLiteral("arranged"), ArrangedLeg}, {QStringLiteral("plain"), PlainLeg},
+      {QStringLiteral("double"), DoubleLeg}, {QStringLiteral("dark"), DarkLeg},
+      {QStringLiteral("large"), LargeLeg}, {QStringLiteral("right-to-left"), RightToLeftLeg},
+      {QStringLiteral("other-style"), OtherStyleLeg},
   };
   return legs;
 }
