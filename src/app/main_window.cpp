@@ -3,7 +3,6 @@
 #include <QCloseEvent>
 #include <QDeadlineTimer>
 #include <QGuiApplication>
-#include <QShortcut>
 #include <QVBoxLayout>
 #include <chrono>
 
@@ -78,7 +77,6 @@ MainWindow::MainWindow(const LaunchState& launch, FileService& service,
   setAccessibleName(windowTitle());
   setWindowIcon(LoadIcon(Icon::Program));
   resize(kFirstSize);
-  MakeShortcuts();
   CreatePanes();
 }
 
@@ -119,17 +117,6 @@ void MainWindow::ConnectArea() {
           [this](Qt::ApplicationState state) { area_.SetActive(state == Qt::ApplicationActive); });
 }
 
-void MainWindow::MakeShortcuts() {
-  const auto* about = new QShortcut(QKeySequence(Qt::Key_F1), this);
-  connect(about, &QShortcut::activated, this, [this] { ShowAboutBox(this); });
-  const auto* refresh = new QShortcut(QKeySequence(Qt::Key_F5), this);
-  connect(refresh, &QShortcut::activated, &area_, [this] { area_.Refresh(AskedBy::Person); });
-  const auto* tree = new QShortcut(QKeySequence(Qt::Key_F6), this);
-  connect(tree, &QShortcut::activated, this, &MainWindow::GoToTreeOrBack);
-  const auto* cancel = new QShortcut(QKeySequence(Qt::Key_Escape), this);
-  connect(cancel, &QShortcut::activated, &area_, &PackageArea::Cancel);
-}
-
 void MainWindow::CreatePanes() {
   WatchForSecondStart();
   outer_ = std::make_unique<CMySplitter>(Qt::Horizontal);
@@ -158,6 +145,9 @@ void MainWindow::CreatePanes() {
   ConnectPanes();
   downloads_.RestoreTasks();
   statusWindow_ = std::make_unique<CTransferStatusDlg>(downloads_, SystemTicks());
+  ConnectActions();
+  restored_ = state_.Restore(*this);
+  state_.Restore(*statusWindow_);
   list_->setFocus(Qt::OtherFocusReason);
 }
 
@@ -173,6 +163,21 @@ void MainWindow::ConnectPanes() {
   connect(&area_, &PackageArea::Recovered, notices_,
           [this] { notices_->ClearNotice(NoticeBar::Source::Service); });
   connect(notices_, &NoticeBar::TryAgain, &area_, [this] { area_.Refresh(AskedBy::Person); });
+}
+
+void MainWindow::ConnectActions() {
+  connect(actions_.refresh, &QAction::triggered, &area_,
+          [this] { area_.Refresh(AskedBy::Person); });
+  // FIND: connect(actions_.find, &QAction::triggered, list_, &PackageList::Find);
+  connect(actions_.folderTree, &QAction::triggered, this, &MainWindow::GoToTreeOrBack);
+  connect(actions_.transfers, &QAction::triggered, this, &MainWindow::ShowStatus);
+  connect(actions_.help, &QAction::triggered, this, &MainWindow::ShowHelp);
+  connect(actions_.cancel, &QAction::triggered, &area_, &PackageArea::Cancel);
+  for (QWidget* pane : {static_cast<QWidget*>(list_), static_cast<QWidget*>(tree_),
+                        static_cast<QWidget*>(&form_->Attachments())}) {
+    actions_.AddTo(*pane);
+  }
+  statusWindow_->addActions({actions_.transfers, actions_.help});
 }
 
 void MainWindow::LayOutPanes() {
@@ -199,10 +204,11 @@ void MainWindow::GoToTreeOrBack() {
 
 void MainWindow::showEvent(QShowEvent* event) {
   QMainWindow::showEvent(event);
-  // Before it is shown a splitter knows no size of its own to divide.
-  if (!laidOut_) {
-    laidOut_ = true;
-    LayOutPanes();
+  if (!onScreen_) {
+    onScreen_ = true;
+    if (!restored_) {
+      LayOutPanes();  // before it is shown a splitter knows no size of its own to divide
+    }
     firstListing_.start(kFirstListingDelay, this);
   }
 }
@@ -234,8 +240,19 @@ void MainWindow::Raise() {
 
 void MainWindow::closeEvent(QCloseEvent* event) {
   event->accept();
-  hide();
+  LeaveScreen();
   Q_EMIT Closed();
+}
+
+void MainWindow::LeaveScreen() {
+  if (isVisible()) {
+    state_.Take(*this);
+    state_.Take(*statusWindow_);
+  }
+  hide();
+  if (statusWindow_) {
+    statusWindow_->hide();
+  }
 }
 
 bool MainWindow::ShutDown() {
@@ -244,10 +261,8 @@ bool MainWindow::ShutDown() {
   }
   secondStart_.reset();
   firstListing_.stop();
-  hide();
-  if (statusWindow_) {
-    statusWindow_->hide();
-  }
+  LeaveScreen();
+  state_.BeginSave();
   keeper_.BeginEnd();
   mainThread_.Close();
   const QDeadlineTimer deadline(kStopLimit);
@@ -259,6 +274,7 @@ bool MainWindow::ShutDown() {
     cache_.RemoveUnfinished();
   }
   keeper_.WaitForEnd();
+  threadsEnded_ = state_.WaitForEnd() && *threadsEnded_;
   Tasks().Clear();
   statusWindow_.reset();
   return *threadsEnded_;
@@ -270,6 +286,28 @@ void MainWindow::ShowStatus() {
     statusWindow_->raise();
     statusWindow_->activateWindow();
   }
+}
+
+// A pane's own commands stand in front of those of the window.
+void MainWindow::ShowHelp() {
+  const QList<QAction*> common = actions();
+  QList<HelpKeys> keys{HelpKeys(Text(StringId::HelpEverywhere), common)};
+  for (QWidget* pane : {static_cast<QWidget*>(list_), static_cast<QWidget*>(tree_),
+                        static_cast<QWidget*>(&form_->Attachments())}) {
+    QList<QAction*> own = pane->actions();
+    own.removeIf([&common](QAction* action) { return common.contains(action); });
+    if (HelpKeys ofPane(pane->accessibleName(), own); !ofPane.rows.isEmpty()) {
+      keys.append(ofPane);
+    }
+  }
+  HelpKeys lists(Text(StringId::HelpAllLists), {});
+  lists.Add(QKeySequence(Qt::Key_Menu), Text(StringId::HelpMenuKey));
+  keys.append(lists);
+  if (help_ == nullptr) {
+    help_ = new HelpWindow(this);
+    help_->addActions({actions_.transfers, actions_.help});
+  }
+  help_->Open(keys);
 }
 
 }  // namespace updown
