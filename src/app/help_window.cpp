@@ -15,7 +15,7 @@ namespace updown {
 namespace {
 
 // Of the first page that is shown: room for the longest row of the keys, and for most of them.
-constexpr int kFirstColumns = 64;
+constexpr int kFirstColumns = 90;
 constexpr int kFirstLines = 34;
 
 QString Element(const QString& name, const QString& content) {
@@ -33,8 +33,9 @@ QString PlainText(const QAction& action) {
 QString TableOf(const HelpKeys& keys) {
   QString rows;
   for (const auto& [key, what] : keys.rows) {
-    rows += u"<tr><td style=\"white-space: nowrap; padding-right: 16px\"><b>%1</b></td>"
-            u"<td width=\"100%\">%2</td></tr>"_qs.arg(key.toHtmlEscaped(), what.toHtmlEscaped());
+    rows +=
+        u"<tr><td style=\"white-space: nowrap; padding-right: 16px\"><b>%1</b></td>"
+        u"<td width=\"100%\">%2</td></tr>"_qs.arg(key.toHtmlEscaped(), what.toHtmlEscaped());
   }
   return Element(u"h4"_qs, keys.place.toHtmlEscaped()) +
          u"<table cellpadding=\"2\">%1</table>"_qs.arg(rows);

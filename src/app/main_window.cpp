@@ -4,6 +4,7 @@
 #include <QDeadlineTimer>
 #include <QGuiApplication>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <chrono>
 
 #include "app/about_box.h"
@@ -26,7 +27,8 @@ namespace {
 
 constexpr QSize kFirstSize{960, 720};
 constexpr int kFirstListingDelay = 100;  // ms: the window is on the screen by then
-constexpr int kTreeWidth = 200;          // when the keyboard opens it
+constexpr int kTreeWidth = 200;          // when the keyboard opens it, at most half the window
+constexpr int kLeastLines = 4;           // of list and form, however low the window is
 // With the windows' own end this keeps the whole exit below two seconds.
 constexpr std::chrono::milliseconds kStopLimit{1500};
 
@@ -181,6 +183,9 @@ void MainWindow::ConnectActions() {
 }
 
 void MainWindow::LayOutPanes() {
+  for (QWidget* pane : {static_cast<QWidget*>(list_), static_cast<QWidget*>(form_)}) {
+    pane->setMinimumHeight(kLeastLines * pane->fontMetrics().lineSpacing());
+  }
   const PaneHeights heights = PaneHeightsOf(height());
   outer_->setStretchFactor(0, 0);
   outer_->setStretchFactor(1, 1);
@@ -197,7 +202,8 @@ void MainWindow::GoToTreeOrBack() {
     return;
   }
   if (outer_->sizes().constFirst() == 0) {
-    outer_->setSizes({kTreeWidth, outer_->width() - kTreeWidth});
+    const int width = std::min(kTreeWidth, outer_->width() / 2);
+    outer_->setSizes({width, outer_->width() - width});
   }
   tree_->setFocus(Qt::ShortcutFocusReason);
 }

@@ -5,9 +5,9 @@
 
 namespace updown {
 
-// The commands of the main window, each made once: they work wherever the keyboard is in that window
-// and stand in the menu of each pane. Made in `window`, which owns them; what they do is connected
-// by the owner. Object names: those of the members, with "Action" behind.
+// The commands of the main window, each made once: they work wherever the keyboard is in that
+// window and stand in the menu of each pane. Made in `window`, which owns them; what they do is
+// connected by the owner. Object names: those of the members, with "Action" behind.
 struct WindowActions {
   explicit WindowActions(QWidget& window);
 
