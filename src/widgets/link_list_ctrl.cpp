@@ -55,6 +55,7 @@ class LinkDelegate : public QStyledItemDelegate {
 CLinkListCtrl::CLinkListCtrl(QWidget* parent) : RowListView(parent) {
   setHeaderHidden(true);
   setMouseTracking(true);
+  viewport()->installEventFilter(this);
   setItemDelegate(new LinkDelegate(this));
   // Later, because the screen reader waits for the answer to its call, and the owner may open a
   // dialog.
@@ -207,9 +208,9 @@ void CLinkListCtrl::keyPressEvent(QKeyEvent* event) {
   RowListView::keyPressEvent(event);
 }
 
-bool CLinkListCtrl::viewportEvent(QEvent* event) {
-  if (event->type() != QEvent::ToolTip) {
-    return RowListView::viewportEvent(event);
+bool CLinkListCtrl::eventFilter(QObject* watched, QEvent* event) {
+  if (event->type() != QEvent::ToolTip || watched != viewport()) {
+    return RowListView::eventFilter(watched, event);
   }
   const auto* help = static_cast<QHelpEvent*>(event);
   if (!ShowTip(help->pos(), help->globalPos())) {
