@@ -14,9 +14,9 @@ namespace {
 constexpr int kTipWidth = 300;
 
 // Draws link cells: the row's background by the style, the text at LinkTextRect.
-class LinkDelegate : public QStyledItemDelegate {
+class OldLinkDelegate : public QStyledItemDelegate {
  public:
-  explicit LinkDelegate(CLinkListCtrl* list) : QStyledItemDelegate(list), list_(list) {}
+  explicit OldLinkDelegate(CLinkListCtrl* list) : QStyledItemDelegate(list), list_(list) {}
 
   void paint(QPainter* painter, const QStyleOptionViewItem& option,
              const QModelIndex& index) const override {
@@ -56,7 +56,7 @@ CLinkListCtrl::CLinkListCtrl(QWidget* parent) : RowListView(parent) {
   setHeaderHidden(true);
   setMouseTracking(true);
   viewport()->installEventFilter(this);
-  setItemDelegate(new LinkDelegate(this));
+  setItemDelegate(new OldLinkDelegate(this));
   // Later, because the screen reader waits for the answer to its call, and the owner may open a
   // dialog.
   connect(this, &CLinkListCtrl::CellPressed, this, &CLinkListCtrl::CellClicked,
