@@ -20,7 +20,7 @@ double Luminance(const QColor& color) {
 }
 
 double Contrast(const QColor& one, const QColor& other) {
-  const auto [dark, light] = std::minmax(Luminance(one), Luminance(other));
+  const auto [dark, light] = std::minmax({Luminance(one), Luminance(other)});
   return (light + 0.05) / (dark + 0.05);
 }
 
@@ -58,8 +58,7 @@ void LinkDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelInd
   option->font.setUnderline(true);
   const QColor color =
       index == hovered_ ? QColor(Qt::red) : option->palette.color(QPalette::Active, QPalette::Link);
-  option->palette.setColor(QPalette::Text,
-                           Readable(color, option->palette.color(QPalette::Base)));
+  option->palette.setColor(QPalette::Text, Readable(color, option->palette.color(QPalette::Base)));
 }
 
 QRect LinkDelegate::LinkRect(const QModelIndex& index) const {
@@ -77,8 +76,8 @@ QRect LinkDelegate::LinkRect(const QModelIndex& index) const {
   const QRect label = style->subElementRect(QStyle::SE_ItemViewItemText, &option, view_)
                           .adjusted(margin, 0, -margin, 0);
   const QSize text = option.fontMetrics.size(Qt::TextSingleLine, option.text);
-  return QStyle::alignedRect(option.direction, option.displayAlignment, text.boundedTo(label.size()),
-                             label);
+  return QStyle::alignedRect(option.direction, option.displayAlignment,
+                             text.boundedTo(label.size()), label);
 }
 
 bool LinkDelegate::eventFilter(QObject* watched, QEvent* event) {
@@ -105,7 +104,8 @@ bool LinkDelegate::eventFilter(QObject* watched, QEvent* event) {
 
 bool LinkDelegate::IsSecondClick(const QEvent& event) {
   if (event.type() == QEvent::MouseButtonDblClick) {
-    secondClick_ = IsLink(view_->indexAt(static_cast<const QMouseEvent&>(event).position().toPoint()));
+    secondClick_ =
+        IsLink(view_->indexAt(static_cast<const QMouseEvent&>(event).position().toPoint()));
     return secondClick_;
   }
   return event.type() == QEvent::MouseButtonRelease && std::exchange(secondClick_, false);

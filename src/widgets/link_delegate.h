@@ -24,8 +24,8 @@ class LinkDelegate : public QStyledItemDelegate {
   QModelIndex HoveredLink() const { return hovered_; }
 
  Q_SIGNALS:
-  // A click on the link's cell, or a press by a screen reader; its row is selected by then. A double
-  // click on a link is one click, and no doubleClicked() or activated() of the view.
+  // A click on the link's cell, or a press by a screen reader; its row is selected by then. A
+  // double click on a link is one click, and no doubleClicked() or activated() of the view.
   void Activated(const QModelIndex& index);
 
  protected:
