@@ -31,6 +31,7 @@ constexpr int kTreeWidth = 200;          // when the keyboard opens it, at most 
 constexpr int kLeastLines = 4;           // of list and form, however low the window is
 // With the windows' own end this keeps the whole exit below two seconds.
 constexpr std::chrono::milliseconds kStopLimit{1500};
+constexpr std::chrono::milliseconds kLastWait{100};  // for what has had that time already
 
 // What is no number, or more than an hour, changes nothing.
 std::chrono::milliseconds PaceFromEnvironment() {
@@ -75,6 +76,7 @@ MainWindow::MainWindow(const LaunchState& launch, FileService& service,
   LoadStoredTasks();
   ConnectEngine();
   ConnectArea();
+  ConnectNotifications();
   setWindowTitle(Text(StringId::FrameTitle));
   setAccessibleName(windowTitle());
   setWindowIcon(LoadIcon(Icon::Program));
@@ -116,7 +118,11 @@ void MainWindow::ConnectArea() {
   connect(&area_, &PackageArea::PackageRenamed, &downloads_, &Downloads::FollowRename);
   connect(&commands_, &PackageCommands::TransfersWanted, this, &MainWindow::ShowStatus);
   connect(qGuiApp, &QGuiApplication::applicationStateChanged, &area_,
-          [this](Qt::ApplicationState state) { area_.SetActive(state == Qt::ApplicationActive); });
+          [this](Qt::ApplicationState state) {
+            const bool active = state == Qt::ApplicationActive;
+            area_.SetActive(active);
+            notifications_.SetActive(active);
+          });
 }
 
 void MainWindow::CreatePanes() {
@@ -269,6 +275,7 @@ bool MainWindow::ShutDown() {
   firstListing_.stop();
   LeaveScreen();
   state_.BeginSave();
+  notifications_.BeginEnd();
   keeper_.BeginEnd();
   mainThread_.Close();
   const QDeadlineTimer deadline(kStopLimit);
@@ -280,7 +287,8 @@ bool MainWindow::ShutDown() {
     cache_.RemoveUnfinished();
   }
   keeper_.WaitForEnd();
-  threadsEnded_ = state_.WaitForEnd() && *threadsEnded_;
+  const bool told = notifications_.WaitForEnd(kLastWait);
+  threadsEnded_ = state_.WaitForEnd() && told && *threadsEnded_;
   Tasks().Clear();
   statusWindow_.reset();
   return *threadsEnded_;

@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 
+#include "app/desktop_notifications.h"
 #include "app/downloads.h"
 #include "app/help_window.h"
 #include "app/task_list_keeper.h"
@@ -62,6 +63,7 @@ class MainWindow final : public QMainWindow, private EngineEvents {
   void LoadStoredTasks();
   void ConnectEngine();
   void ConnectArea();
+  void ConnectNotifications();
   void CreatePanes();
   void ConnectPanes();
   void ConnectActions();
@@ -79,6 +81,7 @@ class MainWindow final : public QMainWindow, private EngineEvents {
   void TaskWaiting(TaskId task) noexcept override;
   void TaskEnded(TaskId task, const TransferResult& result) noexcept override;
   void SaveNeeded() noexcept override;
+  void NotifyOfEnd(const TransferRecord& record);
   void OnSavingChanged(int error);
   void ShowAddedTask(TaskId task);
   void ShowRestoredTask(TaskId task);
@@ -108,7 +111,9 @@ class MainWindow final : public QMainWindow, private EngineEvents {
   PackageForm* form_ = nullptr;
   std::unique_ptr<CTransferStatusDlg> statusWindow_;
 
+  DesktopNotifications notifications_;
   QBasicTimer firstListing_;
+  bool listedOnce_ = false;
   std::optional<QSocketNotifier> secondStart_;
   WindowState state_;
   bool restored_ = false;  // the panes have the sizes that they had at the last end
