@@ -56,8 +56,9 @@ void FieldValue::paintEvent(QPaintEvent* event) {
   QPainter painter(this);
   const QRect area = TextRect();
   painter.setPen(palette().color(QPalette::Text));
-  painter.drawText(area, static_cast<int>(Qt::AlignVCenter | Qt::TextSingleLine) |
-                             static_cast<int>(QStyle::visualAlignment(layoutDirection(), Qt::AlignLeft)),
+  painter.drawText(area,
+                   static_cast<int>(Qt::AlignVCenter | Qt::TextSingleLine) |
+                       static_cast<int>(QStyle::visualAlignment(layoutDirection(), Qt::AlignLeft)),
                    fontMetrics().elidedText(text(), Qt::ElideRight, area.width()));
 }
 

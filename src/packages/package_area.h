@@ -69,8 +69,8 @@ class PackageArea final : public QAbstractItemModel {
   enum class Connection {
     Connecting,  // nothing has been listed yet, or the user has asked to try again
     There,
-    Lost,        // the last request failed; rows stay
-    GivenUp,     // somebody has cancelled what was to connect
+    Lost,     // the last request failed; rows stay
+    GivenUp,  // somebody has cancelled what was to connect
   };
   Connection State() const { return connection_; }
   bool Refreshing() const { return rootRequest_ != 0; }
@@ -200,7 +200,7 @@ class PackageArea final : public QAbstractItemModel {
   int inserted_ = 0;
   int readFrom_ = -1;  // row at which reading headers goes on; -1: nobody waits for it
 
-  std::vector<Session::RequestId> changes_;       // all that were asked for
+  std::vector<Session::RequestId> changes_;      // all that were asked for
   std::unordered_set<std::string> formerNames_;  // of packages that were renamed in this run
   SeenPackages seen_;
   std::string selected_;

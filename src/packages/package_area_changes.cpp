@@ -52,9 +52,10 @@ void PackageArea::Rename(const std::string& name, const std::string& newName) {
     }
   }
   BeginWork(*package, PackageWork::Renaming);
-  changes_.push_back(session_.Rename(rename, [this, rename, name, newName](const ChangeAnswer& answer) {
-    OnRenamed(rename, name, newName, answer);
-  }));
+  changes_.push_back(
+      session_.Rename(rename, [this, rename, name, newName](const ChangeAnswer& answer) {
+        OnRenamed(rename, name, newName, answer);
+      }));
 }
 
 void PackageArea::OnRenamed(const FolderRename& rename, const std::string& name,
@@ -75,11 +76,11 @@ void PackageArea::OnRenamed(const FolderRename& rename, const std::string& name,
 void PackageArea::RenameInCache(const FolderRename& rename, const std::string& failedName) const {
   bool done = true;
   for (const auto& file : rename.files) {
-    done = done && failedName != rename.newPath + "/" + file.first;
+    done = done && failedName != rename.newPath + "/" + file.oldName;
     if (done) {
-      cache_.Rename(file.first, file.second);
+      cache_.Rename(file.oldName, file.newName);
     } else {
-      cache_.Delete(file.first);
+      cache_.Delete(file.oldName);
     }
   }
 }

@@ -8,9 +8,9 @@
 
 namespace updown {
 
-// The area as the list shows it: all columns but the name, sorted and filtered as the user wants it,
-// by the texts without regard to case. With very many packages both wait until the headers have been
-// read.
+// The area as the list shows it: all columns but the name, sorted and filtered as the user wants
+// it, by the texts without regard to case. With very many packages both wait until the headers have
+// been read.
 class PackageListColumns : public QSortFilterProxyModel {
   Q_OBJECT
 

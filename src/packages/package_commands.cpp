@@ -15,13 +15,12 @@ constexpr int kLongestSubject = 60;
 
 // As the list shows it and as the tree does.
 QString Title(const PackageArea& area, const std::string& name) {
-  QString subject =
-      area.IndexOf(name, package_column::kSubject).data().toString().simplified();
+  QString subject = area.IndexOf(name, package_column::kSubject).data().toString().simplified();
   if (subject.size() > kLongestSubject) {
     subject = subject.left(kLongestSubject) + u'…';
   }
   const QString folder = FromUtf8(name);
-  return subject.isEmpty() ? folder : subject + u" (" + folder + u')';
+  return subject.isEmpty() ? folder : subject + u" ("_qs + folder + u')';
 }
 
 }  // namespace
@@ -93,9 +92,9 @@ void PackageCommands::DeleteFiles(const std::vector<AttachmentRecord>& files) {
   if (files.empty()) {
     return;
   }
-  const QString question =
-      files.size() == 1 ? Text(StringId::AskDeleteFile).arg(FromUtf8(files.front().Name()))
-                        : Text(StringId::AskDeleteFiles).arg(files.size());
+  const QString question = files.size() == 1
+                               ? Text(StringId::AskDeleteFile).arg(FromUtf8(files.front().Name()))
+                               : Text(StringId::AskDeleteFiles).arg(files.size());
   if (!Ask(question, StringId::MenuPackageDelete)) {
     return;
   }
@@ -111,7 +110,8 @@ bool PackageCommands::MayDelete(const AttachmentRecord& file) {
   const bool safe = IsSafeName(file.Name());
   const bool fits = FitsPath(file.Path());
   if (!safe || !fits) {
-    Report(static_cast<std::uint32_t>(safe ? StringId::InvalidParameters : StringId::BadCharacters));
+    Report(
+        static_cast<std::uint32_t>(safe ? StringId::InvalidParameters : StringId::BadCharacters));
   }
   return safe && fits;
 }

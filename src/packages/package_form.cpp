@@ -16,7 +16,7 @@ constexpr int kLeastLines = 4;  // of notes and attachments, and of the pane its
 struct Field {
   StringId label;
   const char* name;
-  std::u16string PackageHeader::* value;
+  std::u16string PackageHeader::*value;
   int row;
   int column;
   int columns;
@@ -113,8 +113,8 @@ void PackageForm::ShowHeader() {
   if (notes_->toPlainText() != notes) {
     notes_->setPlainText(notes);
   }
-  const bool complete = area_.Selected().empty() ? !attachmentGroup_->isHidden()
-                                                 : area_.SelectedIsComplete();
+  const bool complete =
+      area_.Selected().empty() ? !attachmentGroup_->isHidden() : area_.SelectedIsComplete();
   attachmentGroup_->setVisible(complete);
   onTheWay_->setVisible(!complete);
 }

@@ -105,9 +105,8 @@ void SeenPackages::FollowListing(const std::unordered_set<std::string>& listed) 
   if (!names_) {
     names_ = listed;
     Changed();
-  } else if (std::erase_if(*names_, [&listed](const auto& name) {
-               return !listed.contains(name);
-             }) != 0) {
+  } else if (std::erase_if(*names_,
+                           [&listed](const auto& name) { return !listed.contains(name); }) != 0) {
     Changed();
   }
 }
