@@ -3,8 +3,8 @@
 #include <QCloseEvent>
 #include <QDeadlineTimer>
 #include <QGuiApplication>
-#include <QShortcut>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <chrono>
 
 #include "app/about_box.h"
@@ -28,7 +28,8 @@ namespace {
 
 constexpr QSize kFirstSize{960, 720};
 constexpr int kFirstListingDelay = 100;  // ms: the window is on the screen by then
-constexpr int kTreeWidth = 200;          // when the keyboard opens it
+constexpr int kTreeWidth = 200;          // when the keyboard opens it, at most half the window
+constexpr int kLeastLines = 4;           // of list and form, however low the window is
 // With the windows' own end this keeps the whole exit below two seconds.
 constexpr std::chrono::milliseconds kStopLimit{1500};
 
@@ -50,8 +51,8 @@ std::string SeenPackagesPath(const std::string& identityHash) {
   if (!folder) {
     return {};
   }
-  MakeFolder(*folder + "/oxapp");
-  return *folder + "/oxapp/" + identityHash + ".seen";
+  MakeFolder(*folder + "/updown");
+  return *folder + "/updown/" + identityHash + ".seen";
 }
 
 std::shared_ptr<SchedulerContext> MakeContext(const FileService& service) {
@@ -89,7 +90,6 @@ MainWindow::MainWindow(const LaunchState& launch, FileService& service,
   setAccessibleName(windowTitle());
   setWindowIcon(LoadIcon(Icon::Program));
   resize(kFirstSize);
-  MakeShortcuts();
   CreatePanes();
 }
 
@@ -130,17 +130,6 @@ void MainWindow::ConnectArea() {
           [this](Qt::ApplicationState state) { area_.SetActive(state == Qt::ApplicationActive); });
 }
 
-void MainWindow::MakeShortcuts() {
-  const auto* about = new QShortcut(QKeySequence(Qt::Key_F1), this);
-  connect(about, &QShortcut::activated, this, [this] { ShowAboutBox(this); });
-  const auto* refresh = new QShortcut(QKeySequence(Qt::Key_F5), this);
-  connect(refresh, &QShortcut::activated, &area_, [this] { area_.Refresh(AskedBy::Person); });
-  const auto* tree = new QShortcut(QKeySequence(Qt::Key_F6), this);
-  connect(tree, &QShortcut::activated, this, &MainWindow::GoToTreeOrBack);
-  const auto* cancel = new QShortcut(QKeySequence(Qt::Key_Escape), this);
-  connect(cancel, &QShortcut::activated, &area_, &PackageArea::Cancel);
-}
-
 void MainWindow::CreatePanes() {
   WatchForSecondStart();
   outer_ = std::make_unique<CMySplitter>(Qt::Horizontal);
@@ -171,6 +160,9 @@ void MainWindow::CreatePanes() {
   ConnectPanes();
   downloads_.RestoreTasks();
   statusWindow_ = std::make_unique<CTransferStatusDlg>(downloads_, SystemTicks());
+  ConnectActions();
+  restored_ = state_.Restore(*this);
+  state_.Restore(*statusWindow_);
   list_->setFocus(Qt::OtherFocusReason);
 }
 
@@ -183,7 +175,25 @@ void MainWindow::ConnectPanes() {
   connect(notices_, &NoticeBar::TryAgain, &area_, [this] { area_.Refresh(AskedBy::Person); });
 }
 
+void MainWindow::ConnectActions() {
+  connect(actions_.refresh, &QAction::triggered, &area_,
+          [this] { area_.Refresh(AskedBy::Person); });
+  connect(actions_.find, &QAction::triggered, packages_, &PackagePane::Find);
+  connect(actions_.folderTree, &QAction::triggered, this, &MainWindow::GoToTreeOrBack);
+  connect(actions_.transfers, &QAction::triggered, this, &MainWindow::ShowStatus);
+  connect(actions_.help, &QAction::triggered, this, &MainWindow::ShowHelp);
+  connect(actions_.cancel, &QAction::triggered, &area_, &PackageArea::Cancel);
+  for (QWidget* pane : {static_cast<QWidget*>(list_), static_cast<QWidget*>(tree_),
+                        static_cast<QWidget*>(&form_->Attachments())}) {
+    actions_.AddTo(*pane);
+  }
+  statusWindow_->addActions({actions_.transfers, actions_.help});
+}
+
 void MainWindow::LayOutPanes() {
+  for (QWidget* pane : {static_cast<QWidget*>(list_), static_cast<QWidget*>(form_)}) {
+    pane->setMinimumHeight(kLeastLines * pane->fontMetrics().lineSpacing());
+  }
   const PaneHeights heights = PaneHeightsOf(height());
   outer_->setStretchFactor(0, 0);
   outer_->setStretchFactor(1, 1);
@@ -200,17 +210,19 @@ void MainWindow::GoToTreeOrBack() {
     return;
   }
   if (outer_->sizes().constFirst() == 0) {
-    outer_->setSizes({kTreeWidth, outer_->width() - kTreeWidth});
+    const int width = std::min(kTreeWidth, outer_->width() / 2);
+    outer_->setSizes({width, outer_->width() - width});
   }
   tree_->setFocus(Qt::ShortcutFocusReason);
 }
 
 void MainWindow::showEvent(QShowEvent* event) {
   QMainWindow::showEvent(event);
-  // Before it is shown a splitter knows no size of its own to divide.
-  if (!laidOut_) {
-    laidOut_ = true;
-    LayOutPanes();
+  if (!onScreen_) {
+    onScreen_ = true;
+    if (!restored_) {
+      LayOutPanes();  // before it is shown a splitter knows no size of its own to divide
+    }
     firstListing_.start(kFirstListingDelay, this);
   }
 }
@@ -242,8 +254,19 @@ void MainWindow::Raise() {
 
 void MainWindow::closeEvent(QCloseEvent* event) {
   event->accept();
-  hide();
+  LeaveScreen();
   Q_EMIT Closed();
+}
+
+void MainWindow::LeaveScreen() {
+  if (isVisible()) {
+    state_.Take(*this);
+    state_.Take(*statusWindow_);
+  }
+  hide();
+  if (statusWindow_) {
+    statusWindow_->hide();
+  }
 }
 
 bool MainWindow::ShutDown() {
@@ -252,10 +275,8 @@ bool MainWindow::ShutDown() {
   }
   secondStart_.reset();
   firstListing_.stop();
-  hide();
-  if (statusWindow_) {
-    statusWindow_->hide();
-  }
+  LeaveScreen();
+  state_.BeginSave();
   keeper_.BeginEnd();
   mainThread_.Close();
   const QDeadlineTimer deadline(kStopLimit);
@@ -267,6 +288,7 @@ bool MainWindow::ShutDown() {
     cache_.RemoveUnfinished();
   }
   keeper_.WaitForEnd();
+  threadsEnded_ = state_.WaitForEnd() && *threadsEnded_;
   Tasks().Clear();
   statusWindow_.reset();
   return *threadsEnded_;
@@ -278,6 +300,28 @@ void MainWindow::ShowStatus() {
     statusWindow_->raise();
     statusWindow_->activateWindow();
   }
+}
+
+// A pane's own commands stand in front of those of the window.
+void MainWindow::ShowHelp() {
+  const QList<QAction*> common = actions();
+  QList<HelpKeys> keys{HelpKeys(Text(StringId::HelpEverywhere), common)};
+  for (QWidget* pane : {static_cast<QWidget*>(list_), static_cast<QWidget*>(tree_),
+                        static_cast<QWidget*>(&form_->Attachments())}) {
+    QList<QAction*> own = pane->actions();
+    own.removeIf([&common](QAction* action) { return common.contains(action); });
+    if (HelpKeys ofPane(pane->accessibleName(), own); !ofPane.rows.isEmpty()) {
+      keys.append(ofPane);
+    }
+  }
+  HelpKeys lists(Text(StringId::HelpAllLists), {});
+  lists.Add(QKeySequence(Qt::Key_Menu), Text(StringId::HelpMenuKey));
+  keys.append(lists);
+  if (help_ == nullptr) {
+    help_ = new HelpWindow(this);
+    help_->addActions({actions_.transfers, actions_.help});
+  }
+  help_->Open(keys);
 }
 
 }  // namespace updown

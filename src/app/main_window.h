@@ -7,7 +7,10 @@
 #include <optional>
 
 #include "app/downloads.h"
+#include "app/help_window.h"
 #include "app/task_list_keeper.h"
+#include "app/window_actions.h"
+#include "app/window_state.h"
 #include "engine/engine_events.h"
 #include "engine/scheduler.h"
 #include "engine/session.h"
@@ -59,14 +62,16 @@ class MainWindow final : public QMainWindow, private EngineEvents {
   void LoadStoredTasks();
   void ConnectEngine();
   void ConnectArea();
-  void MakeShortcuts();
   void CreatePanes();
   void ConnectPanes();
+  void ConnectActions();
   void LayOutPanes();
   void GoToTreeOrBack();
   void WatchForSecondStart();
   void Raise();
+  void LeaveScreen();
   void ShowStatus();
+  void ShowHelp();
   Session::Post PostToMain();
 
   void TaskStarted(TaskId task) noexcept override;
@@ -93,6 +98,8 @@ class MainWindow final : public QMainWindow, private EngineEvents {
   PackageCommands commands_;
   std::unique_ptr<Scheduler> scheduler_;
 
+  WindowActions actions_{*this};
+  HelpWindow* help_ = nullptr;  // null until it is asked for
   NoticeBar* notices_ = nullptr;
   std::unique_ptr<CMySplitter> outer_;  // tree, and beside it the inner one
   CMySplitter* inner_ = nullptr;        // list above form; panes belong to their splitter
@@ -104,7 +111,9 @@ class MainWindow final : public QMainWindow, private EngineEvents {
 
   QBasicTimer firstListing_;
   std::optional<QSocketNotifier> secondStart_;
-  bool laidOut_ = false;
+  WindowState state_;
+  bool restored_ = false;  // the panes have the sizes that they had at the last end
+  bool onScreen_ = false;
   std::optional<bool> threadsEnded_;  // set by ShutDown
   TaskListKeeper keeper_;
 };

@@ -11,7 +11,7 @@
 namespace updown {
 namespace {
 
-constexpr int kLeastLines = 4;  // of notes and attachments, and of the pane itself
+constexpr int kLeastLines = 4;  // of notes and attachments
 
 struct Field {
   StringId label;
@@ -38,7 +38,6 @@ PackageForm::PackageForm(PackageArea& area, PackageCommands& commands, QWidget* 
       onTheWay_(new QLabel(Text(StringId::FilesOnTheWay))) {
   setObjectName(u"packageForm"_qs);
   setAccessibleName(Text(StringId::PackageFormName));
-  setMinimumHeight(kLeastLines * fontMetrics().lineSpacing());
   setFrameShape(NoFrame);
   setWidgetResizable(true);
   setFocusPolicy(Qt::NoFocus);

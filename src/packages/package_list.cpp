@@ -11,7 +11,6 @@ namespace updown {
 namespace {
 
 constexpr int kInViewDelay = 50;  // ms
-constexpr int kLeastLines = 4;
 
 }  // namespace
 
@@ -25,7 +24,6 @@ PackageList::PackageList(PackageArea& area, PackageCommands& commands, QString s
                          {QKeySequence::Delete})) {
   setObjectName(u"packageList"_qs);
   setAccessibleName(Text(StringId::PackageListName));
-  setMinimumHeight(kLeastLines * fontMetrics().lineSpacing());
   setModel(&columns_);
   setRootIndex(columns_.mapFromSource(area_.Root()));
   setHeader(new ColumnHeader({23, 23, 23, 40, 14}, package_column::kSubject, this));

@@ -9,12 +9,8 @@ namespace updown {
 
 PackagePane::PackagePane(PackageArea& area, PackageCommands& commands, const QString& service,
                          QWidget* parent)
-    : QWidget(parent),
-      line_(new QLineEdit),
-      list_(new PackageList(area, commands, service)),
-      find_(MakeAction(this, StringId::Find, u"find"_qs, {QKeySequence::Find})) {
+    : QWidget(parent), line_(new QLineEdit), list_(new PackageList(area, commands, service)) {
   setObjectName(u"packagePane"_qs);
-  setMinimumHeight(list_->minimumHeight());
   line_->setObjectName(u"findLine"_qs);
   line_->setAccessibleName(Text(StringId::FindPlaceholder));
   line_->setPlaceholderText(line_->accessibleName());
@@ -26,15 +22,14 @@ PackagePane::PackagePane(PackageArea& area, PackageCommands& commands, const QSt
   column->addWidget(line_);
   column->addWidget(list_, 1);
   setFocusProxy(list_);
-  find_->setShortcutContext(Qt::WindowShortcut);
-  list_->addAction(find_);
-  connect(find_, &QAction::triggered, this, [this] {
-    line_->show();
-    line_->setFocus(Qt::ShortcutFocusReason);
-    line_->selectAll();
-  });
   connect(line_, &QLineEdit::textChanged, list_, &PackageList::SetFilter);
   connect(line_, &QLineEdit::returnPressed, list_, [this] { list_->setFocus(); });
+}
+
+void PackagePane::Find() {
+  line_->show();
+  line_->setFocus(Qt::ShortcutFocusReason);
+  line_->selectAll();
 }
 
 void PackagePane::CloseLine() {

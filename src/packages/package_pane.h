@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QAction>
 #include <QLineEdit>
 #include <QWidget>
 
@@ -19,7 +18,7 @@ class PackagePane : public QWidget {
               QWidget* parent = nullptr);
 
   PackageList& List() { return *list_; }
-  QAction* FindAction() { return find_; }  // opens the line; Ctrl+F in the whole window
+  void Find();  // opens the line
 
  protected:
   bool event(QEvent* event) override;
@@ -30,7 +29,6 @@ class PackagePane : public QWidget {
 
   QLineEdit* line_;
   PackageList* list_;
-  QAction* find_;
 };
 
 }  // namespace updown
