@@ -1,6 +1,5 @@
 #include "packages/column_header.h"
 
-#include <QAbstractItemView>
 #include <QEvent>
 
 namespace updown {
@@ -10,10 +9,11 @@ constexpr int kLeastCharacters = 8;
 
 }  // namespace
 
-ColumnHeader::ColumnHeader(std::vector<int> characters, int stretched, QWidget* view)
+ColumnHeader::ColumnHeader(std::vector<int> characters, int stretched, QAbstractItemView* view)
     : QHeaderView(Qt::Horizontal, view), characterWidth_(fontMetrics().averageCharWidth()) {
   setObjectName(u"sortHeader"_qs);
-  setModel(qobject_cast<QAbstractItemView*>(view)->model());
+  setModel(view->model());
+  setRootIndex(view->rootIndex());
   setSectionsClickable(true);
   setSortIndicator(-1, Qt::AscendingOrder);  // else column 0 would be sorted at once
   setStretchLastSection(false);

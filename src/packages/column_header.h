@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QAbstractItemView>
 #include <QHeaderView>
 #include <vector>
 
@@ -11,8 +12,8 @@ class ColumnHeader : public QHeaderView {
   Q_OBJECT
 
  public:
-  // The view has its model already, and takes the header with setHeader.
-  ColumnHeader(std::vector<int> characters, int stretched, QWidget* view);
+  // The view has its model and its root already, and takes the header with setHeader.
+  ColumnHeader(std::vector<int> characters, int stretched, QAbstractItemView* view);
 
  protected:
   void changeEvent(QEvent* event) override;
