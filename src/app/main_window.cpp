@@ -16,6 +16,7 @@
 #include "engine/result_texts.h"
 #include "localdata/tasklist.h"
 #include "platform/environment.h"
+#include "platform/folders.h"
 #include "platform/qt/text.h"
 #include "platform/text.h"
 #include "resources/qt/texts.h"
@@ -45,6 +46,16 @@ std::chrono::milliseconds PaceFromEnvironment() {
   return pace < 0 || pace > kMostPace ? kPace : std::chrono::milliseconds(pace);
 }
 
+// Empty where nothing can be kept.
+std::string SeenPackagesPath(const std::string& identityHash) {
+  const auto folder = StateFolder();
+  if (!folder) {
+    return {};
+  }
+  MakeFolder(*folder + "/updown");
+  return *folder + "/updown/" + identityHash + ".seen";
+}
+
 std::shared_ptr<SchedulerContext> MakeContext(const FileService& service) {
   auto context = std::make_shared<SchedulerContext>();
   context->queue = std::make_shared<TaskQueue>();
@@ -68,7 +79,7 @@ MainWindow::MainWindow(const LaunchState& launch, FileService& service,
           },
           [context = context_] { context->schedulerWake.Set(); }),
       downloads_(launch, cache_, context_, *this),
-      area_(session_, downloads_, cache_, launch),
+      area_(session_, downloads_, cache_, launch, SeenPackagesPath(launch.identityHash)),
       commands_(area_, downloads_, this),
       keeper_(TaskListPath(launch.identityHash),
               [this] { return KeptRecords(Tasks().Records(), cache_); }) {
@@ -128,15 +139,17 @@ void MainWindow::ConnectArea() {
 void MainWindow::CreatePanes() {
   WatchForSecondStart();
   outer_ = std::make_unique<CMySplitter>(Qt::Horizontal);
-  tree_ = new PackageTree(area_);
+  tree_ = new PackageTree(area_, commands_);
   inner_ = new CMySplitter(Qt::Vertical);
-  list_ = new PackageList(area_, ToQString(AnsiToWide(launch_.serverName, launch_.CodePage())));
-  form_ = new PackageForm(area_);
+  packages_ = new PackagePane(area_, commands_,
+                              ToQString(AnsiToWide(launch_.serverName, launch_.CodePage())));
+  list_ = &packages_->List();
+  form_ = new PackageForm(area_, commands_);
   outer_->setObjectName(u"outerSplitter"_qs);
   outer_->setAccessibleName(windowTitle());
   inner_->setObjectName(u"innerSplitter"_qs);
   inner_->setAccessibleName(list_->accessibleName());
-  inner_->addWidget(list_);
+  inner_->addWidget(packages_);
   inner_->addWidget(form_);
   outer_->addWidget(tree_);
   outer_->addWidget(inner_);
@@ -160,11 +173,6 @@ void MainWindow::CreatePanes() {
 }
 
 void MainWindow::ConnectPanes() {
-  const AttachmentList& files = form_->Attachments();
-  connect(list_, &PackageList::DeleteWanted, &commands_, &PackageCommands::DeletePackage);
-  connect(&files, &AttachmentList::SaveWanted, &commands_, &PackageCommands::SaveFile);
-  connect(&files, &AttachmentList::DeleteWanted, &commands_, &PackageCommands::DeleteFile);
-  connect(&files, &AttachmentList::TransfersWanted, this, &MainWindow::ShowStatus);
   connect(&area_, &PackageArea::Failed, notices_, [this](quint32 report) {
     notices_->SetNotice(NoticeBar::Source::Service, ToQString(ResultBoxText(report)));
   });
@@ -176,7 +184,7 @@ void MainWindow::ConnectPanes() {
 void MainWindow::ConnectActions() {
   connect(actions_.refresh, &QAction::triggered, &area_,
           [this] { area_.Refresh(AskedBy::Person); });
-  // FIND: connect(actions_.find, &QAction::triggered, list_, &PackageList::Find);
+  connect(actions_.find, &QAction::triggered, packages_, &PackagePane::Find);
   connect(actions_.folderTree, &QAction::triggered, this, &MainWindow::GoToTreeOrBack);
   connect(actions_.transfers, &QAction::triggered, this, &MainWindow::ShowStatus);
   connect(actions_.help, &QAction::triggered, this, &MainWindow::ShowHelp);

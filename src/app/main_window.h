@@ -18,7 +18,7 @@
 #include "packages/package_area.h"
 #include "packages/package_commands.h"
 #include "packages/package_form.h"
-#include "packages/package_list.h"
+#include "packages/package_pane.h"
 #include "packages/package_tree.h"
 #include "platform/instance_event.h"
 #include "platform/qt/main_thread.h"
@@ -107,7 +107,8 @@ class MainWindow final : public QMainWindow, private EngineEvents {
   std::unique_ptr<CMySplitter> outer_;  // tree, and beside it the inner one
   CMySplitter* inner_ = nullptr;        // list above form; panes belong to their splitter
   PackageTree* tree_ = nullptr;
-  PackageList* list_ = nullptr;
+  PackagePane* packages_ = nullptr;
+  PackageList* list_ = nullptr;  // inside it
   PackageForm* form_ = nullptr;
   std::unique_ptr<CTransferStatusDlg> statusWindow_;
 
