@@ -165,7 +165,7 @@ void MainWindow::CreatePanes() {
   LayOutPanes();
   ConnectPanes();
   downloads_.RestoreTasks();
-  statusWindow_ = std::make_unique<CTransferStatusDlg>(downloads_, SystemTicks());
+  statusWindow_ = std::make_unique<TransferWindow>(downloads_, SystemTicks());
   ConnectActions();
   restored_ = state_.Restore(*this);
   state_.Restore(*statusWindow_);
@@ -304,9 +304,7 @@ bool MainWindow::ShutDown() {
 
 void MainWindow::ShowStatus() {
   if (statusWindow_) {
-    statusWindow_->showNormal();
-    statusWindow_->raise();
-    statusWindow_->activateWindow();
+    statusWindow_->Open();
   }
 }
 

@@ -22,7 +22,7 @@
 #include "packages/package_tree.h"
 #include "platform/instance_event.h"
 #include "platform/qt/main_thread.h"
-#include "transfers/transfer_status_dlg.h"
+#include "transfers/transfer_window.h"
 #include "widgets/notice_bar.h"
 #include "widgets/splitters.h"
 
@@ -110,7 +110,7 @@ class MainWindow final : public QMainWindow, private EngineEvents {
   PackagePane* packages_ = nullptr;
   PackageList* list_ = nullptr;  // inside it
   PackageForm* form_ = nullptr;
-  std::unique_ptr<CTransferStatusDlg> statusWindow_;
+  std::unique_ptr<TransferWindow> statusWindow_;
 
   DesktopNotifications notifications_;
   QBasicTimer firstListing_;
