@@ -1,8 +1,10 @@
 #pragma once
 
+#include <QAction>
 #include <QTreeView>
 
 #include "packages/package_columns.h"
+#include "packages/package_commands.h"
 
 namespace updown {
 
@@ -12,7 +14,8 @@ class PackageTree : public QTreeView {
   Q_OBJECT
 
  public:
-  explicit PackageTree(PackageArea& area, QWidget* parent = nullptr);  // the area outlives it
+  // Both outlive the tree.
+  PackageTree(PackageArea& area, PackageCommands& commands, QWidget* parent = nullptr);
 
  protected:
   void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
@@ -26,9 +29,13 @@ class PackageTree : public QTreeView {
 
  private:
   void ShowSelection();
+  void UpdateActions();
+  std::string CurrentPackage() const;  // empty for the root
 
   PackageArea& area_;
   PackageTreeColumns columns_;
+  QAction* rename_;
+  QAction* delete_;
   bool following_ = false;  // the current item changes, but not by the user
 };
 

@@ -48,14 +48,14 @@ void StartStatistics(TransferTask& task, std::uint32_t now) {
   statistics.rateIndex = -1;
 }
 
-void RestartStatistics(TransferRecord& record, std::uint32_t now) {
-  TransferStatistics& statistics = record.statistics;
-  statistics.elapsedTicks = 0;
-  statistics.lastSampleBytes = 0;
-  statistics.startBytes = 0;
-  statistics.startTick = now;
+void ContinueStatistics(TransferTask& task, std::uint32_t now) {
+  TransferStatistics& statistics = task.record->statistics;
+  const std::uint32_t bytes = task.Bytes();
+  if (bytes == 0) {
+    StartStatistics(task, now);
+  }
+  statistics.lastSampleBytes = bytes;
   statistics.lastSampleTick = now;
-  statistics.rateIndex = -1;
 }
 
 std::optional<RateSample> TakeSample(TransferTask& task, std::uint32_t now) {
@@ -76,11 +76,6 @@ std::optional<RateSample> TakeSample(TransferTask& task, std::uint32_t now) {
   }
   record.statistics.lastSampleBytes = bytes;
   return sample;
-}
-
-double RemainingSeconds(const TransferRecord& record, float rate) {
-  const std::uint32_t left = record.totalBytes - record.doneBytes;
-  return left / static_cast<double>(rate);
 }
 
 FinalRate TakeFinalRate(TransferTask& task, std::uint32_t now) {

@@ -13,8 +13,8 @@ namespace updown {
 // Begins the statistics of a task that gets a row.
 void StartStatistics(TransferTask& task, std::uint32_t now);
 
-// The same for a task that begins again from nothing.
-void RestartStatistics(TransferRecord& record, std::uint32_t now);
+// A run begins: the time since the last one does not count. From the start, if nothing is there.
+void ContinueStatistics(TransferTask& task, std::uint32_t now);
 
 // What one sample yields. No rate: nothing has told the task's size yet.
 struct RateSample {
@@ -26,9 +26,6 @@ inline constexpr std::uint32_t kLeastSampleSpan = 250;
 
 // Nothing, with no statistic changed, if it is too early for another sample.
 std::optional<RateSample> TakeSample(TransferTask& task, std::uint32_t now);
-
-// Seconds until the record is whole at this rate, which must be above 0.
-double RemainingSeconds(const TransferRecord& record, float rate);
 
 // The rate over the whole time that the task was watched, for a task that is Finished. No average:
 // neither record has a size.

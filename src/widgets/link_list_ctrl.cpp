@@ -14,9 +14,9 @@ namespace {
 constexpr int kTipWidth = 300;
 
 // Draws link cells: the row's background by the style, the text at LinkTextRect.
-class LinkDelegate : public QStyledItemDelegate {
+class OldLinkDelegate : public QStyledItemDelegate {
  public:
-  explicit LinkDelegate(CLinkListCtrl* list) : QStyledItemDelegate(list), list_(list) {}
+  explicit OldLinkDelegate(CLinkListCtrl* list) : QStyledItemDelegate(list), list_(list) {}
 
   void paint(QPainter* painter, const QStyleOptionViewItem& option,
              const QModelIndex& index) const override {
@@ -55,7 +55,8 @@ class LinkDelegate : public QStyledItemDelegate {
 CLinkListCtrl::CLinkListCtrl(QWidget* parent) : RowListView(parent) {
   setHeaderHidden(true);
   setMouseTracking(true);
-  setItemDelegate(new LinkDelegate(this));
+  viewport()->installEventFilter(this);
+  setItemDelegate(new OldLinkDelegate(this));
   // Later, because the screen reader waits for the answer to its call, and the owner may open a
   // dialog.
   connect(this, &CLinkListCtrl::CellPressed, this, &CLinkListCtrl::CellClicked,
@@ -207,9 +208,9 @@ void CLinkListCtrl::keyPressEvent(QKeyEvent* event) {
   RowListView::keyPressEvent(event);
 }
 
-bool CLinkListCtrl::viewportEvent(QEvent* event) {
-  if (event->type() != QEvent::ToolTip) {
-    return RowListView::viewportEvent(event);
+bool CLinkListCtrl::eventFilter(QObject* watched, QEvent* event) {
+  if (event->type() != QEvent::ToolTip || watched != viewport()) {
+    return RowListView::eventFilter(watched, event);
   }
   const auto* help = static_cast<QHelpEvent*>(event);
   if (!ShowTip(help->pos(), help->globalPos())) {

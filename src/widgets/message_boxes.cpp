@@ -76,6 +76,13 @@ void ShowNotice(QWidget* owner, StringId text) {
   ShowBox(owner, Text(text), Text(StringId::ProgramTitle), BoxIcon::Information);
 }
 
+bool Confirm(QWidget* owner, const QString& question, const QString& acceptText) {
+  QMessageBox* box = MakeQuestion(owner, question);
+  box->button(QMessageBox::Ok)->setText(acceptText);
+  box->setDefaultButton(QMessageBox::Cancel);
+  return RunBox(box) == QMessageBox::Ok;
+}
+
 bool Confirm(QWidget* owner, StringId question) { return Confirm(owner, Text(question)); }
 
 bool Confirm(QWidget* owner, const QString& question) {

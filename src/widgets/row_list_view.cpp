@@ -1,9 +1,12 @@
 #include "widgets/row_list_view.h"
 
-#include <QContextMenuEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
+#include <algorithm>
+
+#include "widgets/item_view_menu.h"
+#include "widgets/tips.h"
 
 namespace updown {
 namespace {
@@ -27,6 +30,13 @@ RowListView::RowListView(QWidget* parent) : QTreeView(parent) {
   setSelectionMode(SingleSelection);
   setSelectionBehavior(SelectRows);
   setEditTriggers(NoEditTriggers);
+  new CellTips(this);
+  const auto* menu = new ItemViewMenu(this);
+  connect(menu, &ItemViewMenu::AboutToOpen, this, &RowListView::MenuAboutToOpen);
+  connect(menu, &ItemViewMenu::OpenedOnRow, this,
+          [this](const QModelIndex& index, const QPoint& globalPosition) {
+            Q_EMIT RowMenuRequested(index.row(), globalPosition);
+          });
 }
 
 int RowListView::RowCount() const {
@@ -46,7 +56,11 @@ int RowListView::SelectedRow() const {
     return -1;
   }
   const QModelIndexList rows = selectionModel()->selectedRows();
-  return rows.isEmpty() ? -1 : rows.front().row();
+  const QModelIndex current = currentIndex().siblingAtColumn(0);
+  if (rows.isEmpty() || rows.contains(current)) {
+    return rows.isEmpty() ? -1 : current.row();
+  }
+  return std::min_element(rows.begin(), rows.end())->row();
 }
 
 void RowListView::SelectRow(int row) {
@@ -80,16 +94,12 @@ void RowListView::paintEvent(QPaintEvent* event) {
 }
 
 void RowListView::keyPressEvent(QKeyEvent* event) {
-  if (event->key() == Qt::Key_F10 && event->modifiers() == Qt::ShiftModifier) {
-    OpenMenuByKey();
-    event->accept();
-    return;
-  }
   // Without this the first arrow key would step over the current row, and a single row could not be
   // reached at all; nor could the first and last one by Home and End when they are current.
   const bool step = event->key() == Qt::Key_Down || event->key() == Qt::Key_Up;
   const bool jump = event->key() == Qt::Key_Home || event->key() == Qt::Key_End;
-  if ((step || jump) && SelectCurrentRow() && step) {
+  const bool plain = (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
+  if (plain && (step || jump) && SelectCurrentRow() && step) {
     event->accept();
     return;
   }
@@ -98,28 +108,17 @@ void RowListView::keyPressEvent(QKeyEvent* event) {
 
 void RowListView::mousePressEvent(QMouseEvent* event) {
   QTreeView::mousePressEvent(event);
-  if (selectionModel() != nullptr && !indexAt(event->position().toPoint()).isValid()) {
+  if (selectionModel() != nullptr && !indexAt(event->position().toPoint()).isValid() &&
+      event->modifiers() == Qt::NoModifier) {
     selectionModel()->clear();
   }
 }
 
 void RowListView::mouseMoveEvent(QMouseEvent* event) {
-  // A drag selects nothing: each selection of a package asks the service for its files.
-  if (event->buttons() == Qt::NoButton) {
+  // Where one row is selected a drag selects nothing: each selection of a package asks the service
+  // for its files.
+  if (event->buttons() == Qt::NoButton || selectionMode() != SingleSelection || dragEnabled()) {
     QTreeView::mouseMoveEvent(event);
-  }
-}
-
-void RowListView::contextMenuEvent(QContextMenuEvent* event) {
-  event->accept();
-  if (event->reason() == QContextMenuEvent::Keyboard) {
-    OpenMenuByKey();
-    return;
-  }
-  const QModelIndex index = indexAt(event->pos());
-  if (index.isValid()) {
-    SelectRow(index.row());
-    Q_EMIT RowMenuRequested(index.row(), event->globalPos());
   }
 }
 
@@ -130,18 +129,6 @@ bool RowListView::SelectCurrentRow() {
   }
   SelectRow(currentIndex().row());
   return true;
-}
-
-void RowListView::OpenMenuByKey() {
-  SelectCurrentRow();
-  const int row = SelectedRow();
-  if (row < 0) {
-    return;
-  }
-  const QModelIndex index = CellAt(row, 0);
-  scrollTo(index);
-  const QRect inView = visualRect(index) & viewport()->rect();
-  Q_EMIT RowMenuRequested(row, viewport()->mapToGlobal(inView.bottomLeft()));
 }
 
 }  // namespace updown

@@ -6,16 +6,17 @@
 
 namespace updown {
 
-// What the program's lists have in common: rows of cells without a tree, one of them selected as a
-// whole, a menu for the selected row by mouse and by keyboard, and cells that a screen reader can
-// read.
+// What the program's lists have in common: rows of cells without a tree that are selected as a
+// whole, one at a time unless setSelectionMode() says otherwise; their actions() as context menu
+// (see ItemViewMenu); the texts of cut cells as tips (see CellTips). A screen reader hears the
+// model's Qt::AccessibleTextRole, or else the cell's text, and its Qt::AccessibleDescriptionRole.
 class RowListView : public QTreeView, public AccessibleCells {
   Q_OBJECT
 
  public:
   explicit RowListView(QWidget* parent);
 
-  // The selected row, which is the selection mark too; -1 if there is none.
+  // The selected row: of several the current one or else the uppermost; -1 if there is none.
   int SelectedRow() const;
   // A row that does not exist takes the selection away.
   void SelectRow(int row);
@@ -29,7 +30,10 @@ class RowListView : public QTreeView, public AccessibleCells {
   void SetHint(const QString& hint);
 
  Q_SIGNALS:
-  // Right click, Menu key or Shift+F10 on a row, which is selected by then.
+  // Time to enable the actions that fit the selection.
+  void MenuAboutToOpen();
+  // For lists without actions: right click, Menu key or Shift+F10 on a row, which is selected by
+  // then.
   void RowMenuRequested(int row, const QPoint& globalPosition);
 
  protected:
@@ -37,11 +41,9 @@ class RowListView : public QTreeView, public AccessibleCells {
   void keyPressEvent(QKeyEvent* event) override;
   void mousePressEvent(QMouseEvent* event) override;
   void mouseMoveEvent(QMouseEvent* event) override;
-  void contextMenuEvent(QContextMenuEvent* event) override;
 
  private:
   bool SelectCurrentRow();  // if none is selected; true if that changed it
-  void OpenMenuByKey();
 
   QString hint_;
 };

@@ -86,7 +86,8 @@ def main():
         program = os.path.join(os.path.dirname(sys.argv[1]), "updown")
         command = shlex.split(peer.stdout.readline())
         command[command.index("updown")] = program
-        variables = {"XDG_DATA_HOME": data, "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1"}
+        variables = {"XDG_DATA_HOME": data, "XDG_STATE_HOME": data,
+                     "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1"}
         started = subprocess.Popen(command, env={**os.environ, **variables},
                                    stderr=subprocess.DEVNULL)
         try:

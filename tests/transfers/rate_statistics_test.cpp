@@ -55,7 +55,6 @@ TEST_F(RateStatistics, SmoothsOverFiveSamples) {
   EXPECT_EQ(Statistics().elapsedTicks, 7500U);
   EXPECT_EQ(Statistics().lastSampleTick, 8500U);
   EXPECT_EQ(Statistics().startTick, 1000U);
-  EXPECT_NEAR(RemainingSeconds(Record(), 1736), 6200 / 1736.0, 1e-9);
   EXPECT_FLOAT_EQ(Average(0), 13800 / 7.5F) << "an end shows in the same millisecond too";
 }
 

@@ -3,14 +3,10 @@
 #include <QStandardItemModel>
 
 #include "widgets/link_cells.h"
-#include "widgets/list_layout.h"
-#include "widgets/progress_painter.h"
 #include "widgets/size_texts.h"
 
 namespace updown {
 namespace {
-
-using Kind = ProgressCell::Kind;
 
 TEST(SizeTextsTest, ChangeUnitAtEachPowerOf1024) {
   const std::pair<std::uint32_t, const char*> cases[] = {
@@ -28,43 +24,6 @@ TEST(SizeTextsTest, ChangeUnitAtEachPowerOf1024) {
     EXPECT_EQ(FormatSize(bytes), text);
   }
   EXPECT_EQ(FormatKiloBytes(0xFFFFFFFF), "4194303 KB");
-}
-
-TEST(ProgressCellTest, FollowsTheTask) {
-  constexpr auto kQueued = TransferState::Queued;
-  constexpr auto kStopped = TransferState::Stopped;
-  const struct {
-    ProgressFacts facts;
-    Kind kind;
-    float percent = 0;
-  } cases[] = {
-      {{0, 0, kQueued, false, false}, Kind::WaitingBar},
-      {{0, 0, kQueued, true, false}, Kind::WaitingBar},
-      {{0, 0, kQueued, false, true}, Kind::Text},
-      {{0, 0, kQueued, true, true}, Kind::NotAvailable},
-      {{0, 0, kStopped, false, false}, Kind::NotAvailable},
-      {{0, 0, kStopped, true, true}, Kind::NotAvailable},
-      {{0, 0, TransferState::Finished, true, false}, Kind::Text},
-      {{0, 0, TransferState::Failed, false, false}, Kind::Text},
-      {{9, 9, TransferState::Finished, false, true}, Kind::Text},
-      {{9, 3, TransferState::Failed, true, true}, Kind::Text},
-      {{2000, 500, kQueued, true, true}, Kind::NotAvailable},
-      {{2000, 500, kQueued, false, false}, Kind::PercentBar, 25},
-      {{2000, 2000, kStopped, false, true}, Kind::PercentBar, 100},
-      // The product of bytes and 100 must not wrap.
-      {{0x80000000U, 0x40000000U, kQueued, false, true}, Kind::PercentBar, 50},
-      {{3, 1, static_cast<TransferState>(7), false, true}, Kind::PercentBar, 33.3333F},
-  };
-  for (std::size_t i = 0; i < std::size(cases); ++i) {
-    const ProgressCell cell = ChooseProgressCell(cases[i].facts);
-    EXPECT_EQ(cell.kind, cases[i].kind) << "case " << i;
-    EXPECT_NEAR(cell.percent, cases[i].percent, 0.001) << "case " << i;
-  }
-}
-
-TEST(BarGeometryTest, LeavesAQuarterOfTheRow) {
-  EXPECT_EQ(BarRect(QRect(300, 40, 110, 19)), QRect(300, 42, 110, 15));
-  EXPECT_EQ(BarRect(QRect(0, 0, 10, 24)), QRect(0, 4, 10, 16));
 }
 
 TEST(LinkCellsTest, TextStandsByTheColumnsAlignment) {

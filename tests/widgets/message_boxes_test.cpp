@@ -24,6 +24,19 @@ TEST(BoxesTest, OnlyOkConfirms) {
   EXPECT_FALSE(Ask());
 }
 
+TEST(BoxesTest, WhatIsLostIsLostByItsVerbAlone) {
+  const auto ask = [] { return Confirm(nullptr, u"Delete “a”?"_qs, u"&Delete"_qs); };
+  Person person;
+  EXPECT_TRUE(ask());  // a click on the verb
+  for (const auto key : {Qt::Key_Return, Qt::Key_Escape}) {
+    person.first = [key](QMessageBox& box) {
+      EXPECT_EQ(box.button(QMessageBox::Ok)->text(), u"&Delete"_qs);
+      QTest::keyClick(&box, key);
+    };
+    EXPECT_FALSE(ask());
+  }
+}
+
 TEST(BoxesTest, SpeaksTheLanguageInForce) {
   Person person;
   SetStringLanguage(2052);
