@@ -90,11 +90,11 @@ Notification DesktopNotifications::OfTransfers() const {
 }
 
 Notification DesktopNotifications::OfPackages() const {
-  return packages_ == 1 ? Notification{NotificationKind::Packages,
-                                       Text(StringId::NotificationPackage), package_}
-                        : Notification{NotificationKind::Packages,
-                                       Text(StringId::NotificationPackages),
-                                       Counted(StringId::NotificationPackageCount, packages_)};
+  return packages_ == 1
+             ? Notification{NotificationKind::Packages, Text(StringId::NotificationPackage),
+                            package_}
+             : Notification{NotificationKind::Packages, Text(StringId::NotificationPackages),
+                            Counted(StringId::NotificationPackageCount, packages_)};
 }
 
 void DesktopNotifications::SetActive(bool active) {

@@ -50,7 +50,7 @@ class DesktopNotifications : public QObject {
   QString package_;  // the last one
   int packages_ = 0;
   QList<NotificationKind> untold_;
-  bool telling_ = false;    // the other thread has one in hand
+  bool telling_ = false;       // the other thread has one in hand
   QThread* thread_ = nullptr;  // started by the first notification; lost if it cannot be ended
 };
 

@@ -67,6 +67,7 @@ class MainWindow final : public QMainWindow, private EngineEvents {
   void CreatePanes();
   void ConnectPanes();
   void ConnectActions();
+  QList<QWidget*> Panes() const;  // those with a menu
   void LayOutPanes();
   void GoToTreeOrBack();
   void WatchForSecondStart();

@@ -85,7 +85,8 @@ void MainWindow::OnSavingChanged(int error) {
 
 void MainWindow::ShowAddedTask(TaskId task) {
   if (statusWindow_) {
-    statusWindow_->showNormal();
+    statusWindow_->setWindowState(statusWindow_->windowState() & ~Qt::WindowMinimized);
+    statusWindow_->show();
     TellStatus([task](TransferWindow& status) { status.AddRow(task); });
   }
 }

@@ -69,15 +69,14 @@ void NotificationBus::Show(const Notification& notification) {
     const QVariantMap hints{
         {u"desktop-entry"_qs, u"net.updown.UpDown"_qs},
         {u"category"_qs, notification.kind == NotificationKind::Packages ? u"email.arrived"_qs
-                         : notification.failure                         ? u"transfer.error"_qs
-                                                : u"transfer.complete"_qs},
+                         : notification.failure                          ? u"transfer.error"_qs
+                                                                         : u"transfer.complete"_qs},
     };
-    const QDBusMessage reply =
-        Call(u"Notify"_qs,
-             {Text(StringId::ProgramTitle), shown_.value(notification.kind),
-              u"net.updown.UpDown"_qs, notification.summary,
-              *markup_ ? notification.body.toHtmlEscaped() : notification.body,
-              QStringList{u"default"_qs, Text(StringId::NotificationOpen)}, hints, kServersChoice});
+    const QDBusMessage reply = Call(
+        u"Notify"_qs,
+        {Text(StringId::ProgramTitle), shown_.value(notification.kind), u"net.updown.UpDown"_qs,
+         notification.summary, *markup_ ? notification.body.toHtmlEscaped() : notification.body,
+         QStringList{u"default"_qs, Text(StringId::NotificationOpen)}, hints, kServersChoice});
     if (reply.type() == QDBusMessage::ReplyMessage && !reply.arguments().isEmpty()) {
       shown_[notification.kind] = reply.arguments().constFirst().toUInt();
     }

@@ -72,8 +72,7 @@ TEST_F(DesktopNotificationsTest, GathersWhatComesAndReplacesItWhileItStands) {
   notifications.TransferEnded(u"c.pdf"_qs, true);
   notifications.TransferEnded(u"d.pdf"_qs, false);
   notifications.PackageCame(u"one"_qs);
-  EXPECT_EQ(Said(),
-            u"notify|1|Transfers have ended|Saved: 2/Failed: 1|default|transfer.error"_qs);
+  EXPECT_EQ(Said(), u"notify|1|Transfers have ended|Saved: 2/Failed: 1|default|transfer.error"_qs);
   EXPECT_EQ(Said(), u"notify|2|A package has come|one|default|email.arrived"_qs);
 
   service_.write("click 2\n");
@@ -83,8 +82,7 @@ TEST_F(DesktopNotificationsTest, GathersWhatComesAndReplacesItWhileItStands) {
   service_.write("close 1\nclick 2\n");  // the second tells that the first has been heard
   ASSERT_TRUE(QTest::qWaitFor([&] { return clicked.size() == 2; }, kPatienceMs));
   notifications.TransferEnded(u"e.pdf"_qs, false);
-  EXPECT_EQ(Said(),
-            u"notify|3|Transfers have ended|Saved: 3/Failed: 1|default|transfer.error"_qs);
+  EXPECT_EQ(Said(), u"notify|3|Transfers have ended|Saved: 3/Failed: 1|default|transfer.error"_qs);
 
   // Coming back takes them away, and what happens then is seen in the window.
   notifications.SetActive(true);
@@ -108,9 +106,9 @@ TEST_F(DesktopNotificationsTest, TellWhatTheMainWindowHearsOf) {
   ASSERT_TRUE(QTest::qWaitFor([&] { return area.rowCount(area.Root()) == 4; }, kPatienceMs));
   Q_EMIT qGuiApp->applicationStateChanged(Qt::ApplicationInactive);
   const std::string package = area.NameAt(area.index(0, 0, area.Root()));
-  const TaskPointer task = window.Tasks().AddDownload(
-      {"x", "/" + package + "/" + package + ".ini", "fileservice", 8080},
-      served.DataFolder() + "/received.txt", true);
+  const TaskPointer task =
+      window.Tasks().AddDownload({"x", "/" + package + "/" + package + ".ini", "fileservice", 8080},
+                                 served.DataFolder() + "/received.txt", true);
   window.AllDownloads().ResumeTask(task->id);
   EXPECT_EQ(Said(), u"notify|1|Transfer finished|received.txt|default|transfer.complete"_qs);
   std::filesystem::create_directory(served.AreaFolder() + "/20301104062529");
