@@ -82,7 +82,7 @@ class MainWindow final : public QMainWindow, private EngineEvents {
   void TaskWaiting(TaskId task) noexcept override;
   void TaskEnded(TaskId task, const TransferResult& result) noexcept override;
   void SaveNeeded() noexcept override;
-  void NotifyOfEnd(const TransferRecord& record);
+  void NotifyOfEnd(const TransferRecord& record, const TransferResult& result);
   void OnSavingChanged(int error);
   void ShowAddedTask(TaskId task);
   void ShowRestoredTask(TaskId task);
