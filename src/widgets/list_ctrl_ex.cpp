@@ -143,19 +143,6 @@ std::unique_ptr<CProgressPainter> CListCtrlEx::TakeBar(TaskId task, bool waiting
   return bar;
 }
 
-QString CListCtrlEx::CellText(const QModelIndex& index) const {
-  if (index.column() == progressColumn_ && taskOfRow_) {
-    const TaskPointer task = TaskWithRecord(index.row());
-    const auto bar = std::find_if(
-        progressBars_.begin(), progressBars_.end(),
-        [&task](const ProgressBar& shown) { return task != nullptr && shown.task == task->id; });
-    if (bar != progressBars_.end()) {
-      return bar->painter->Text();
-    }
-  }
-  return RowListView::CellText(index);
-}
-
 void CListCtrlEx::keyReleaseEvent(QKeyEvent* event) {
   if (event->key() == Qt::Key_Delete && !event->isAutoRepeat()) {
     const int row = SelectedRow();

@@ -33,8 +33,6 @@ class CListCtrlEx : public RowListView {
 
   void setModel(QAbstractItemModel* model) override;
 
-  QString CellText(const QModelIndex& index) const override;
-
  Q_SIGNALS:
   // The Delete key on a selected row that has a task.
   void DeleteRequested();

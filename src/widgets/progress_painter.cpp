@@ -5,8 +5,6 @@
 #include <QTimerEvent>
 #include <algorithm>
 
-#include "widgets/accessible.h"
-
 namespace updown {
 namespace {
 
@@ -16,7 +14,6 @@ constexpr int kFontHeight = 12;
 }  // namespace
 
 CProgressPainter::CProgressPainter(QWidget* parent) : QWidget(parent) {
-  InstallAccessibleFactory();
   setAttribute(Qt::WA_OpaquePaintEvent);
   setAttribute(Qt::WA_TransparentForMouseEvents);
 }
