@@ -157,7 +157,7 @@ void MainWindow::CreatePanes() {
   LayOutPanes();
   ConnectPanes();
   downloads_.RestoreTasks();
-  statusWindow_ = std::make_unique<CTransferStatusDlg>(downloads_, SystemTicks());
+  statusWindow_ = std::make_unique<TransferWindow>(downloads_, SystemTicks());
   list_->setFocus(Qt::OtherFocusReason);
 }
 

@@ -18,7 +18,7 @@
 #include "packages/package_tree.h"
 #include "platform/instance_event.h"
 #include "platform/qt/main_thread.h"
-#include "transfers/transfer_status_dlg.h"
+#include "transfers/transfer_window.h"
 #include "widgets/notice_bar.h"
 #include "widgets/splitters.h"
 
@@ -99,7 +99,7 @@ class MainWindow final : public QMainWindow, private EngineEvents {
   PackageTree* tree_ = nullptr;
   PackageList* list_ = nullptr;
   PackageForm* form_ = nullptr;
-  std::unique_ptr<CTransferStatusDlg> statusWindow_;
+  std::unique_ptr<TransferWindow> statusWindow_;
 
   QBasicTimer firstListing_;
   std::optional<QSocketNotifier> secondStart_;

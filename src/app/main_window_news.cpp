@@ -17,17 +17,17 @@ void MainWindow::TellStatus(News news) {
 
 void MainWindow::TaskStarted(TaskId task) noexcept {
   if (downloads_.Find(task)) {
-    TellStatus([task](CTransferStatusDlg& status) { status.ShowStarted(task); });
+    TellStatus([task](TransferWindow& status) { status.ShowStarted(task); });
   }
 }
 
 void MainWindow::BlockDone(TaskId task) noexcept {
   keeper_.BlockDone();
-  TellStatus([task](CTransferStatusDlg& status) { status.ShowBlock(task); });
+  TellStatus([task](TransferWindow& status) { status.ShowBlock(task); });
 }
 
 void MainWindow::TaskWaiting(TaskId task) noexcept {
-  TellStatus([task](CTransferStatusDlg& status) { status.ShowWaiting(task); });
+  TellStatus([task](TransferWindow& status) { status.ShowWaiting(task); });
 }
 
 void MainWindow::TaskEnded(TaskId task, const TransferResult& result) noexcept {
@@ -35,7 +35,7 @@ void MainWindow::TaskEnded(TaskId task, const TransferResult& result) noexcept {
   if (!ended) {
     return;
   }
-  TellStatus([task, result](CTransferStatusDlg& status) { status.ShowEnded(task, result); });
+  TellStatus([task, result](TransferWindow& status) { status.ShowEnded(task, result); });
   if (const auto header = downloads_.TakeHeader(*ended)) {
     area_.HeaderEnded(header->file, header->arrived);
   }
@@ -56,12 +56,12 @@ void MainWindow::OnSavingChanged(int error) {
 void MainWindow::ShowAddedTask(TaskId task) {
   if (statusWindow_) {
     statusWindow_->showNormal();
-    TellStatus([task](CTransferStatusDlg& status) { status.AddRow(task); });
+    TellStatus([task](TransferWindow& status) { status.AddRow(task); });
   }
 }
 
 void MainWindow::ShowMovedTask(TaskId task) {
-  TellStatus([task](CTransferStatusDlg& status) { status.ShowPaths(task); });
+  TellStatus([task](TransferWindow& status) { status.ShowPaths(task); });
 }
 
 void MainWindow::ShowRestoredTask(TaskId task) {
@@ -71,7 +71,7 @@ void MainWindow::ShowRestoredTask(TaskId task) {
         statusWindow_->show();  // a window manager is not told of a hidden window's states
       }
       statusWindow_->showMinimized();
-      TellStatus([task](CTransferStatusDlg& status) { status.AddRow(task); });
+      TellStatus([task](TransferWindow& status) { status.AddRow(task); });
     }
   });
 }

@@ -7,11 +7,11 @@
 #include <QPointer>
 
 #include "widgets/link_delegate.h"
+#include "widgets/progress_delegate.h"
 
 namespace updown {
 namespace {
 
-constexpr int kPercentRole = Qt::UserRole + 200;  // float, negative: waits
 
 // Items one below the other as the view shows them.
 int CountRows(const QTreeView& view, const QModelIndex& parent) {
