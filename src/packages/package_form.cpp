@@ -1,6 +1,8 @@
 #include "packages/package_form.h"
 
 #include <QGridLayout>
+#include <QPainter>
+#include <QStyleOptionGroupBox>
 #include <QVBoxLayout>
 
 #include "engine/result_texts.h"
@@ -12,6 +14,9 @@ namespace updown {
 namespace {
 
 constexpr int kLeastLines = 4;  // of notes and attachments
+constexpr int kGroupMargin = 4;
+constexpr qreal kLineOpacity = 0.25;
+constexpr int kLineGap = 2;
 
 struct Field {
   StringId label;
@@ -27,6 +32,26 @@ constexpr std::array<Field, 5> kFields{
     Field{StringId::To, "fieldTo", &PackageHeader::to, 1, 0, 3},
     Field{StringId::Cc, "fieldCc", &PackageHeader::cc, 2, 0, 3},
     Field{StringId::Subject, "fieldSubject", &PackageHeader::subject, 3, 0, 3}};
+
+// Its frame shows on a dark ground too.
+class Group : public QGroupBox {
+ public:
+  using QGroupBox::QGroupBox;
+
+ protected:
+  void paintEvent(QPaintEvent* event) override {
+    QGroupBox::paintEvent(event);
+    QStyleOptionGroupBox option;
+    initStyleOption(&option);
+    const QRect inside =
+        style()->subControlRect(QStyle::CC_GroupBox, &option, QStyle::SC_GroupBoxContents, this);
+    QPainter painter(this);
+    QColor line = palette().color(QPalette::Text);
+    line.setAlphaF(kLineOpacity);
+    painter.setPen(line);
+    painter.drawRect(inside.adjusted(-kLineGap, -kLineGap, kLineGap - 1, kLineGap - 1));
+  }
+};
 
 }  // namespace
 
@@ -95,10 +120,12 @@ QLayout* PackageForm::MakeFields() {
 }
 
 QGroupBox* PackageForm::MakeGroup(StringId title, const QString& name, QWidget* inside) {
-  auto* const group = new QGroupBox(Text(title));
+  auto* const group = new Group(Text(title));
   group->setObjectName(name);
   inside->setMinimumHeight(kLeastLines * fontMetrics().lineSpacing());
-  (new QVBoxLayout(group))->addWidget(inside);
+  auto* const column = new QVBoxLayout(group);
+  column->setContentsMargins(kGroupMargin, kGroupMargin, kGroupMargin, kGroupMargin);
+  column->addWidget(inside);
   return group;
 }
 

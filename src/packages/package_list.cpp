@@ -26,7 +26,7 @@ PackageList::PackageList(PackageArea& area, PackageCommands& commands, QString s
   setAccessibleName(Text(StringId::PackageListName));
   setModel(&columns_);
   setRootIndex(columns_.mapFromSource(area_.Root()));
-  setHeader(new ColumnHeader({23, 23, 23, 40, 14}, package_column::kSubject, this));
+  setHeader(new ColumnHeader({23, 20, 20, 40, 12}, package_column::kSubject, this));
   setSortingEnabled(true);
   addActions({commands.SaveAllAction(), delete_});
   connect(delete_, &QAction::triggered, this,
