@@ -108,6 +108,8 @@ void DesktopNotifications::SetActive(bool active) {
 }
 
 void DesktopNotifications::BeginEnd() {
+  active_ = true;  // nothing more is told
+  untold_.clear();
   collect_.stop();
   if (thread_ != nullptr) {
     thread_->quit();
