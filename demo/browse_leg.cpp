@@ -1,3 +1,4 @@
+#include <QAbstractButton>
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QHeaderView>
@@ -232,12 +233,15 @@ void BrowseLeg(LegContext& context) {
   frame->resize(420, 320);
   walker.Rest(100);
   walker.Picture(QStringLiteral("small-window"));
-  walker.Answer([&] { walker.Key(frame, Qt::Key_F1); },
+  walker.Key(frame, Qt::Key_F1);
+  walker.Picture(QStringLiteral("help"));
+  walker.Answer([&] { walker.Find<QAbstractButton>(QStringLiteral("helpAbout"))->click(); },
                 [&](QWidget* box) {
                   walker.Picture(QStringLiteral("about"));
                   walker.PressButton(box, Text(StringId::Ok));
                 });
-  walker.Step(QStringLiteral("F1 shows the about box"));
+  walker.Key(walker.Find(QStringLiteral("helpWindow")), Qt::Key_Escape);
+  walker.Step(QStringLiteral("F1 shows the help page, and that the about box"));
   context.close();
 }
 

@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 
+#include "app/desktop_notifications.h"
 #include "app/downloads.h"
 #include "app/help_window.h"
 #include "app/task_list_keeper.h"
@@ -21,7 +22,7 @@
 #include "packages/package_tree.h"
 #include "platform/instance_event.h"
 #include "platform/qt/main_thread.h"
-#include "transfers/transfer_status_dlg.h"
+#include "transfers/transfer_window.h"
 #include "widgets/notice_bar.h"
 #include "widgets/splitters.h"
 
@@ -62,9 +63,11 @@ class MainWindow final : public QMainWindow, private EngineEvents {
   void LoadStoredTasks();
   void ConnectEngine();
   void ConnectArea();
+  void ConnectNotifications();
   void CreatePanes();
   void ConnectPanes();
   void ConnectActions();
+  QList<QWidget*> Panes() const;  // those with a menu
   void LayOutPanes();
   void GoToTreeOrBack();
   void WatchForSecondStart();
@@ -79,6 +82,7 @@ class MainWindow final : public QMainWindow, private EngineEvents {
   void TaskWaiting(TaskId task) noexcept override;
   void TaskEnded(TaskId task, const TransferResult& result) noexcept override;
   void SaveNeeded() noexcept override;
+  void NotifyOfEnd(const TransferRecord& record, const TransferResult& result);
   void OnSavingChanged(int error);
   void ShowAddedTask(TaskId task);
   void ShowRestoredTask(TaskId task);
@@ -107,9 +111,11 @@ class MainWindow final : public QMainWindow, private EngineEvents {
   PackagePane* packages_ = nullptr;
   PackageList* list_ = nullptr;  // inside it
   PackageForm* form_ = nullptr;
-  std::unique_ptr<CTransferStatusDlg> statusWindow_;
+  std::unique_ptr<TransferWindow> statusWindow_;
 
+  DesktopNotifications notifications_;
   QBasicTimer firstListing_;
+  bool listedOnce_ = false;
   std::optional<QSocketNotifier> secondStart_;
   WindowState state_;
   bool restored_ = false;  // the panes have the sizes that they had at the last end

@@ -48,7 +48,8 @@ bool PackageListColumns::filterAcceptsRow(int row, const QModelIndex& parent) co
 }
 
 bool PackageListColumns::filterAcceptsColumn(int column, const QModelIndex& parent) const {
-  return !parent.isValid() || column != package_column::kName;
+  Q_UNUSED(parent);  // the root too: who counts columns may ask for any
+  return column != package_column::kName;
 }
 
 PackageTreeColumns::PackageTreeColumns(PackageArea& area, QObject* parent)
