@@ -1,6 +1,7 @@
 #include "packages/package_form.h"
 
 #include <QGridLayout>
+#include <QLabel>
 #include <QPainter>
 #include <QRegularExpression>
 #include <QStyleOptionGroupBox>
@@ -61,7 +62,7 @@ PackageForm::PackageForm(PackageArea& area, PackageCommands& commands, QWidget* 
       area_(area),
       notes_(new QPlainTextEdit),
       attachments_(new AttachmentList(commands, nullptr)),
-      onTheWay_(new QLabel(Text(StringId::FilesOnTheWay))) {
+      onTheWay_(new FieldValue) {
   setObjectName(u"packageForm"_qs);
   setAccessibleName(Text(StringId::PackageFormName));
   setFrameShape(NoFrame);
@@ -74,7 +75,8 @@ PackageForm::PackageForm(PackageArea& area, PackageCommands& commands, QWidget* 
   notes_->setTabChangesFocus(true);
   notes_->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
   onTheWay_->setObjectName(u"filesOnTheWay"_qs);
-  onTheWay_->setWordWrap(true);
+  onTheWay_->setAccessibleName(Text(StringId::GroupAttachments));
+  onTheWay_->SetValue(Text(StringId::FilesOnTheWay));
 
   auto* const content = new QWidget;
   content->setBackgroundRole(QPalette::Base);

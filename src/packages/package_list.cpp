@@ -40,6 +40,7 @@ PackageList::PackageList(PackageArea& area, PackageCommands& commands, QString s
   connect(&area_, &PackageArea::HeaderChanged, this,
           [this] { delete_->setEnabled(!area_.IsBusy(area_.Selected())); });
   connect(&area_, &PackageArea::ConnectionChanged, this, &PackageList::FollowConnection);
+  connect(&area_, &PackageArea::HeadersRead, this, [this] { ShowConnection(false); });
   FollowConnection();
   ShowSelection();
 }

@@ -3,16 +3,21 @@
 
 #include <gtest/gtest.h>
 
+#include <QApplication>
 #include <QElapsedTimer>
+#include <QFileDialog>
 #include <QLabel>
+#include <QLineEdit>
 #include <QSplitter>
 #include <QTest>
+#include <QTimer>
 #include <QToolButton>
 #include <QTreeView>
 #include <filesystem>
 #include <map>
 
 #include "localdata/tasklist.h"
+#include "platform/qt/text.h"
 #include "service/messages.h"
 #include "tests/app/served_launch.h"
 
@@ -185,6 +190,40 @@ TEST_F(MainWindowTest, FetchesAHeaderAgainThatWasCutOff) {
 }
 
 // A folder in the place of the temporary file makes every save fail.
+TEST_F(MainWindowTest, SavesAPackageIntoANewFolderOfItsOwn) {
+  Open();
+  ASSERT_TRUE(Listed());
+  Downloads& downloads = window_->AllDownloads();
+  const std::string name = window_->Area().Selected();
+  const std::string chosen = served_->DataFolder() + "/chosen";
+  std::filesystem::create_directories(chosen + "/" + name);
+  bool renames = false;
+  QTimer person;
+  QObject::connect(&person, &QTimer::timeout, &person, [&] {
+    if (auto* const dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget())) {
+      if (renames) {
+        downloads.FollowRename(name, name + "#");
+      }
+      dialog->findChild<QLineEdit*>()->setText(FromUtf8(chosen));
+      QMetaObject::invokeMethod(dialog, "accept");
+    }
+  });
+  person.start(0);
+  for (const bool renamed : {false, false, true}) {
+    renames = renamed;
+    ASSERT_TRUE(downloads.SavePackage(name));
+  }
+  std::vector<std::string> paths;
+  for (const auto& record : window_->Tasks().Records()) {
+    if (record->isFolder != 0) {
+      paths.push_back(record->Paths().remotePath + " to " +
+                      record->LocalPath().substr(chosen.size()));
+    }
+  }
+  const std::string moved = "/" + name + "# to /" + name;
+  EXPECT_EQ(paths, (std::vector<std::string>{moved + " (2)", moved + " (3)", moved + "#"}));
+}
+
 TEST_F(MainWindowTest, TellsThatTheListIsNotSaved) {
   Open();
   ASSERT_TRUE(Listed());

@@ -180,23 +180,6 @@ TEST_F(PanesTest, ARefreshKeepsSortingSelectionAndTheFilesOnShow) {
   EXPECT_EQ(Senders(), "f9 f2 f0 ");
 }
 
-TEST_F(PanesTest, SaveAndDeleteActOnTheFilesOnShowWhileAListingIsSlow) {
-  ShowListed({kFirst, kSecond});
-  Click(tree_, TreeItem(1));
-  ASSERT_TRUE(Settle());
-  ASSERT_THAT(AttachmentNames(), ElementsAre("of" + kFirst + ".txt"));
-  peer_.SetDelay({message::kList, 300});
-  area_->Refresh(AskedBy::Person);
-  Click(&Attachments(), Attachments().CellAt(0, attachment_column::kSave));
-  EXPECT_THAT(downloads_.saved,
-              ElementsAre("of" + kFirst + ".txt from /" + kFirst + "/of" + kFirst + ".txt"));
-  ASSERT_TRUE(area_->Refreshing());
-  DeleteFile(0);
-  EXPECT_FALSE(std::filesystem::exists(Served(kFirst + "/of" + kFirst + ".txt")));
-  EXPECT_TRUE(std::filesystem::exists(Served(kSecond + "/of" + kSecond + ".txt")));
-  EXPECT_THAT(AttachmentNames(), IsEmpty());
-}
-
 TEST_F(PanesTest, AHalfArrivedPackageHidesItsAttachments) {
   AddPackage(kFirst);
   Show();
@@ -422,6 +405,5 @@ TEST_F(Attached, AllFilesAreSavedWithinTheLimits) {
   EXPECT_THAT(downloads_.saved, IsEmpty());
   EXPECT_EQ(transfersShown_, 3);
 }
-
 }  // namespace
 }  // namespace updown::test
