@@ -87,8 +87,7 @@ TEST_F(StatusCommands, RedoOfAFinishedTaskKeepsTheLimit) {
     AddTask(State::Stopped);
   }
   Choose(0, u"redo"_qs);
-  EXPECT_EQ(person_.seen.back(),
-            "The maximum number of data streams has been reached. Operation aborted.");
+  EXPECT_EQ(person_.seen.back().find("The maximum number of data streams has been reached."), 0U);
   EXPECT_EQ(finished->record->state, State::Finished);
   EXPECT_TRUE(fs::exists(file));
   Choose(1, u"redo"_qs);  // one of the five counts already
