@@ -22,10 +22,10 @@ DesktopNotifications::~DesktopNotifications() {
   WaitForEnd(std::chrono::milliseconds(0));
 }
 
-void DesktopNotifications::TransferEnded(const QString& file, bool failed) {
+void DesktopNotifications::TransferEnded(const QString& file, const QString& failure) {
   if (!active_) {
-    ++(failed ? failed_ : finished_);
-    file_ = file.simplified();
+    ++(failure.isEmpty() ? finished_ : failed_);
+    file_ = (file.simplified() + u'\n' + failure.simplified()).trimmed();
     Collect(NotificationKind::Transfers);
   }
 }
@@ -108,6 +108,8 @@ void DesktopNotifications::SetActive(bool active) {
 }
 
 void DesktopNotifications::BeginEnd() {
+  active_ = true;  // nothing more is told
+  untold_.clear();
   collect_.stop();
   if (thread_ != nullptr) {
     thread_->quit();

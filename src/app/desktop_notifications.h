@@ -23,7 +23,8 @@ class DesktopNotifications : public QObject {
   // Whether a window of the program is the active one; at first none is.
   void SetActive(bool active);
 
-  void TransferEnded(const QString& file, bool failed);
+  // `failure` says why; empty if the file has arrived.
+  void TransferEnded(const QString& file, const QString& failure);
   void PackageCame(const QString& name);
 
   // The end, in two steps. False if a bus that does not answer holds the thread longer; that is
@@ -44,7 +45,7 @@ class DesktopNotifications : public QObject {
 
   QTimer collect_;
   bool active_ = false;
-  QString file_;  // the last one
+  QString file_;  // the last one, and why it failed
   int finished_ = 0;
   int failed_ = 0;
   QString package_;  // the last one

@@ -1,7 +1,6 @@
 #include "app/help_window.h"
 
 #include <QDialogButtonBox>
-#include <QKeySequence>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QScreen>
@@ -59,14 +58,18 @@ QString PageOf(const QList<HelpKeys>& places) {
 
 HelpKeys::HelpKeys(QString where, const QList<QAction*>& actions) : place(std::move(where)) {
   for (const QAction* action : actions) {
-    if (!action->shortcut().isEmpty()) {
-      Add(action->shortcut(), PlainText(*action));
+    if (!action->shortcuts().isEmpty()) {
+      Add(action->shortcuts(), PlainText(*action));
     }
   }
 }
 
-void HelpKeys::Add(const QKeySequence& key, const QString& what) {
-  rows.append({key.toString(QKeySequence::NativeText), what});
+void HelpKeys::Add(const QList<QKeySequence>& keys, const QString& what) {
+  QStringList names;
+  for (const QKeySequence& key : keys) {
+    names.append(key.toString(QKeySequence::NativeText));
+  }
+  rows.append({names.join(u" / "_qs), what});
 }
 
 HelpWindow::HelpWindow(QWidget* owner) : QDialog(owner), page_(new QTextBrowser) {

@@ -2,6 +2,7 @@
 
 #include <QAction>
 #include <QDialog>
+#include <QKeySequence>
 #include <QList>
 #include <QTextBrowser>
 #include <utility>
@@ -13,7 +14,7 @@ struct HelpKeys {
   // Of the commands that have a shortcut, with their texts.
   HelpKeys(QString where, const QList<QAction*>& actions);
 
-  void Add(const QKeySequence& key, const QString& what);
+  void Add(const QList<QKeySequence>& keys, const QString& what);
 
   QString place;
   QList<std::pair<QString, QString>> rows;  // the keys as the platform writes them, what they do

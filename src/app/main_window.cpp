@@ -10,6 +10,7 @@
 #include "app/about_box.h"
 #include "app/login_prompt.h"
 #include "app/pane_layout.h"
+#include "app/state_path.h"
 #include "app/task_list_path.h"
 #include "engine/kept_tasks.h"
 #include "engine/posted_events.h"
@@ -46,16 +47,6 @@ std::chrono::milliseconds PaceFromEnvironment() {
   return pace < 0 || pace > kMostPace ? kPace : std::chrono::milliseconds(pace);
 }
 
-// Empty where nothing can be kept.
-std::string SeenPackagesPath(const std::string& identityHash) {
-  const auto folder = StateFolder();
-  if (!folder) {
-    return {};
-  }
-  MakeFolder(*folder + "/updown");
-  return *folder + "/updown/" + identityHash + ".seen";
-}
-
 std::shared_ptr<SchedulerContext> MakeContext(const FileService& service) {
   auto context = std::make_shared<SchedulerContext>();
   context->queue = std::make_shared<TaskQueue>();
@@ -79,7 +70,8 @@ MainWindow::MainWindow(const LaunchState& launch, FileService& service,
           },
           [context = context_] { context->schedulerWake.Set(); }),
       downloads_(launch, cache_, context_, *this),
-      area_(session_, downloads_, cache_, launch, SeenPackagesPath(launch.identityHash)),
+      area_(session_, downloads_, cache_, launch,
+            StatePath(launch.identityHash + ".seen").value_or("")),
       commands_(area_, downloads_, this),
       keeper_(TaskListPath(launch.identityHash),
               [this] { return KeptRecords(Tasks().Records(), cache_); }) {
@@ -181,6 +173,8 @@ void MainWindow::ConnectPanes() {
   connect(notices_, &NoticeBar::TryAgain, &area_, [this] { area_.Refresh(AskedBy::Person); });
 }
 
+QList<QWidget*> MainWindow::Panes() const { return {list_, tree_, &form_->Attachments()}; }
+
 void MainWindow::ConnectActions() {
   connect(actions_.refresh, &QAction::triggered, &area_,
           [this] { area_.Refresh(AskedBy::Person); });
@@ -189,8 +183,7 @@ void MainWindow::ConnectActions() {
   connect(actions_.transfers, &QAction::triggered, this, &MainWindow::ShowStatus);
   connect(actions_.help, &QAction::triggered, this, &MainWindow::ShowHelp);
   connect(actions_.cancel, &QAction::triggered, &area_, &PackageArea::Cancel);
-  for (QWidget* pane : {static_cast<QWidget*>(list_), static_cast<QWidget*>(tree_),
-                        static_cast<QWidget*>(&form_->Attachments())}) {
+  for (QWidget* pane : Panes()) {
     actions_.AddTo(*pane);
   }
   statusWindow_->addActions({actions_.transfers, actions_.help});
@@ -310,19 +303,22 @@ void MainWindow::ShowStatus() {
 
 // A pane's own commands stand in front of those of the window.
 void MainWindow::ShowHelp() {
-  const QList<QAction*> common = actions();
-  QList<HelpKeys> keys{HelpKeys(Text(StringId::HelpEverywhere), common)};
-  for (QWidget* pane : {static_cast<QWidget*>(list_), static_cast<QWidget*>(tree_),
-                        static_cast<QWidget*>(&form_->Attachments())}) {
-    QList<QAction*> own = pane->actions();
-    own.removeIf([&common](QAction* action) { return common.contains(action); });
-    if (HelpKeys ofPane(pane->accessibleName(), own); !ofPane.rows.isEmpty()) {
-      keys.append(ofPane);
+  QList<HelpKeys> keys{HelpKeys(Text(StringId::HelpEverywhere), actions())};
+  QList<QWidget*> lists = Panes();
+  lists.append(statusWindow_->findChild<RowListView*>());
+  for (const QWidget* list : lists) {
+    QList<QAction*> own = list->actions();
+    own.removeIf([this](QAction* action) { return actions().contains(action); });
+    if (HelpKeys ofList(list->accessibleName(), own); !ofList.rows.isEmpty()) {
+      keys.append(ofList);
     }
   }
-  HelpKeys lists(Text(StringId::HelpAllLists), {});
-  lists.Add(QKeySequence(Qt::Key_Menu), Text(StringId::HelpMenuKey));
-  keys.append(lists);
+  HelpKeys all(Text(StringId::HelpAllLists), {});
+  all.Add({Qt::Key_Menu, Qt::SHIFT | Qt::Key_F10}, Text(StringId::HelpMenuKey));
+  keys.append(all);
+  HelpKeys others(Text(StringId::HelpOtherWindows), {actions_.transfers, actions_.help});
+  others.Add({Qt::CTRL | Qt::Key_W, Qt::Key_Escape}, Text(StringId::HelpCloseKey));
+  keys.append(others);
   if (help_ == nullptr) {
     help_ = new HelpWindow(this);
     help_->addActions({actions_.transfers, actions_.help});

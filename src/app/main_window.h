@@ -67,6 +67,7 @@ class MainWindow final : public QMainWindow, private EngineEvents {
   void CreatePanes();
   void ConnectPanes();
   void ConnectActions();
+  QList<QWidget*> Panes() const;  // those with a menu
   void LayOutPanes();
   void GoToTreeOrBack();
   void WatchForSecondStart();
@@ -81,7 +82,7 @@ class MainWindow final : public QMainWindow, private EngineEvents {
   void TaskWaiting(TaskId task) noexcept override;
   void TaskEnded(TaskId task, const TransferResult& result) noexcept override;
   void SaveNeeded() noexcept override;
-  void NotifyOfEnd(const TransferRecord& record);
+  void NotifyOfEnd(const TransferRecord& record, const TransferResult& result);
   void OnSavingChanged(int error);
   void ShowAddedTask(TaskId task);
   void ShowRestoredTask(TaskId task);

@@ -1,4 +1,5 @@
 #include "app/main_window.h"
+#include "engine/result_texts.h"
 #include "platform/qt/text.h"
 #include "resources/qt/texts.h"
 
@@ -38,7 +39,7 @@ void MainWindow::TaskEnded(TaskId task, const TransferResult& result) noexcept {
   }
   TellStatus([task, result](TransferWindow& status) { status.ShowEnded(task, result); });
   if (ended->record) {
-    NotifyOfEnd(*ended->record);
+    NotifyOfEnd(*ended->record, result);
   }
   if (const auto header = downloads_.TakeHeader(*ended)) {
     area_.HeaderEnded(header->file, header->arrived);
@@ -63,11 +64,13 @@ void MainWindow::ConnectNotifications() {
           });
 }
 
-void MainWindow::NotifyOfEnd(const TransferRecord& record) {
+void MainWindow::NotifyOfEnd(const TransferRecord& record, const TransferResult& result) {
   const bool failed = record.state == TransferState::Failed;
   if (record.keepAcrossRestart != 0 && (failed || record.state == TransferState::Finished)) {
     const std::string target = record.Paths().localPath;
-    notifications_.TransferEnded(FromUtf8(target.substr(target.rfind('/') + 1)), failed);
+    const QString why =
+        failed ? ToQString(ResultRowText(result.code, result.systemError)) : QString();
+    notifications_.TransferEnded(FromUtf8(target.substr(target.rfind('/') + 1)), why);
   }
 }
 
@@ -85,7 +88,8 @@ void MainWindow::OnSavingChanged(int error) {
 
 void MainWindow::ShowAddedTask(TaskId task) {
   if (statusWindow_) {
-    statusWindow_->showNormal();
+    statusWindow_->setWindowState(statusWindow_->windowState() & ~Qt::WindowMinimized);
+    statusWindow_->show();
     TellStatus([task](TransferWindow& status) { status.AddRow(task); });
   }
 }

@@ -8,10 +8,9 @@
 #include <QTreeView>
 #include <QWindow>
 #include <algorithm>
-#include <optional>
 #include <utility>
 
-#include "platform/folders.h"
+#include "app/state_path.h"
 #include "platform/qt/text.h"
 
 namespace updown {
@@ -22,13 +21,7 @@ constexpr std::chrono::milliseconds kSaveLimit{500};
 constexpr qint64 kMostBytes = 1 << 20;  // of a file that can be the program's own
 constexpr int kSealBytes = 16;
 
-std::optional<QString> StateFile() {
-  const std::optional<std::string> state = StateFolder();
-  if (!state || !MakeFolder(*state + "/updown")) {
-    return std::nullopt;
-  }
-  return FromUtf8(*state + "/updown/windows.ini");
-}
+QString StateFile() { return FromUtf8(StatePath("windows.ini").value_or("")); }
 
 // A damaged state may lead the toolkit anywhere, so each value has a digest in front.
 QByteArray Seal(const QString& key, const QByteArray& state) {
@@ -52,12 +45,12 @@ QString GeometryKeyOf(const QWidget& window) { return window.objectName() + u"/g
 WindowState::WindowState() {
   const auto values = std::make_shared<Values>();
   const auto thread = Thread::Start([values] {
-    const std::optional<QString> path = StateFile();
-    const QFileInfo info(path.value_or(QString()));
+    const QString path = StateFile();
+    const QFileInfo info(path);
     if (!info.isFile() || info.size() > kMostBytes) {
       return;
     }
-    const QSettings file(*path, QSettings::IniFormat);
+    const QSettings file(path, QSettings::IniFormat);
     for (const QString& key : file.allKeys()) {
       values->insert(key, file.value(key).toByteArray());
     }
@@ -109,8 +102,8 @@ void WindowState::Take(const QWidget& window) {
 void WindowState::BeginSave() {
   deadline_ = std::chrono::steady_clock::now() + kSaveLimit;
   saving_ = Thread::Start([values = std::exchange(taken_, {})] {
-    if (const std::optional<QString> path = StateFile()) {
-      QSettings file(*path, QSettings::IniFormat);
+    if (const QString path = StateFile(); !path.isEmpty()) {
+      QSettings file(path, QSettings::IniFormat);
       for (auto value = values.begin(); value != values.end(); ++value) {
         file.setValue(value.key(), value.value());
       }

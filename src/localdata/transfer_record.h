@@ -40,17 +40,6 @@ struct StoredRecord {
   std::uint32_t systemError = 0;  // errno behind it; 0: none
 };
 
-// Statistics of the status window. Main thread only; ticks in ms, rates in bytes per second.
-struct TransferStatistics {
-  std::uint32_t elapsedTicks = 0;
-  std::uint32_t lastSampleBytes = 0;
-  std::uint32_t startBytes = 0;
-  std::uint32_t lastSampleTick = 0;
-  std::uint32_t startTick = 0;
-  std::array<float, 5> rateSamples{};
-  std::int16_t rateIndex = -1;  // -1: no sample yet
-};
-
 // The persisted description of one thing to fetch and how far it got.
 //
 // Threads: the record's worker and the main thread share it. `state` and the byte counts are single
@@ -80,7 +69,6 @@ class TransferRecord {
   std::atomic<std::uint32_t> systemError{0};  // errno behind it; 0: none
 
   std::uint32_t keepAcrossRestart = 0;  // set before a worker knows the record; 0: never stored
-  TransferStatistics statistics;        // main thread only
 
   RecordPaths Paths() const;
   std::string LocalPath() const;

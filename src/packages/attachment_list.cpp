@@ -23,7 +23,7 @@ AttachmentList::AttachmentList(PackageCommands& commands, QWidget* parent)
   sorted_.setSortRole(AttachmentModel::kValueRole);
   sorted_.setSortCaseSensitivity(Qt::CaseInsensitive);
   setModel(&sorted_);
-  setHeader(new ColumnHeader({30, 11, 17, 19, 9}, attachment_column::kName, this));
+  setHeader(new ColumnHeader({30, 10, 16, 18, 8}, attachment_column::kName, this));
   setSortingEnabled(true);
   auto* const links = new LinkDelegate(this);
   setItemDelegate(links);

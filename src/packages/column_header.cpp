@@ -5,12 +5,12 @@
 namespace updown {
 namespace {
 
-constexpr int kLeastCharacters = 8;
+constexpr int kLeastCharacters = 7;
 
 }  // namespace
 
 ColumnHeader::ColumnHeader(std::vector<int> characters, int stretched, QAbstractItemView* view)
-    : QHeaderView(Qt::Horizontal, view), characterWidth_(fontMetrics().averageCharWidth()) {
+    : QHeaderView(Qt::Horizontal, view), characterWidth_(fontMetrics().horizontalAdvance(u'0')) {
   setObjectName(u"sortHeader"_qs);
   setModel(view->model());
   setRootIndex(view->rootIndex());
@@ -27,7 +27,7 @@ ColumnHeader::ColumnHeader(std::vector<int> characters, int stretched, QAbstract
 
 void ColumnHeader::changeEvent(QEvent* event) {
   QHeaderView::changeEvent(event);
-  const int width = fontMetrics().averageCharWidth();
+  const int width = fontMetrics().horizontalAdvance(u'0');
   if (event->type() != QEvent::FontChange || width == characterWidth_) {
     return;
   }

@@ -2,7 +2,7 @@
 
 #include <QHelpEvent>
 #include <QPainter>
-#include <QStyleOptionFrame>
+#include <QStyle>
 
 #include "widgets/tips.h"
 
@@ -27,13 +27,7 @@ void FieldValue::SetValue(const QString& value) {
   }
 }
 
-QRect FieldValue::TextRect() const {
-  QStyleOptionFrame option;
-  initStyleOption(&option);
-  return style()
-      ->subElementRect(QStyle::SE_LineEditContents, &option, this)
-      .adjusted(kTextMargin, 0, -kTextMargin, 0);
-}
+QRect FieldValue::TextRect() const { return rect().adjusted(kTextMargin, 0, -kTextMargin, 0); }
 
 bool FieldValue::IsCut() const {
   return fontMetrics().horizontalAdvance(text()) > TextRect().width();

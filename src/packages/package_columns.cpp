@@ -1,6 +1,7 @@
 #include "packages/package_columns.h"
 
 #include <QScopedValueRollback>
+#include <utility>
 
 namespace updown {
 
@@ -9,33 +10,30 @@ PackageListColumns::PackageListColumns(PackageArea& area, QObject* parent)
   setSortCaseSensitivity(Qt::CaseInsensitive);
   setSourceModel(&area);
   connect(&area, &PackageArea::HeadersRead, this, [this] {
-    if (const auto wanted = std::exchange(waiting_, std::nullopt)) {
-      QSortFilterProxyModel::sort(wanted->first, wanted->second);
-    }
-    if (const auto wanted = std::exchange(waitingFilter_, std::nullopt)) {
-      SetFilter(*wanted);
+    for (const auto& work : std::exchange(waiting_, {})) {
+      work();
     }
   });
 }
 
-void PackageListColumns::sort(int column, Qt::SortOrder order) {
-  waiting_.reset();
-  if (column < 0 || area_.ReadHeaders()) {
-    QSortFilterProxyModel::sort(column, order);
+void PackageListColumns::WhenRead(std::function<void()> work) {
+  if (area_.ReadHeaders()) {
+    work();
   } else {
-    waiting_ = {column, order};
+    waiting_.push_back(std::move(work));
   }
 }
 
+void PackageListColumns::sort(int column, Qt::SortOrder order) {
+  WhenRead([this, column, order] { QSortFilterProxyModel::sort(column, order); });
+}
+
 void PackageListColumns::SetFilter(const QString& text) {
-  waitingFilter_.reset();
-  if (!text.isEmpty() && !area_.ReadHeaders()) {
-    waitingFilter_ = text;
-    return;
-  }
-  const QScopedValueRollback filtering(filtering_, true);
-  filter_ = text;
-  invalidateRowsFilter();
+  WhenRead([this, text] {
+    const QScopedValueRollback filtering(filtering_, true);
+    filter_ = text;
+    invalidateRowsFilter();
+  });
 }
 
 bool PackageListColumns::filterAcceptsRow(int row, const QModelIndex& parent) const {
@@ -48,7 +46,8 @@ bool PackageListColumns::filterAcceptsRow(int row, const QModelIndex& parent) co
 }
 
 bool PackageListColumns::filterAcceptsColumn(int column, const QModelIndex& parent) const {
-  return !parent.isValid() || column != package_column::kName;
+  Q_UNUSED(parent);  // the root too: who counts columns may ask for any
+  return column != package_column::kName;
 }
 
 PackageTreeColumns::PackageTreeColumns(PackageArea& area, QObject* parent)

@@ -1,8 +1,8 @@
 #pragma once
 
 #include <QSortFilterProxyModel>
-#include <optional>
-#include <utility>
+#include <functional>
+#include <vector>
 
 #include "packages/package_area.h"
 
@@ -30,9 +30,10 @@ class PackageListColumns : public QSortFilterProxyModel {
   bool filterAcceptsColumn(int column, const QModelIndex& parent) const override;
 
  private:
+  void WhenRead(std::function<void()> work);
+
   PackageArea& area_;
-  std::optional<std::pair<int, Qt::SortOrder>> waiting_;
-  std::optional<QString> waitingFilter_;
+  std::vector<std::function<void()>> waiting_;  // for the headers
   QString filter_;
   bool filtering_ = false;
 };

@@ -1,6 +1,10 @@
 #include "packages/package_form.h"
 
 #include <QGridLayout>
+#include <QLabel>
+#include <QPainter>
+#include <QRegularExpression>
+#include <QStyleOptionGroupBox>
 #include <QVBoxLayout>
 
 #include "engine/result_texts.h"
@@ -12,6 +16,9 @@ namespace updown {
 namespace {
 
 constexpr int kLeastLines = 4;  // of notes and attachments
+constexpr int kGroupMargin = 4;
+constexpr qreal kLineOpacity = 0.25;
+constexpr int kLineGap = 2;
 
 struct Field {
   StringId label;
@@ -28,6 +35,26 @@ constexpr std::array<Field, 5> kFields{
     Field{StringId::Cc, "fieldCc", &PackageHeader::cc, 2, 0, 3},
     Field{StringId::Subject, "fieldSubject", &PackageHeader::subject, 3, 0, 3}};
 
+// Its frame shows on a dark ground too.
+class Group : public QGroupBox {
+ public:
+  using QGroupBox::QGroupBox;
+
+ protected:
+  void paintEvent(QPaintEvent* event) override {
+    QGroupBox::paintEvent(event);
+    QStyleOptionGroupBox option;
+    initStyleOption(&option);
+    const QRect inside =
+        style()->subControlRect(QStyle::CC_GroupBox, &option, QStyle::SC_GroupBoxContents, this);
+    QPainter painter(this);
+    QColor line = palette().color(QPalette::Text);
+    line.setAlphaF(kLineOpacity);
+    painter.setPen(line);
+    painter.drawRect(inside.adjusted(-kLineGap, -kLineGap, kLineGap - 1, kLineGap - 1));
+  }
+};
+
 }  // namespace
 
 PackageForm::PackageForm(PackageArea& area, PackageCommands& commands, QWidget* parent)
@@ -35,7 +62,7 @@ PackageForm::PackageForm(PackageArea& area, PackageCommands& commands, QWidget* 
       area_(area),
       notes_(new QPlainTextEdit),
       attachments_(new AttachmentList(commands, nullptr)),
-      onTheWay_(new QLabel(Text(StringId::FilesOnTheWay))) {
+      onTheWay_(new FieldValue) {
   setObjectName(u"packageForm"_qs);
   setAccessibleName(Text(StringId::PackageFormName));
   setFrameShape(NoFrame);
@@ -48,7 +75,8 @@ PackageForm::PackageForm(PackageArea& area, PackageCommands& commands, QWidget* 
   notes_->setTabChangesFocus(true);
   notes_->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
   onTheWay_->setObjectName(u"filesOnTheWay"_qs);
-  onTheWay_->setWordWrap(true);
+  onTheWay_->setAccessibleName(Text(StringId::GroupAttachments));
+  onTheWay_->SetValue(Text(StringId::FilesOnTheWay));
 
   auto* const content = new QWidget;
   content->setBackgroundRole(QPalette::Base);
@@ -95,10 +123,12 @@ QLayout* PackageForm::MakeFields() {
 }
 
 QGroupBox* PackageForm::MakeGroup(StringId title, const QString& name, QWidget* inside) {
-  auto* const group = new QGroupBox(Text(title));
+  auto* const group = new Group(Text(title));
   group->setObjectName(name);
   inside->setMinimumHeight(kLeastLines * fontMetrics().lineSpacing());
-  (new QVBoxLayout(group))->addWidget(inside);
+  auto* const column = new QVBoxLayout(group);
+  column->setContentsMargins(kGroupMargin, kGroupMargin, kGroupMargin, kGroupMargin);
+  column->addWidget(inside);
   return group;
 }
 
@@ -108,7 +138,10 @@ void PackageForm::ShowHeader() {
   for (std::size_t i = 0; i < kFields.size(); ++i) {
     fields_.at(i)->SetValue(ToQString(header.*kFields.at(i).value));
   }
-  const QString notes = ToQString(header.notes).remove(u'\r');
+  QString notes = ToQString(header.notes).remove(u'\r');
+  // A line without a place to break takes seconds to lay out.
+  static const QRegularExpression endless(u"(\\S{1000})"_qs);
+  notes.replace(endless, u"\\1\u200B"_qs);
   if (notes_->toPlainText() != notes) {
     notes_->setPlainText(notes);
   }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QGroupBox>
-#include <QLabel>
 #include <QPlainTextEdit>
 #include <QScrollArea>
 #include <QTimer>
@@ -35,8 +34,8 @@ class PackageForm : public QScrollArea {
   QPlainTextEdit* notes_;
   AttachmentList* attachments_;
   QGroupBox* attachmentGroup_ = nullptr;
-  QLabel* onTheWay_;  // in the place of the attachments
-  QTimer slow_;       // runs while nothing needs to be said yet of the files asked for
+  FieldValue* onTheWay_;  // in the place of the attachments
+  QTimer slow_;           // runs while nothing needs to be said yet of the files asked for
 };
 
 }  // namespace updown

@@ -26,7 +26,7 @@ PackageList::PackageList(PackageArea& area, PackageCommands& commands, QString s
   setAccessibleName(Text(StringId::PackageListName));
   setModel(&columns_);
   setRootIndex(columns_.mapFromSource(area_.Root()));
-  setHeader(new ColumnHeader({23, 23, 23, 40, 14}, package_column::kSubject, this));
+  setHeader(new ColumnHeader({23, 20, 20, 40, 12}, package_column::kSubject, this));
   setSortingEnabled(true);
   addActions({commands.SaveAllAction(), delete_});
   connect(delete_, &QAction::triggered, this,
@@ -40,6 +40,7 @@ PackageList::PackageList(PackageArea& area, PackageCommands& commands, QString s
   connect(&area_, &PackageArea::HeaderChanged, this,
           [this] { delete_->setEnabled(!area_.IsBusy(area_.Selected())); });
   connect(&area_, &PackageArea::ConnectionChanged, this, &PackageList::FollowConnection);
+  connect(&area_, &PackageArea::HeadersRead, this, [this] { ShowConnection(false); });
   FollowConnection();
   ShowSelection();
 }

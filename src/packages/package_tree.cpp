@@ -7,6 +7,7 @@
 
 #include "resources/qt/texts.h"
 #include "resources/string_id.h"
+#include "widgets/accessibility.h"
 #include "widgets/icons.h"
 #include "widgets/item_view_menu.h"
 #include "widgets/tips.h"
@@ -46,6 +47,7 @@ PackageTree::PackageTree(PackageArea& area, PackageCommands& commands, QWidget* 
       rename_(MakeAction(this, StringId::Rename, u"renamePackage"_qs, {Qt::Key_F2})),
       delete_(MakeAction(this, StringId::MenuPackageDelete, u"deletePackage"_qs,
                          {QKeySequence::Delete})) {
+  MakeAccessible(this);
   setObjectName(QStringLiteral("packageTree"));
   setAccessibleName(Text(StringId::FolderTreeName));
   setHeaderHidden(true);

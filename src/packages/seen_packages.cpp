@@ -19,7 +19,7 @@ namespace {
 
 constexpr char kMark[] = "seen 1\n";
 constexpr qint64 kMostBytes = 8 << 20;  // packed; and unpacked
-constexpr std::chrono::seconds kPause{5};
+constexpr std::chrono::seconds kPause{20};
 constexpr std::chrono::milliseconds kEndLimit{500};
 
 std::optional<std::unordered_set<std::string>> Unpack(QByteArray bytes) {

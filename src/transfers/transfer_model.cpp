@@ -8,7 +8,6 @@
 
 #include "resources/qt/texts.h"
 #include "service/result_codes.h"
-#include "transfers/rate_statistics.h"
 #include "widgets/icons.h"
 #include "widgets/progress_delegate.h"
 
@@ -116,11 +115,11 @@ void TransferModel::Add(const TaskPointer& task) {
   if (!task || !task->record || RowWith(task->id) != nullptr) {
     return;
   }
-  StartStatistics(*task, ticks_.Now());
   const auto place = Find(task->id);
   const int row = static_cast<int>(place - rows_.begin());
   beginInsertRows({}, row, row);
-  rows_.insert(place, MakeRow(task));
+  const auto made = rows_.insert(place, MakeRow(task));
+  made->meter.Begin(made->progress.doneBytes, ticks_.Now());
   endInsertRows();
 }
 
@@ -176,7 +175,7 @@ void TransferModel::ShowPaths(TaskId task) {
 
 void TransferModel::ShowStarted(TaskId task) {
   if (const TaskPointer live = TaskOf(task)) {
-    ContinueStatistics(*live, ticks_.Now());
+    RowWith(task)->meter.Begin(live->Progress().doneBytes, ticks_.Now());
     SetCourse({task}, TransferCourse::Started);
   }
 }
@@ -206,12 +205,11 @@ void TransferModel::ShowEnded(TaskId task, const TransferResult& result) {
     return;
   }
   TransferRow& row = *RowWith(task);
-  const FinalRate final = TakeFinalRate(*live, ticks_.Now());
   if (row.course != TransferCourse::QueuedAgain) {
     row.course = TransferCourse::None;
   }
   ReadProgress(row, *live);
-  row.rate = final.average;
+  row.rate = row.meter.Average(row.progress.doneBytes, ticks_.Now());
   row.result = row.state == ShownState::Failed ? result : TransferResult();
   row.ended = QDateTime::currentDateTime();
   ShowRows({Number(row)});
@@ -249,7 +247,7 @@ void TransferModel::ShowBlocks() {
       TransferRow& row = *RowWith(task);
       const ShownState before = row.state;
       ReadProgress(row, *live);
-      Measure(row, *live);
+      Measure(row);
       (row.state == before ? moved : changed).push_back(Number(row));
     }
   }
@@ -257,12 +255,12 @@ void TransferModel::ShowBlocks() {
   ShowRows(std::move(moved), TransferColumn::Transferred, TransferColumn::Remaining);
 }
 
-void TransferModel::Measure(TransferRow& row, TransferTask& task) {
+void TransferModel::Measure(TransferRow& row) {
   if (row.state != ShownState::Moving) {
     return;
   }
-  if (const auto sample = TakeSample(task, lastShown_)) {
-    row.rate = sample->rate.value_or(0) > 0 ? sample->rate : std::nullopt;
+  if (!row.meter.TooEarly(lastShown_)) {
+    row.rate = row.meter.Sample(row.progress.doneBytes, lastShown_);
   }
   if (row.rate && !stallTimer_.isActive()) {
     stallTimer_.start(kStallLook, this);
@@ -273,12 +271,10 @@ void TransferModel::EndStalledRates() {
   std::vector<int> stalled;
   bool moves = false;
   for (TransferRow& row : rows_) {
-    const TaskPointer task =
-        row.state == ShownState::Moving && row.rate ? row.task.lock() : nullptr;
-    if (!task) {
+    if (row.state != ShownState::Moving || !row.rate) {
       continue;
     }
-    if (ticks_.Now() - task->record->statistics.lastSampleTick < kStallSpan) {
+    if (row.meter.SinceSample(ticks_.Now()) < kStallSpan) {
       moves = true;
     } else {
       row.rate.reset();
@@ -329,7 +325,7 @@ int TransferModel::columnCount(const QModelIndex& parent) const {
 QVariant TransferModel::SortValue(const TransferRow& row, TransferColumn column) {
   switch (column) {
     case TransferColumn::Transferred:
-      return QVariant::fromValue<qulonglong>(row.amount.doneBytes);
+      return QVariant::fromValue<qulonglong>(row.progress.doneBytes);
     case TransferColumn::Progress:
       return BarOf(row).value_or(kWaitingBar - 1);
     case TransferColumn::Rate:

@@ -79,7 +79,7 @@ class TransferModel : public QAbstractTableModel {
   void GatherAtEnd(const std::vector<TaskId>& tasks);
   void SetCourse(const std::vector<TaskId>& tasks, TransferCourse course);
   void ShowBlocks();
-  void Measure(TransferRow& row, TransferTask& task);
+  void Measure(TransferRow& row);
   void EndStalledRates();
   void ShowRows(std::vector<int> rows, TransferColumn from = TransferColumn::Name,
                 TransferColumn to = TransferColumn::State);

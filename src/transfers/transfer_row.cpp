@@ -45,14 +45,6 @@ ShownState StateOf(TransferState state, TransferCourse course) {
   return ShownState::Unknown;
 }
 
-TransferAmount AmountOf(const TransferTask& task) {
-  TransferAmount amount{task.Bytes(), task.record->totalBytes, 0, 0};
-  if (task.childRecord) {  // its total is that of the files so far
-    amount.totalBytes = 0;
-  }
-  return amount;
-}
-
 QString StateText(const TransferRow& row) {
   switch (row.state) {
     case ShownState::Moving:
@@ -78,16 +70,16 @@ QString StateText(const TransferRow& row) {
   return {};
 }
 
-QString AmountText(const TransferAmount& amount) {
-  const std::uint64_t done = amount.doneBytes;
+QString AmountText(const TaskProgress& progress) {
+  const std::uint64_t done = progress.doneBytes;
   QString text = FromUtf8(done == 0 ? FormatKiloBytes(0) : FormatSize(done));
-  if (done < amount.totalBytes) {
-    text = Text(StringId::AmountOf).arg(text, FromUtf8(FormatSize(amount.totalBytes)));
+  if (done < progress.totalBytes) {
+    text = Text(StringId::AmountOf).arg(text, FromUtf8(FormatSize(progress.totalBytes)));
   }
-  return amount.files == 0
+  return progress.files == 0
              ? text
              : Text(StringId::FilesOf)
-                   .arg(QString::number(amount.doneFiles), QString::number(amount.files), text);
+                   .arg(QString::number(progress.doneFiles), QString::number(progress.files), text);
 }
 
 QString RateText(const TransferRow& row) { return FromUtf8(FormatRate(row.rate.value_or(0))); }
@@ -122,7 +114,6 @@ TransferRow MakeRow(const TaskPointer& task) {
   row.id = task->id;
   row.task = task;
   row.upload = record.direction == 1;
-  row.folder = record.isFolder != 0;
   row.result.code = -static_cast<int>(record.resultCode);
   row.result.systemError = static_cast<int>(record.systemError);
   ReadPaths(row, *task);
@@ -141,33 +132,34 @@ void ReadPaths(TransferRow& row, const TransferTask& task) {
 
 void ReadProgress(TransferRow& row, const TransferTask& task) {
   row.state = StateOf(task.record->state, row.course);
-  row.amount = AmountOf(task);
+  row.progress = task.Progress();
   if (row.state != ShownState::Moving && row.state != ShownState::Finished) {
     row.rate.reset();
   }
 }
 
 std::optional<double> RemainingSeconds(const TransferRow& row) {
-  const TransferAmount& amount = row.amount;
-  if (row.state != ShownState::Moving || row.rate.value_or(0) <= 0 || amount.totalBytes == 0) {
+  const TaskProgress& progress = row.progress;
+  if (row.state != ShownState::Moving || row.rate.value_or(0) <= 0 || progress.totalBytes == 0) {
     return std::nullopt;
   }
-  const std::uint64_t left = amount.totalBytes - std::min(amount.doneBytes, amount.totalBytes);
+  const std::uint64_t left =
+      progress.totalBytes - std::min(progress.doneBytes, progress.totalBytes);
   return static_cast<double>(left) / static_cast<double>(*row.rate);
 }
 
 std::optional<float> BarOf(const TransferRow& row) {
   constexpr double kWhole = 100;
-  const TransferAmount& amount = row.amount;
+  const TaskProgress& progress = row.progress;
   if (row.state == ShownState::Finished) {
     return kWhole;
   }
-  if (amount.totalBytes != 0) {
-    return static_cast<float>(kWhole * static_cast<double>(amount.doneBytes) /
-                              static_cast<double>(amount.totalBytes));
+  if (progress.totalBytes != 0) {
+    return static_cast<float>(kWhole * static_cast<double>(progress.doneBytes) /
+                              static_cast<double>(progress.totalBytes));
   }
   const bool begins = row.state == ShownState::Waiting || row.state == ShownState::Starting;
-  return begins && amount.doneBytes == 0 ? std::optional(kWaitingBar) : std::nullopt;
+  return begins && progress.doneBytes == 0 ? std::optional(kWaitingBar) : std::nullopt;
 }
 
 QString CellText(const TransferRow& row, TransferColumn column) {
@@ -179,7 +171,7 @@ QString CellText(const TransferRow& row, TransferColumn column) {
     case TransferColumn::To:
       return row.to;
     case TransferColumn::Transferred:
-      return AmountText(row.amount);
+      return AmountText(row.progress);
     case TransferColumn::Progress:
       return ProgressText(row);
     case TransferColumn::Rate:

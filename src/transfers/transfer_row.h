@@ -8,6 +8,7 @@
 
 #include "engine/transfer_task.h"
 #include "service/transfer_result.h"
+#include "transfers/rate_meter.h"
 
 namespace updown {
 
@@ -31,14 +32,6 @@ enum class ShownState {
 // which its worker may not have done yet.
 enum class TransferCourse { None, QueuedAgain, Started, Moving, Reconnecting };
 
-// How far a transfer has come. 0 as a total: not known yet. No files: it is a single file.
-struct TransferAmount {
-  std::uint64_t doneBytes = 0;
-  std::uint64_t totalBytes = 0;
-  std::uint32_t doneFiles = 0;
-  std::uint32_t files = 0;
-};
-
 // What is known of a transfer that has a row, as it was last looked at. It does not keep its task
 // alive: once that is gone from the queue and from its worker, there is none.
 struct TransferRow {
@@ -48,11 +41,11 @@ struct TransferRow {
   QString from;
   QString to;
   bool upload = false;
-  bool folder = false;
 
   TransferCourse course = TransferCourse::None;
   ShownState state = ShownState::Waiting;
-  TransferAmount amount;
+  TaskProgress progress;
+  RateMeter meter;
   std::optional<float> rate;  // bytes per second, of one that moves; behind its end the average
   TransferResult result;      // of the last run; with code 0 nothing is to be told
   QDateTime ended;            // invalid: not in this run of the program
@@ -62,7 +55,7 @@ inline const QString& LocalPath(const TransferRow& row) { return row.upload ? ro
 
 TransferRow MakeRow(const TaskPointer& task);
 void ReadPaths(TransferRow& row, const TransferTask& task);
-// State and amount. Takes the rate away from one that does not move any more.
+// State and progress. Takes the rate away from one that does not move any more.
 void ReadProgress(TransferRow& row, const TransferTask& task);
 
 // Seconds; nothing for a transfer that does not move, or whose size is not known.

@@ -184,7 +184,8 @@ QAction* TransferWindow::MakeAction(StringId text, const char* name) {
 }
 
 void TransferWindow::Open() {
-  showNormal();
+  setWindowState(windowState() & ~Qt::WindowMinimized);
+  show();
   raise();
   activateWindow();
 }

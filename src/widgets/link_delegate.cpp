@@ -2,38 +2,14 @@
 
 #include <QGuiApplication>
 #include <QMouseEvent>
-#include <algorithm>
-#include <cmath>
 #include <utility>
+
+#include "widgets/contrast.h"
 
 namespace updown {
 namespace {
 
 constexpr QPoint kElsewhere{-1, -1};
-
-double Luminance(const QColor& color) {
-  const auto linear = [](double part) {
-    return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
-  };
-  return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) +
-         0.0722 * linear(color.blueF());
-}
-
-double Contrast(const QColor& one, const QColor& other) {
-  const auto [dark, light] = std::minmax({Luminance(one), Luminance(other)});
-  return (light + 0.05) / (dark + 0.05);
-}
-
-// The colour, lighter or darker until it can be read.
-QColor Readable(QColor color, const QColor& back) {
-  constexpr double kLeastContrast = 4.5;
-  constexpr int kStep = 110;  // percent
-  const bool onDark = Luminance(back) < 0.18;
-  for (int step = 0; step < 30 && Contrast(color, back) < kLeastContrast; ++step) {
-    color = onDark ? color.lighter(kStep) : color.darker(kStep);
-  }
-  return color;
-}
 
 bool IsLink(const QModelIndex& index) { return index.data(kLinkRole).toBool(); }
 
@@ -58,7 +34,8 @@ void LinkDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelInd
   option->font.setUnderline(true);
   const QColor color =
       index == hovered_ ? QColor(Qt::red) : option->palette.color(QPalette::Active, QPalette::Link);
-  option->palette.setColor(QPalette::Text, Readable(color, option->palette.color(QPalette::Base)));
+  option->palette.setColor(QPalette::Text,
+                           ReadableOn(option->palette.color(QPalette::Base), color));
 }
 
 QRect LinkDelegate::LinkRect(const QModelIndex& index) const {

@@ -67,10 +67,10 @@ TEST_F(DesktopNotificationsTest, GathersWhatComesAndReplacesItWhileItStands) {
   StartService();
   DesktopNotifications notifications(kCollect);
   QSignalSpy clicked(&notifications, &DesktopNotifications::Clicked);
-  notifications.TransferEnded(u"a<b>&.pdf"_qs, false);
+  notifications.TransferEnded(u"a<b>&.pdf"_qs, {});
   EXPECT_EQ(Said(), u"notify|1|Transfer finished|a&lt;b&gt;&amp;.pdf|default|transfer.complete"_qs);
-  notifications.TransferEnded(u"c.pdf"_qs, true);
-  notifications.TransferEnded(u"d.pdf"_qs, false);
+  notifications.TransferEnded(u"c.pdf"_qs, u"disk full"_qs);
+  notifications.TransferEnded(u"d.pdf"_qs, {});
   notifications.PackageCame(u"one"_qs);
   EXPECT_EQ(Said(), u"notify|1|Transfers have ended|Saved: 2/Failed: 1|default|transfer.error"_qs);
   EXPECT_EQ(Said(), u"notify|2|A package has come|one|default|email.arrived"_qs);
@@ -81,17 +81,17 @@ TEST_F(DesktopNotificationsTest, GathersWhatComesAndReplacesItWhileItStands) {
 
   service_.write("close 1\nclick 2\n");  // the second tells that the first has been heard
   ASSERT_TRUE(QTest::qWaitFor([&] { return clicked.size() == 2; }, kPatienceMs));
-  notifications.TransferEnded(u"e.pdf"_qs, false);
+  notifications.TransferEnded(u"e.pdf"_qs, {});
   EXPECT_EQ(Said(), u"notify|3|Transfers have ended|Saved: 3/Failed: 1|default|transfer.error"_qs);
 
   // Coming back takes them away, and what happens then is seen in the window.
   notifications.SetActive(true);
   EXPECT_EQ(Said(), u"close|3"_qs);
   EXPECT_EQ(Said(), u"close|2"_qs);
-  notifications.TransferEnded(u"f.pdf"_qs, false);
+  notifications.TransferEnded(u"f.pdf"_qs, {});
   notifications.SetActive(false);
-  notifications.TransferEnded(u"g.pdf"_qs, true);
-  EXPECT_EQ(Said(), u"notify|4|Transfer failed|g.pdf|default|transfer.error"_qs);
+  notifications.TransferEnded(u"g.pdf"_qs, u"disk full"_qs);
+  EXPECT_EQ(Said(), u"notify|4|Transfer failed|g.pdf/disk full|default|transfer.error"_qs);
 }
 
 TEST_F(DesktopNotificationsTest, TellWhatTheMainWindowHearsOf) {

@@ -1,7 +1,9 @@
 // Tree, list and form over one area.
+#include <QAccessible>
 #include <QHeaderView>
 #include <QLineEdit>
 #include <QPlainTextEdit>
+#include <QScrollBar>
 #include <QSplitter>
 
 #include "packages/package_commands.h"
@@ -138,6 +140,8 @@ TEST_F(PanesTest, AllShowOneSelection) {
   EXPECT_EQ(tree_->currentIndex(), TreeItem(0));
   EXPECT_THAT(AttachmentNames(), ElementsAre("of" + kThird + ".txt"));
   EXPECT_EQ(From(), "f3");
+  auto* const from = form_->findChild<QWidget*>(u"fieldFrom"_qs);
+  EXPECT_EQ(QAccessible::queryAccessibleInterface(from)->text(QAccessible::Name), u"From:"_qs);
   EXPECT_EQ(form_->findChild<QPlainTextEdit*>()->toPlainText(), u"a\nb"_qs);
 
   Click(tree_, TreeItem(1));
@@ -176,23 +180,6 @@ TEST_F(PanesTest, ARefreshKeepsSortingSelectionAndTheFilesOnShow) {
   EXPECT_EQ(Senders(), "f9 f2 f0 ");
 }
 
-TEST_F(PanesTest, SaveAndDeleteActOnTheFilesOnShowWhileAListingIsSlow) {
-  ShowListed({kFirst, kSecond});
-  Click(tree_, TreeItem(1));
-  ASSERT_TRUE(Settle());
-  ASSERT_THAT(AttachmentNames(), ElementsAre("of" + kFirst + ".txt"));
-  peer_.SetDelay({message::kList, 300});
-  area_->Refresh(AskedBy::Person);
-  Click(&Attachments(), Attachments().CellAt(0, attachment_column::kSave));
-  EXPECT_THAT(downloads_.saved,
-              ElementsAre("of" + kFirst + ".txt from /" + kFirst + "/of" + kFirst + ".txt"));
-  ASSERT_TRUE(area_->Refreshing());
-  DeleteFile(0);
-  EXPECT_FALSE(std::filesystem::exists(Served(kFirst + "/of" + kFirst + ".txt")));
-  EXPECT_TRUE(std::filesystem::exists(Served(kSecond + "/of" + kSecond + ".txt")));
-  EXPECT_THAT(AttachmentNames(), IsEmpty());
-}
-
 TEST_F(PanesTest, AHalfArrivedPackageHidesItsAttachments) {
   AddPackage(kFirst);
   Show();
@@ -211,11 +198,59 @@ TEST_F(PanesTest, TheEmptyListSaysWhatIsTrue) {
   peer_.AddFault({.kind = Fault::Kind::Stall, .message = message::kList});
   area_->Refresh(AskedBy::Program);
   EXPECT_EQ(hint(), "") << "not yet";
+  const QSignalSpy failed(&*area_, &PackageArea::Failed);
   ASSERT_TRUE(Await([&] { return hint() == "Connecting to the service…"; }));
   area_->Cancel();
-  ASSERT_TRUE(Await([&] { return hint().find("F5") != std::string::npos; }));
+  ASSERT_TRUE(Await([&] { return hint().starts_with("Not connected to the service"); }));
+  EXPECT_EQ(failed.size(), 0) << "the person knows";
   ASSERT_TRUE(Refresh());
   EXPECT_THAT(hint(), ::testing::HasSubstr("No packages have been received"));
+}
+
+TEST_F(PanesTest, ALineFiltersTheListAndEscapeShowsAllAgain) {
+  ShowListed({kFirst, kSecond, kThird});
+  list_->SelectRow(1);
+  ASSERT_TRUE(Settle());
+  pane_->Find();
+  auto* const line = pane_->findChild<QLineEdit*>();
+  ASSERT_TRUE(line->hasFocus());
+  QTest::keyClicks(line, u"F2"_qs);
+  EXPECT_EQ(Senders(), "f2 ");
+  EXPECT_EQ(list_->SelectedRow(), 0);
+  EXPECT_EQ(From(), "f2");
+  QTest::keyClick(line, Qt::Key_Backspace);
+  EXPECT_EQ(Senders(), "f3 f2 f1 ") << "all end in a digit";
+  QTest::keyClicks(line, u"3"_qs);
+  EXPECT_EQ(Senders(), "f3 ");
+  EXPECT_EQ(area_->Selected(), "") << "nobody has chosen the row that is left";
+  EXPECT_EQ(From(), "");
+  PutIntoCache(HeaderFileOf(kThird + "#", true), "f33");
+  AddPackage(kThird + "#");
+  ASSERT_TRUE(Refresh());
+  EXPECT_EQ(Senders(), "f33 f3 ");
+  QTest::keyClicks(line, u"x"_qs);
+  EXPECT_EQ(ToUtf8(list_->accessibleDescription()), "No package contains this text.");
+  QTest::keyClick(line, Qt::Key_Escape);
+  EXPECT_EQ(Senders(), "f33 f3 f2 f1 ");
+  EXPECT_FALSE(line->isVisible());
+  EXPECT_TRUE(list_->hasFocus());
+}
+
+TEST_F(PanesTest, TheSelectedRowStaysInViewWhileHeadersMoveIt) {
+  Names packages;
+  for (int i = 10; i < 90; ++i) {
+    packages.push_back("200801150930" + std::to_string(i));
+  }
+  ShowListed(packages);
+  list_->sortByColumn(package_column::kFrom, Qt::AscendingOrder);
+  list_->SelectRow(0);
+  Arrive(area_->Selected(), "z");
+  EXPECT_EQ(list_->SelectedRow(), list_->RowCount() - 1);
+  const QRect row = list_->visualRect(list_->CellAt(list_->SelectedRow(), 0));
+  EXPECT_TRUE(list_->viewport()->rect().contains(row.center()));
+  list_->verticalScrollBar()->setValue(0);
+  Arrive(packages[40], "y");
+  EXPECT_EQ(list_->verticalScrollBar()->value(), 0) << "who looks elsewhere is left there";
 }
 
 struct DeletionCase {
@@ -334,21 +369,41 @@ TEST_F(Attached, AFileIsDeletedIfItsNameIsSafeAndTheServiceAgrees) {
   EXPECT_EQ(AttachmentNames().size(), 3U);
 }
 
-TEST_F(PanesTest, HeadersAreReadInTheCodePageOfTheLanguage) {
-  AddPackage(kFirst);
-  const std::tuple<std::int32_t, const char*, const char*> cases[] = {
-      {1033, "Ren\xE9", "René"}, {2052, "\xD6\xD0", "中"}, {1028, "\xA4\xA4", "中"}};
-  for (const auto& [language, bytes, text] : cases) {
-    window_.reset();
-    tester_.reset();
-    launch_.languageId = language;
-    PutIntoCache(HeaderFileOf(kFirst, true), bytes);
-    Show();
-    ASSERT_TRUE(Refresh());
-    EXPECT_EQ(Senders(), std::string(text) + " ");
-    EXPECT_EQ(From(), text);
-  }
+TEST_F(Attached, SeveralAreDeletedByOneQuestionAndSizesSortAsNumbers) {
+  ShowFiles();
+  WriteFile(Served(kFirst + "/c.txt"), std::string(2000, 'c'));
+  ASSERT_TRUE(Refresh());
+  ASSERT_TRUE(Settle());
+  AttachmentList& list = Attachments();
+  list.sortByColumn(attachment_column::kSize, Qt::DescendingOrder);
+  EXPECT_THAT(AttachmentNames(), ElementsAre("c.txt", "A.txt", longName_, "b.txt", "..\\up"));
+  EXPECT_THAT(ToUtf8(list.CellAt(0, 0).data(Qt::ToolTipRole).toString()),
+              StartsWith("Name: c.txt\nSize: 1 KB (2,000 bytes)\nType: TEXT File\n"));
+  const auto* const save = list.findChild<QAction*>(u"saveFile"_qs);
+  list.SelectRow(0);
+  EXPECT_TRUE(save->isEnabled());
+  list.selectionModel()->select(list.CellAt(1, 0),
+                                QItemSelectionModel::Select | QItemSelectionModel::Rows);
+  EXPECT_FALSE(save->isEnabled()) << "saves one, or Save All all";
+  list.findChild<QAction*>(u"deleteFiles"_qs)->trigger();
+  ASSERT_TRUE(Await([this] { return AttachmentNames().size() == 3; }));
+  EXPECT_THAT(person_.seen, ElementsAre("Delete 2 files from the service?"));
+  EXPECT_THAT(AttachmentNames(), ElementsAre(longName_, "b.txt", "..\\up"));
 }
 
+TEST_F(Attached, AllFilesAreSavedWithinTheLimits) {
+  ShowFiles();
+  QAction* const all = commands_->SaveAllAction();
+  all->trigger();
+  EXPECT_THAT(std::exchange(downloads_.saved, {}), ElementsAre(kFirst));
+  downloads_.duplicate = true;
+  all->trigger();
+  downloads_.limit = true;
+  all->trigger();
+  ASSERT_EQ(person_.seen.size(), 2U);
+  EXPECT_THAT(person_.seen[1], ::testing::HasSubstr("Unfinished transfers that you started"));
+  EXPECT_THAT(downloads_.saved, IsEmpty());
+  EXPECT_EQ(transfersShown_, 3);
+}
 }  // namespace
 }  // namespace updown::test

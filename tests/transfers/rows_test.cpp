@@ -45,7 +45,7 @@ TEST_F(Transfers, TellsEachStateInEachColumn) {
       {State::Queued, 0, 0, false, "s", "0 KB||||Processing ..."},
       {State::Queued, 0, 40960, false, "sb",
        "4 KB of 40 KB|10.00%|4.00 KB/s|00 : 00 : 09 |Transferring"},
-      {State::Queued, 0, 0, false, "b", "4 KB|N/A|||Transferring"},
+      {State::Queued, 0, 0, false, "b", "4 KB|N/A|4.00 KB/s||Transferring"},
       {State::Queued, 0, 40960, false, "sbw", "4 KB of 40 KB|10.00%|||Reconnecting …"},
       {State::Queued, 0, 40960, false, "sbwb",
        "8 KB of 40 KB|20.00%|3.60 KB/s|00 : 00 : 08 |Transferring"},
@@ -75,6 +75,14 @@ TEST_F(Transfers, TellsEachStateInEachColumn) {
     }
     EXPECT_EQ(Course(Rows() - 1), c.course) << "case " << &c - cases;
   }
+  const TaskPointer folder = AddTask(State::Queued, 0, 0, true);
+  folder->WalkBegins();
+  folder->FilesListed(8, 3 << 20);
+  folder->FileIsThere(448 << 10);
+  ticks_.now += 1000;
+  window_.ShowBlock(folder->id);
+  EXPECT_EQ(Course(Rows() - 1),
+            "1 of 8 files, 448 KB of 3.00 MB|14.58%|448.00 KB/s|00 : 00 : 05 |Transferring");
 }
 
 TEST_F(Transfers, BlocksInQuickSuccessionShowTogether) {

@@ -275,6 +275,24 @@ def second_start(case):
                    f"status {second.process.returncode}")
 
 
+def size_comes_back(case):
+    service = case.service()
+    sizes = {}
+    for way in ("close", "SIGTERM"):
+        client = case.client(service)
+        window = case.listed(client, service)
+        sizes[way] = (700 + 100 * len(sizes), 480)
+        window.configure(width=sizes[way][0], height=sizes[way][1])
+        time.sleep(0.5)
+        case.ends(client, way)
+        client = case.client(service)
+        window = case.listed(client, service)
+        shape = window.get_geometry()
+        shown = (shape.width, shape.height)
+        case.check(f"its size comes back after {way}", shown == sizes[way], f"{shown}")
+        case.ends(client, "close")
+
+
 def fill(write_end):
     """Up to the last byte, as a reader that has stopped would leave it."""
     flags = fcntl.fcntl(write_end, fcntl.F_GETFL)
@@ -407,6 +425,7 @@ def cases():
     yield "replies 3 s late", delayed
     yield "ten transfers", transfers_go_on
     yield "second start", second_start
+    yield "size comes back", size_comes_back
     for kind in ("full pipe", "full socket", "closed", "without a reader"):
         yield f"error stream, {kind}", lambda c, k=kind: error_stream(c, k)
     for way in ENDS[1:]:
