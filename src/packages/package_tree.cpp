@@ -8,6 +8,7 @@
 #include "platform/qt/text.h"
 #include "resources/qt/texts.h"
 #include "resources/string_id.h"
+#include "widgets/accessibility.h"
 #include "widgets/icons.h"
 
 namespace updown {
@@ -40,6 +41,7 @@ void TakeDrop(QDropEvent& event) {
 
 PackageTree::PackageTree(PackageArea& area, QWidget* parent)
     : QTreeView(parent), area_(area), columns_(area) {
+  MakeAccessible(this);
   setObjectName(QStringLiteral("packageTree"));
   setAccessibleName(Text(StringId::FolderTreeName));
   setHeaderHidden(true);

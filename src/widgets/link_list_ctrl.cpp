@@ -14,13 +14,13 @@ namespace {
 constexpr int kTipWidth = 300;
 
 // Draws link cells: the row's background by the style, the text at LinkTextRect.
-class LinkDelegate : public QStyledItemDelegate {
+class OldLinkDelegate : public QStyledItemDelegate {
  public:
-  explicit LinkDelegate(CLinkListCtrl* list) : QStyledItemDelegate(list), list_(list) {}
+  explicit OldLinkDelegate(CLinkListCtrl* list) : QStyledItemDelegate(list), list_(list) {}
 
   void paint(QPainter* painter, const QStyleOptionViewItem& option,
              const QModelIndex& index) const override {
-    if (!list_->IsLinkCell(index)) {
+    if (!list_->HasLink(index.row(), index.column())) {
       QStyledItemDelegate::paint(painter, option, index);
       return;
     }
@@ -56,11 +56,7 @@ CLinkListCtrl::CLinkListCtrl(QWidget* parent) : RowListView(parent) {
   setHeaderHidden(true);
   setMouseTracking(true);
   viewport()->installEventFilter(this);
-  setItemDelegate(new LinkDelegate(this));
-  // Later, because the screen reader waits for the answer to its call, and the owner may open a
-  // dialog.
-  connect(this, &CLinkListCtrl::CellPressed, this, &CLinkListCtrl::CellClicked,
-          Qt::QueuedConnection);
+  setItemDelegate(new OldLinkDelegate(this));
 }
 
 CLinkListCtrl::~CLinkListCtrl() = default;
@@ -148,19 +144,6 @@ bool CLinkListCtrl::DeleteItem(int row) {
   return true;
 }
 
-QString CLinkListCtrl::CellHelp(const QModelIndex& index) const {
-  return GetCellTip(index.row(), index.column());
-}
-
-bool CLinkListCtrl::IsLinkCell(const QModelIndex& index) const {
-  return HasLink(index.row(), index.column());
-}
-
-void CLinkListCtrl::PressCell(const QModelIndex& index) {
-  SelectRow(index.row());
-  Q_EMIT CellPressed(index.row(), index.column());
-}
-
 void CLinkListCtrl::mousePressEvent(QMouseEvent* event) {
   pressed_ = event->button() == Qt::LeftButton;
   RowListView::mousePressEvent(event);
@@ -170,8 +153,8 @@ void CLinkListCtrl::mouseMoveEvent(QMouseEvent* event) {
   const QPoint point = event->position().toPoint();
   const QModelIndex index = indexAt(point);
   LinkHit hit{index.row(), index.column(), false};
-  hit.over =
-      index.isValid() && IsLinkCell(index) && LinkTextRect(hit.row, hit.column).contains(point);
+  hit.over = index.isValid() && HasLink(index.row(), index.column()) &&
+             LinkTextRect(hit.row, hit.column).contains(point);
   for (const HoverChange& change :
        HoverChanges(lastHit_, HasLink(lastHit_.row, lastHit_.column), hit)) {
     SetLinkHover(change.row, change.column, change.hover);

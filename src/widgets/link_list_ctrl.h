@@ -42,14 +42,9 @@ class CLinkListCtrl : public RowListView {
   bool DeleteAllItems();
   bool DeleteItem(int row);
 
-  QString CellHelp(const QModelIndex& index) const override;
-  bool IsLinkCell(const QModelIndex& index) const override;
-  void PressCell(const QModelIndex& index) override;
-
  Q_SIGNALS:
   void CellClicked(int row, int column);  // left click; row -1 below the rows
   void RowActivated();                    // double click anywhere in the list, or Enter
-  void CellPressed(int row, int column);  // by a screen reader; CellClicked follows
 
  protected:
   void mousePressEvent(QMouseEvent* event) override;

@@ -6,6 +6,7 @@
 #include <QStyle>
 
 #include "resources/qt/texts.h"
+#include "widgets/accessibility.h"
 
 namespace updown {
 
@@ -14,6 +15,7 @@ NoticeBar::NoticeBar(QWidget* parent)
       text_(new QLabel(this)),
       tryAgain_(new QToolButton(this)),
       close_(new QToolButton(this)) {
+  InstallAccessibility();
   setObjectName(u"noticeBar"_qs);
   setFrameShape(QFrame::StyledPanel);
   setAutoFillBackground(true);
@@ -48,10 +50,13 @@ NoticeBar::NoticeBar(QWidget* parent)
 }
 
 void NoticeBar::SetNotice(Source source, const QString& text) {
+  const bool stood = isVisible();
   notices_.insert(source, text);
   Refresh();
-  QAccessibleEvent alert(this, QAccessible::Alert);
-  QAccessible::updateAccessibility(&alert);
+  if (stood) {  // the toolkit tells it when it comes
+    QAccessibleEvent shown(this, QAccessible::ObjectShow);
+    QAccessible::updateAccessibility(&shown);
+  }
 }
 
 void NoticeBar::ClearNotice(Source source) {
@@ -61,6 +66,7 @@ void NoticeBar::ClearNotice(Source source) {
 
 void NoticeBar::Refresh() {
   text_->setText(QStringList(notices_.values()).join(u'\n'));
+  setAccessibleName(text_->text());
   tryAgain_->setVisible(notices_.contains(Source::Service));
   setVisible(!notices_.isEmpty());
 }

@@ -4,8 +4,9 @@
 #include <QPainter>
 #include <QTimerEvent>
 #include <algorithm>
-#include <cmath>
 #include <utility>
+
+#include "widgets/contrast.h"
 
 namespace updown {
 namespace {
@@ -14,15 +15,6 @@ constexpr int kBlinkPeriod = 150;  // ms; full and empty together take two
 constexpr QColor kBar(66, 132, 132);
 constexpr int kMargin = 2;
 constexpr float kWhole = 100;
-
-double Linear(double channel) {
-  return channel <= 0.04045 ? channel / 12.92 : std::pow((channel + 0.055) / 1.055, 2.4);
-}
-
-double Luminance(const QColor& color) {
-  return 0.2126 * Linear(color.redF()) + 0.7152 * Linear(color.greenF()) +
-         0.0722 * Linear(color.blueF());
-}
 
 QColor Between(const QColor& one, const QColor& other) {
   return {(one.red() + other.red()) / 2, (one.green() + other.green()) / 2,
@@ -56,19 +48,6 @@ void PaintBar(QPainter& painter, const QStyleOptionViewItem& option, float part,
 // The same in every locale, as the other numbers of the list.
 QString PercentText(float percent) {
   return percent < 0 ? QString() : QString::number(static_cast<double>(percent), 'f', 2) + u'%';
-}
-
-double Contrast(const QColor& one, const QColor& other) {
-  const auto [low, high] = std::minmax({Luminance(one), Luminance(other)});
-  return (high + 0.05) / (low + 0.05);
-}
-
-QColor ReadableOn(const QColor& back, const QColor& wanted) {
-  constexpr double kReadable = 4.5;
-  if (Contrast(back, wanted) >= kReadable) {
-    return wanted;
-  }
-  return Contrast(back, Qt::black) >= Contrast(back, Qt::white) ? Qt::black : Qt::white;
 }
 
 void ProgressDelegate::initStyleOption(QStyleOptionViewItem* option,

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QBasicTimer>
-#include <QColor>
 #include <QRegion>
 #include <QStyledItemDelegate>
 
@@ -14,12 +13,6 @@ inline constexpr float kWaitingBar = -1;
 
 // What stands over a bar, "33.34%"; empty for one that waits.
 QString PercentText(float percent);
-
-// As accessibility guidelines define it: 1 for the same colour, 21 for black on white.
-double Contrast(const QColor& one, const QColor& other);
-
-// `wanted` if that can be read on `back`, with a contrast of at least 4.5; else black or white.
-QColor ReadableOn(const QColor& back, const QColor& wanted);
 
 // Paints the bars of a column. All that wait blink together by one timer, which stops by itself
 // when none of them has been painted for a while: none is left, or none can be seen.

@@ -5,6 +5,7 @@
 #include <QPainter>
 #include <algorithm>
 
+#include "widgets/accessibility.h"
 #include "widgets/item_view_menu.h"
 #include "widgets/tips.h"
 
@@ -22,7 +23,7 @@ QRect HintRect(QRect view, int lineHeight) {
 }  // namespace
 
 RowListView::RowListView(QWidget* parent) : QTreeView(parent) {
-  InstallAccessibleFactory();
+  MakeAccessible(this);
   setRootIsDecorated(false);
   setItemsExpandable(false);
   setUniformRowHeights(true);

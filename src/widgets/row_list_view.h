@@ -2,15 +2,13 @@
 
 #include <QTreeView>
 
-#include "widgets/accessible.h"
-
 namespace updown {
 
 // What the program's lists have in common: rows of cells without a tree that are selected as a
 // whole, one at a time unless setSelectionMode() says otherwise; their actions() as context menu
 // (see ItemViewMenu); the texts of cut cells as tips (see CellTips). A screen reader hears the
 // model's Qt::AccessibleTextRole, or else the cell's text, and its Qt::AccessibleDescriptionRole.
-class RowListView : public QTreeView, public AccessibleCells {
+class RowListView : public QTreeView {
   Q_OBJECT
 
  public:

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <QAccessible>
 #include <QHelpEvent>
 #include <QMouseEvent>
 #include <QSignalSpy>
@@ -115,36 +114,6 @@ TEST_F(LinkListCtrlTest, ClicksAndEnterReachTheOwner) {
   QTest::keyClick(&list_, Qt::Key_Return);
   QTest::keyClick(&list_, Qt::Key_Space);
   EXPECT_EQ(activations.count(), 2);
-}
-
-TEST_F(LinkListCtrlTest, IsATableToAScreenReaderWhoseLinksSayTheyAreLinks) {
-  list_.AddLink(1, kLink);
-  list_.SetCellTip(1, 0, u"Size:5"_qs);
-  QAccessibleInterface* const view = QAccessible::queryAccessibleInterface(&list_);
-  ASSERT_TRUE(view != nullptr && view->tableInterface() != nullptr);
-  QAccessibleTableInterface& table = *view->tableInterface();
-  EXPECT_EQ(view->role(), QAccessible::Table);
-  EXPECT_EQ(table.rowCount(), 3);
-  EXPECT_EQ(view->child(1)->text(QAccessible::Name), u"Save"_qs);
-  QAccessibleInterface* const name = table.cellAt(1, 0);
-  EXPECT_EQ(name->text(QAccessible::Name), u"file1"_qs);
-  EXPECT_EQ(name->text(QAccessible::Description), u"Size:5"_qs);
-  EXPECT_EQ(name->role(), QAccessible::Cell);
-  QAccessibleInterface* const link = table.cellAt(1, kLink);
-  EXPECT_EQ(link->role(), QAccessible::Link);
-  EXPECT_EQ(view->indexOfChild(link), 5);
-
-  const QSignalSpy clicks(&list_, &CLinkListCtrl::CellClicked);
-  for (QAccessibleInterface* const cell : {name, link}) {
-    cell->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
-    QCoreApplication::processEvents();
-    EXPECT_EQ(clicks.count(), cell == link ? 1 : 0);
-  }
-  EXPECT_TRUE(link->state().selected);
-  // A cell that has moved up is found under its new place, one that has gone no longer.
-  model_.removeRow(0);
-  EXPECT_EQ(table.cellAt(0, 0)->text(QAccessible::Name), u"file1"_qs);
-  EXPECT_EQ(table.cellAt(2, 0), nullptr);
 }
 
 }  // namespace

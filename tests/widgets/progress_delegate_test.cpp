@@ -7,6 +7,8 @@
 #include <QTest>
 #include <QTreeView>
 
+#include "widgets/contrast.h"
+
 namespace updown {
 namespace {
 
