@@ -195,20 +195,6 @@ void TransferWindow::Open() {
   activateWindow();
 }
 
-void TransferWindow::AddRow(TaskId task) { model_.Add(tasks_.Find(task)); }
-
-void TransferWindow::ShowPaths(TaskId task) { model_.ShowPaths(task); }
-
-void TransferWindow::ShowStarted(TaskId task) { model_.ShowStarted(task); }
-
-void TransferWindow::ShowBlock(TaskId task) { model_.ShowBlock(task); }
-
-void TransferWindow::ShowWaiting(TaskId task) { model_.ShowReconnecting(task); }
-
-void TransferWindow::ShowEnded(TaskId task, const TransferResult& result) {
-  model_.ShowEnded(task, result);
-}
-
 void TransferWindow::showEvent(QShowEvent* event) {
   QDialog::showEvent(event);
   UpdateTotals();

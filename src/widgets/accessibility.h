@@ -10,8 +10,8 @@ void InstallAccessibility();
 
 // And for the cells of a view, at the begin of its constructor: links with their role and an action
 // to press them (see LinkDelegate), bars with their value (see ProgressDelegate), and the focus
-// claimed by no cell while the view has it not. Texts come from Qt::AccessibleTextRole, or else what
-// the cell shows, and Qt::AccessibleDescriptionRole.
+// claimed by no cell while the view has it not. Texts come from Qt::AccessibleTextRole, or else
+// what the cell shows, and Qt::AccessibleDescriptionRole.
 void MakeAccessible(QTreeView* view);
 
 }  // namespace updown

@@ -12,7 +12,6 @@
 namespace updown {
 namespace {
 
-
 // Items one below the other as the view shows them.
 int CountRows(const QTreeView& view, const QModelIndex& parent) {
   const int rows = view.model()->rowCount(parent);
