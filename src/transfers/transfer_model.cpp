@@ -42,11 +42,10 @@ QVariant Alignment(int column) {
                                   Qt::AlignVCenter);
 }
 
-// Blocks that came before the task was queued again are those of its last run.
-void SetMoving(TransferRow& row) {
-  if (row.course != TransferCourse::QueuedAgain) {
-    row.course = TransferCourse::Moving;
-  }
+// What is told late of the last run changes nothing for a task that has been queued again.
+TransferCourse LaterCourse(TransferCourse held, TransferCourse told) {
+  const bool ofARun = told == TransferCourse::Moving || told == TransferCourse::Reconnecting;
+  return held == TransferCourse::QueuedAgain && ofARun ? held : told;
 }
 
 }  // namespace
@@ -186,17 +185,13 @@ void TransferModel::ShowBlock(TaskId task) {
     return;
   }
   const bool begins = row->state != ShownState::Moving;
-  SetMoving(*row);
+  row->course = LaterCourse(row->course, TransferCourse::Moving);
   blocks_.push_back(task);
   if (begins || ticks_.Now() - lastShown_ >= kBlockSpan) {
     ShowBlocks();
   } else if (!blockTimer_.isActive()) {
     blockTimer_.start(kBlockSpan, this);
   }
-}
-
-void TransferModel::ShowReconnecting(TaskId task) {
-  SetCourse({task}, TransferCourse::Reconnecting);
 }
 
 void TransferModel::ShowEnded(TaskId task, const TransferResult& result) {
@@ -215,20 +210,12 @@ void TransferModel::ShowEnded(TaskId task, const TransferResult& result) {
   ShowRows({Number(row)});
 }
 
-void TransferModel::ShowPaused(const std::vector<TaskId>& tasks) {
-  SetCourse(tasks, TransferCourse::None);
-}
-
-void TransferModel::ShowQueued(const std::vector<TaskId>& tasks) {
-  SetCourse(tasks, TransferCourse::QueuedAgain);
-}
-
 void TransferModel::SetCourse(const std::vector<TaskId>& tasks, TransferCourse course) {
   std::vector<int> rows;
   for (const TaskId task : tasks) {
     if (const TaskPointer live = TaskOf(task)) {
       TransferRow& row = *RowWith(task);
-      row.course = course;
+      row.course = LaterCourse(row.course, course);
       row.result = {};
       ReadProgress(row, *live);
       rows.push_back(Number(row));
@@ -312,14 +299,6 @@ void TransferModel::ShowRows(std::vector<int> rows, TransferColumn from, Transfe
   for (const int row : rows) {
     tell(row, row);
   }
-}
-
-int TransferModel::rowCount(const QModelIndex& parent) const {
-  return parent.isValid() ? 0 : static_cast<int>(rows_.size());
-}
-
-int TransferModel::columnCount(const QModelIndex& parent) const {
-  return parent.isValid() ? 0 : kTransferColumns;
 }
 
 QVariant TransferModel::SortValue(const TransferRow& row, TransferColumn column) {

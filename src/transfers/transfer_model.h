@@ -33,7 +33,7 @@ class TransferModel : public QAbstractTableModel {
  public:
   explicit TransferModel(const TickCounter& ticks, QObject* parent = nullptr);
 
-  // Begins the task's statistics and makes its row. Null does nothing.
+  // Null does nothing.
   void Add(const TaskPointer& task);
   // One call for many costs little more than one for one.
   void Remove(std::vector<TaskId> tasks);
@@ -51,14 +51,20 @@ class TransferModel : public QAbstractTableModel {
   // has ended.
   void ShowStarted(TaskId task);
   void ShowBlock(TaskId task);
-  void ShowReconnecting(TaskId task);
+  void ShowReconnecting(TaskId task) { SetCourse({task}, TransferCourse::Reconnecting); }
   void ShowEnded(TaskId task, const TransferResult& result);
   // The user has paused these, or has had them queued again.
-  void ShowPaused(const std::vector<TaskId>& tasks);
-  void ShowQueued(const std::vector<TaskId>& tasks);
+  void ShowPaused(const std::vector<TaskId>& tasks) { SetCourse(tasks, TransferCourse::None); }
+  void ShowQueued(const std::vector<TaskId>& tasks) {
+    SetCourse(tasks, TransferCourse::QueuedAgain);
+  }
 
-  int rowCount(const QModelIndex& parent = {}) const override;
-  int columnCount(const QModelIndex& parent = {}) const override;
+  int rowCount(const QModelIndex& parent = {}) const override {
+    return parent.isValid() ? 0 : static_cast<int>(rows_.size());
+  }
+  int columnCount(const QModelIndex& parent = {}) const override {
+    return parent.isValid() ? 0 : kTransferColumns;
+  }
   QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
   QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 

@@ -33,12 +33,12 @@ class TransferWindow : public QDialog {
   void Open();
 
   // News about a task that is gone, or that has no row, do nothing.
-  void AddRow(TaskId task);
-  void ShowPaths(TaskId task);
-  void ShowStarted(TaskId task);
-  void ShowBlock(TaskId task);
-  void ShowWaiting(TaskId task);
-  void ShowEnded(TaskId task, const TransferResult& result);
+  void AddRow(TaskId task) { model_.Add(tasks_.Find(task)); }
+  void ShowPaths(TaskId task) { model_.ShowPaths(task); }
+  void ShowStarted(TaskId task) { model_.ShowStarted(task); }
+  void ShowBlock(TaskId task) { model_.ShowBlock(task); }
+  void ShowWaiting(TaskId task) { model_.ShowReconnecting(task); }
+  void ShowEnded(TaskId task, const TransferResult& result) { model_.ShowEnded(task, result); }
 
  protected:
   void showEvent(QShowEvent* event) override;

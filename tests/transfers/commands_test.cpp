@@ -123,6 +123,8 @@ TEST_F(StatusCommands, RedoAndDeleteWhileTheWorkerRuns) {
     EXPECT_TRUE(run->Stopping() && run->Sockets()->IsCut());
     EXPECT_EQ(held->record->state, State::Stopped);
     EXPECT_TRUE(fs::exists(file));
+    window_.ShowBlock(held->id);
+    window_.ShowWaiting(held->id);
     EndTask(*held, 0);
     EXPECT_EQ(Rows() == 0 ? "" : Cell(0, Column::State), redo ? "Waiting" : "");
     held->EndRun();
