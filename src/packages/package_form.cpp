@@ -2,6 +2,7 @@
 
 #include <QGridLayout>
 #include <QPainter>
+#include <QRegularExpression>
 #include <QStyleOptionGroupBox>
 #include <QVBoxLayout>
 
@@ -135,7 +136,10 @@ void PackageForm::ShowHeader() {
   for (std::size_t i = 0; i < kFields.size(); ++i) {
     fields_.at(i)->SetValue(ToQString(header.*kFields.at(i).value));
   }
-  const QString notes = ToQString(header.notes).remove(u'\r');
+  QString notes = ToQString(header.notes).remove(u'\r');
+  // A line without a place to break takes seconds to lay out.
+  static const QRegularExpression endless(u"(\\S{1000})"_qs);
+  notes.replace(endless, u"\\1\u200B"_qs);
   if (notes_->toPlainText() != notes) {
     notes_->setPlainText(notes);
   }

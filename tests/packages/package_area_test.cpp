@@ -82,21 +82,6 @@ TEST_F(PackageAreaTest, AFailedListingRemovesNothingAndIsToldOnceForEachOutage) 
   EXPECT_THAT(Files(), ElementsAre("of" + kFirst + ".txt"));
 }
 
-TEST_F(PackageAreaTest, ARequestThatIsCancelledFailsWithoutANotice) {
-  AddPackage(kFirst);
-  PackageArea& area = MakeArea();
-  QSignalSpy failed(&area, &PackageArea::Failed);
-  peer_.AddFault({.kind = Fault::Kind::Stall, .message = message::kList});
-  area.Refresh(AskedBy::Program);
-  EXPECT_EQ(area.State(), Link::Connecting);
-  ASSERT_TRUE(Await([this] { return Requests(message::kList) == 1; }));
-  area.Cancel();
-  ASSERT_TRUE(Await([&area] { return area.State() == Link::GivenUp; }));
-  EXPECT_EQ(failed.size(), 0);
-  ASSERT_TRUE(Refresh());
-  EXPECT_THAT(Rows(), ElementsAre(kFirst));
-}
-
 TEST_F(PackageAreaTest, FetchesFewHeadersAtATimeAndThoseOnTheScreenFirst) {
   Names packages;
   for (int i = 10; i < 40; ++i) {
