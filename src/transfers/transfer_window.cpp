@@ -1,5 +1,6 @@
 #include "transfers/transfer_window.h"
 
+#include <QGuiApplication>
 #include <QHeaderView>
 #include <QItemSelectionModel>
 #include <QScreen>
@@ -31,11 +32,11 @@ constexpr std::array<Column, kTransferColumns> kColumns{{
     {150, "a name of a file.pdf"},
     {150, "/package/…/name.pdf"},
     {150, "/home/…/name.pdf"},
-    {90, "1023 KB of 1023.00 MB"},
+    {90, "8 of 12 files, 448 KB of 3.00 MB"},
     {110, "100.00%"},
     {90, "1023.00 KB/s"},
     {100, "00 : 00 : 00 "},
-    {120, "Reconnecting …"},
+    {120, "Failed: a reason that is short"},
 }};
 
 struct Command {
@@ -54,15 +55,22 @@ constexpr std::array<Command, kTransferCommands> kCommands{{
     {StringId::MenuCopyPath, "copyPath"},
 }};
 
-// Sentences are read from their beginning; of paths both ends tell most.
-class SentenceDelegate : public QStyledItemDelegate {
+class CellDelegate : public QStyledItemDelegate {
  public:
   using QStyledItemDelegate::QStyledItemDelegate;
 
+  // Amounts and paths keep their direction also where the windows run from right to left.
+  QString displayText(const QVariant& value, const QLocale& locale) const override {
+    const QString text = QStyledItemDelegate::displayText(value, locale);
+    return QGuiApplication::isRightToLeft() ? QChar(0x2068) + text + QChar(0x2069) : text;
+  }
+
  protected:
+  // Sentences are read from their beginning; of paths both ends tell most.
   void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
     QStyledItemDelegate::initStyleOption(option, index);
-    option->textElideMode = Qt::ElideRight;
+    const bool sentence = index.column() == static_cast<int>(TransferColumn::State);
+    option->textElideMode = sentence ? Qt::ElideRight : Qt::ElideMiddle;
   }
 };
 
@@ -115,11 +123,9 @@ void TransferWindow::MakeList() {
   list_->setModel(&sorted_);
   list_->setSelectionMode(QAbstractItemView::ExtendedSelection);
   list_->setDragDropMode(QAbstractItemView::DragOnly);
-  list_->setTextElideMode(Qt::ElideMiddle);
+  list_->setItemDelegate(new CellDelegate(list_));
   list_->setItemDelegateForColumn(static_cast<int>(TransferColumn::Progress),
                                   new ProgressDelegate(list_));
-  list_->setItemDelegateForColumn(static_cast<int>(TransferColumn::State),
-                                  new SentenceDelegate(list_));
   QHeaderView* const header = list_->header();
   header->setObjectName(u"transferHeader"_qs);
   header->setSectionsMovable(true);
