@@ -11,6 +11,7 @@
 #include "app/earlier_data.h"
 #include "app/launch_identity.h"
 #include "app/launch_variables.h"
+#include "app/session_bus.h"
 #include "platform/debug_stream.h"
 #include "platform/qt/text.h"
 #include "platform/unique_fd.h"
@@ -154,6 +155,7 @@ int RunUpDown(int argc, char** argv, const Preparation& prepare) {
   if (AnswerOnly(arguments)) {
     return EXIT_SUCCESS;
   }
+  LeaveOutSilentBus();
   // The toolkit's own options are none of the program's.
   int ownName = argc > 0 ? 1 : 0;
   const QApplication application(ownName, argv);

@@ -29,15 +29,14 @@ QString PlainText(const QAction& action) {
   return text.remove(u'…');
 }
 
-QString TableOf(const HelpKeys& keys) {
-  QString rows;
+QString RowsOf(const HelpKeys& keys) {
+  QString rows = u"<tr><td colspan=\"2\"><h4>%1</h4></td></tr>"_qs.arg(keys.place.toHtmlEscaped());
   for (const auto& [key, what] : keys.rows) {
     rows +=
         u"<tr><td style=\"white-space: nowrap; padding-right: 16px\"><b>%1</b></td>"
         u"<td width=\"100%\">%2</td></tr>"_qs.arg(key.toHtmlEscaped(), what.toHtmlEscaped());
   }
-  return Element(u"h4"_qs, keys.place.toHtmlEscaped()) +
-         u"<table cellpadding=\"2\">%1</table>"_qs.arg(rows);
+  return rows;
 }
 
 QString PageOf(const QList<HelpKeys>& places) {
@@ -48,10 +47,11 @@ QString PageOf(const QList<HelpKeys>& places) {
     page += Element(u"p"_qs, Text(paragraph).toHtmlEscaped());
   }
   page += Element(u"h3"_qs, Text(StringId::HelpKeysHeading));
+  QString rows;
   for (const HelpKeys& keys : places) {
-    page += TableOf(keys);
+    rows += RowsOf(keys);
   }
-  return page;
+  return page + u"<table cellpadding=\"2\">%1</table>"_qs.arg(rows);
 }
 
 }  // namespace

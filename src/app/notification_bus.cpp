@@ -1,7 +1,6 @@
 #include "app/notification_bus.h"
 
-#include <QFileInfo>
-
+#include "app/session_bus.h"
 #include "resources/qt/texts.h"
 
 namespace updown {
@@ -12,13 +11,6 @@ constexpr int kServersChoice = -1;  // how long it is shown
 
 QString ServiceName() { return u"org.freedesktop.Notifications"_qs; }
 QString ObjectPath() { return u"/org/freedesktop/Notifications"_qs; }
-
-// Empty if there is none. Without an address the bus library would start a bus of its own.
-QString BusAddress() {
-  const QString address = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
-  const QString socket = qEnvironmentVariable("XDG_RUNTIME_DIR") + u"/bus"_qs;
-  return !address.isEmpty() || !QFileInfo::exists(socket) ? address : u"unix:path="_qs + socket;
-}
 
 }  // namespace
 
@@ -34,7 +26,8 @@ bool NotificationBus::Connect() {
   }
   // A name of its own: the connection of others is not for this thread.
   setObjectName(u"notifications-%1"_qs.arg(quintptr(this)));
-  const QString address = BusAddress();
+  // Without an address the bus library would start a bus of its own.
+  const QString address = QString::fromStdString(SessionBusAddress());
   QDBusConnection bus = address.isEmpty() ? QDBusConnection(objectName())
                                           : QDBusConnection::connectToBus(address, objectName());
   connection_ = bus.isConnected() ? Connection::Made : Connection::Failed;

@@ -6,6 +6,9 @@
 #include <utility>
 #include <vector>
 
+#include "engine/folder_walk.h"
+#include "engine/worker.h"
+
 namespace updown {
 namespace {
 
@@ -71,19 +74,45 @@ bool WaitForWork(SchedulerContext& context) {
   return true;
 }
 
-// The worker waits until its start has been told, so that its end cannot be told before it.
-std::unique_ptr<Thread> StartWorker(const std::shared_ptr<SchedulerContext>& context,
-                                    const TaskPointer& task) {
+// The first worker of a task waits until its start has been told, so that its end cannot be told
+// before it.
+Slot StartTask(const std::shared_ptr<SchedulerContext>& context, const TaskPointer& task) {
   const auto announced = std::make_shared<std::latch>(1);
-  auto worker = context->startThread([context, task, announced] {
+  const auto walk = task->isFolder ? std::make_shared<FolderWalk>(*context, task) : nullptr;
+  auto worker = context->startThread([context, task, walk, announced] {
     announced->wait();
-    RunTransferWorker(*context, task);
+    walk ? walk->Work() : RunTransferWorker(*context, task);
   });
   if (worker) {
     context->events->TaskStarted(task->id);
   }
   announced->count_down();
-  return worker;
+  return {std::move(worker), task, walk};
+}
+
+Slot StartHelper(const std::shared_ptr<SchedulerContext>& context, const Slot& first) {
+  return {context->startThread([context, walk = first.walk] { walk->Work(); }), first.task,
+          first.walk};
+}
+
+std::size_t SlotsOf(const SchedulerContext& context, const FolderWalk& walk) {
+  return static_cast<std::size_t>(std::ranges::count(context.slots, &walk, [](const Slot& slot) {
+    return static_cast<const FolderWalk*>(slot.walk.get());
+  }));
+}
+
+// Of the folders that have use for one more worker the one with the fewest.
+const Slot* FolderInNeed(const SchedulerContext& context) {
+  const Slot* chosen = nullptr;
+  std::size_t fewest = FolderWalk::kWorkers;
+  for (const Slot& slot : context.slots) {
+    const std::size_t present = slot.walk ? SlotsOf(context, *slot.walk) : fewest;
+    if (present < fewest && slot.walk->WantedWorkers() > present) {
+      chosen = &slot;
+      fewest = present;
+    }
+  }
+  return chosen;
 }
 
 bool IsHeader(const TransferTask& task) { return task.record->keepAcrossRestart == 0; }
@@ -95,31 +124,59 @@ bool HeadersToo(const SchedulerContext& context) {
   return static_cast<std::size_t>(headers) < kHeaderSlots;
 }
 
-// Puts runnable tasks into free slots. A thread that the system refuses ends the pass: the task
-// stays Queued for the next one.
-void StartRunnableTasks(const std::shared_ptr<SchedulerContext>& context) {
-  std::size_t free = CloseUpSlots(*context);
-  while (free < kWorkerSlots && context->session->Key().grant != 0) {
-    const TaskPointer task = context->queue->NextRunnableTask(HeadersToo(*context));
-    if (!task) {
-      return;
-    }
-    task->BeginRun(&context->connections);
-    // Behind the run's begin: who stops the task from now on finds the run.
-    if (task->record->state != TransferState::Queued) {
-      task->EndRun();
-      continue;
-    }
-    Slot& slot = context->slots[free];
-    slot = {StartWorker(context, task), task};
-    if (!slot.worker) {
-      slot = {};
-      task->EndRun();
-      context->queue->MakeReady(task->id);
-      return;
-    }
-    ++free;
+// Behind the run's begin the state counts: who stops the task from now on finds the run. An empty
+// slot: the task was stopped, or the system has refused the thread, and then `refused` is set.
+Slot Begin(const std::shared_ptr<SchedulerContext>& context, const TaskPointer& task,
+           bool& refused) {
+  task->BeginRun(&context->connections);
+  const bool runs = task->record->state == TransferState::Queued;
+  Slot slot = runs ? StartTask(context, task) : Slot{};
+  if (!slot.worker) {
+    slot = {};
+    task->EndRun();
+    refused = runs;
   }
+  if (refused) {
+    context->queue->MakeReady(task->id);
+  }
+  return slot;
+}
+
+// What a free slot is for. Empty: there is nothing, or the system has refused the thread.
+Slot StartNext(const std::shared_ptr<SchedulerContext>& context) {
+  for (bool refused = false; !refused;) {
+    TaskPointer task = context->queue->NextRunnableTask(false);
+    const Slot* const folder = task ? nullptr : FolderInNeed(*context);
+    if (folder != nullptr) {
+      return StartHelper(context, *folder);
+    }
+    if (!task && HeadersToo(*context)) {
+      task = context->queue->NextRunnableTask(true);
+    }
+    if (!task) {
+      break;
+    }
+    if (Slot slot = Begin(context, task, refused); slot.worker) {
+      return slot;
+    }
+  }
+  return {};
+}
+
+// Fills the free slots. What the system refuses a thread for waits for the next pass.
+void StartRunnableTasks(const std::shared_ptr<SchedulerContext>& context) {
+  std::size_t used = CloseUpSlots(*context);
+  if (context->session->Key().grant == 0) {
+    return;
+  }
+  while (used < kWorkerSlots) {
+    Slot slot = StartNext(context);
+    if (!slot.worker) {
+      return;
+    }
+    context->slots[used++] = std::move(slot);
+  }
+  context->slotWanted = context->queue->UserTaskWaits();
 }
 
 bool WorkersHaveEnded(const SchedulerContext& context) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <memory>
@@ -16,6 +17,8 @@
 
 namespace updown {
 
+class FolderWalk;
+
 inline constexpr std::size_t kWorkerSlots = 10;
 inline constexpr std::chrono::milliseconds kIdleWait{10000};  // while no worker runs
 inline constexpr std::size_t kHeaderSlots = 8;  // of them, for what nobody has asked for by hand
@@ -29,6 +32,7 @@ struct SchedulerContext {
   struct Slot {
     std::unique_ptr<Thread> worker;
     TaskPointer task;
+    std::shared_ptr<FolderWalk> walk;  // of a folder task, which has several slots
   };
 
   std::shared_ptr<TaskQueue> queue;
@@ -36,6 +40,9 @@ struct SchedulerContext {
   Event schedulerExit;
   Event schedulerWake;                   // "look again", no more
   std::array<Slot, kWorkerSlots> slots;  // the scheduler's alone
+  // A task of the user's finds no free slot: one of a folder's workers, if there are several, is to
+  // leave.
+  std::atomic<bool> slotWanted{false};
 
   const FileService* service = nullptr;  // outlives all threads
   WorkerSession* session = nullptr;      // so does it; stopped before the scheduler
@@ -49,7 +56,8 @@ struct SchedulerContext {
 };
 
 // Runs until schedulerExit: keeps up to ten workers on runnable tasks, in the queue's order, from
-// the first session on that the service grants; whoever holds the session wakes it then. At its end
+// the first session on that the service grants; whoever holds the session wakes it then. What is
+// left behind the user's tasks helps their folders, then fetches headers. At its end
 // running tasks go to Stopped, their connections are cut, and it waits for the workers, at most
 // kExitWait.
 void SchedulerThread(const std::shared_ptr<SchedulerContext>& context);
@@ -70,10 +78,5 @@ class Scheduler {
   std::shared_ptr<SchedulerContext> context_;
   std::unique_ptr<Thread> thread_;
 };
-
-// One task, whose run has begun, to EndRun on the calling worker thread; returns its result code.
-// Tells TaskEnded before the run's end and SaveNeeded behind it. When memory or another resource
-// runs out, the task ends Failed with result::kNotEncodable.
-int RunTransferWorker(SchedulerContext& context, const TaskPointer& task);
 
 }  // namespace updown

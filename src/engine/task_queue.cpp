@@ -45,26 +45,34 @@ TaskQueue::Ready& TaskQueue::ReadyOf(const TransferTask& task) {
   return task.record->keepAcrossRestart != 0 ? readyForUser_ : readyHeaders_;
 }
 
-TaskPointer TaskQueue::FirstOf(Ready& ready) {
+TaskQueue::Ready::iterator TaskQueue::FirstOf(Ready& ready) {
   for (auto entry = ready.begin(); entry != ready.end();) {
-    TaskPointer task = entry->second;
-    const bool runs = task->Running();
-    if (!runs || task->record->state != TransferState::Queued) {
+    const TransferTask& task = *entry->second;
+    if (task.record->state != TransferState::Queued) {
       entry = ready.erase(entry);
-    } else {
+    } else if (task.Running()) {
       ++entry;  // its last run is about to end
-    }
-    if (!runs && task->record->state == TransferState::Queued) {
-      return task;
+    } else {
+      return entry;
     }
   }
-  return nullptr;
+  return ready.end();
+}
+
+TaskPointer TaskQueue::TakeFirst(Ready& ready) {
+  const auto first = FirstOf(ready);
+  return first == ready.end() ? nullptr : ready.extract(first).mapped();
 }
 
 TaskPointer TaskQueue::NextRunnableTask(bool headersToo) {
   const std::lock_guard lock(queueLock_);
-  TaskPointer task = FirstOf(readyForUser_);
-  return task || !headersToo ? task : FirstOf(readyHeaders_);
+  TaskPointer task = TakeFirst(readyForUser_);
+  return task || !headersToo ? task : TakeFirst(readyHeaders_);
+}
+
+bool TaskQueue::UserTaskWaits() {
+  const std::lock_guard lock(queueLock_);
+  return FirstOf(readyForUser_) != readyForUser_.end();
 }
 
 void TaskQueue::MakeReady(TaskId id) {

@@ -20,9 +20,12 @@ class TaskQueue {
   bool Empty() const;
 
   // What the user asked for goes before the header files that the program fetches for itself, each
-  // in order: the first task whose record is Queued and that has no worker. Headers are left out
+  // in order: the first task whose record is Queued and that has no worker. It is given once, and
+  // again behind MakeReady. Headers are left out
   // unless `headersToo`.
   TaskPointer NextRunnableTask(bool headersToo = true);
+  // Whether a task of the user's is runnable; it stays so.
+  bool UserTaskWaits();
   // The task's record is Queued again, or its worker could not be started.
   void MakeReady(TaskId id);
   // Queued becomes Stopped for each task that runs, children included.
@@ -45,7 +48,8 @@ class TaskQueue {
   // By their numbers. May hold tasks that have been stopped since: they go when they are met.
   using Ready = std::map<TaskId, TaskPointer>;
 
-  static TaskPointer FirstOf(Ready& ready);
+  static Ready::iterator FirstOf(Ready& ready);
+  static TaskPointer TakeFirst(Ready& ready);
   Ready& ReadyOf(const TransferTask& task);
 
   mutable std::mutex queueLock_;

@@ -76,11 +76,42 @@ void TransferTask::QueueAgain() {
 
 std::uint32_t TransferTask::Bytes() const {
   const std::lock_guard lock(countLock_);
-  std::uint32_t bytes = record ? record->doneBytes.load() : 0;
-  if (childRecord) {
-    bytes += childRecord->doneBytes.load();
+  const std::uint32_t bytes = record ? record->doneBytes.load() : 0;
+  return bytes + static_cast<std::uint32_t>(BytesOfFiles());
+}
+
+std::uint64_t TransferTask::BytesOfFiles() const {
+  std::uint64_t bytes = childRecord ? childRecord->doneBytes.load() : 0;
+  for (const auto& file : otherFiles_) {
+    bytes += file->doneBytes;
   }
   return bytes;
+}
+
+std::vector<std::shared_ptr<TransferRecord>> TransferTask::Files() const {
+  const std::lock_guard lock(countLock_);
+  std::vector<std::shared_ptr<TransferRecord>> files{childRecord};
+  files.insert(files.end(), otherFiles_.begin(), otherFiles_.end());
+  return files;
+}
+
+std::shared_ptr<TransferRecord> TransferTask::AddFile() {
+  auto file = std::make_shared<TransferRecord>();
+  file->parentRecordId = record->recordId;
+  file->keepAcrossRestart = record->keepAcrossRestart;
+  const std::lock_guard lock(countLock_);
+  otherFiles_.push_back(file);
+  return file;
+}
+
+bool TransferTask::MoveRemotePath(const std::string& from, const std::string& to) {
+  bool moved = record->MoveRemotePath(from, to);
+  if (childRecord) {
+    for (const auto& file : Files()) {
+      moved = file->MoveRemotePath(from, to) || moved;
+    }
+  }
+  return moved;
 }
 
 TaskProgress TransferTask::Progress() const {
@@ -97,9 +128,7 @@ TaskProgress TransferTask::Progress() const {
 
 TaskProgress TransferTask::CountFolder() const {
   TaskProgress progress = walked_;
-  if (childRecord) {
-    progress.doneBytes += childRecord->doneBytes;
-  }
+  progress.doneBytes += BytesOfFiles();
   progress.doneBytes = std::max(progress.doneBytes, earlier_.doneBytes);
   progress.totalBytes = std::max(progress.totalBytes, earlier_.totalBytes);
   progress.doneFiles = std::max(progress.doneFiles, earlier_.doneFiles);
@@ -134,14 +163,15 @@ void TransferTask::FileIsThere(std::uint32_t bytes) {
   walked_.doneBytes += bytes;
 }
 
-void TransferTask::TakeUpFile(TransferRecord& file) {
+void TransferTask::TakeUpFile(TransferRecord& file, bool listed) {
   const std::lock_guard lock(countLock_);
-  ++walked_.doneFiles;
-  walked_.doneBytes += file.doneBytes;
+  if (listed) {
+    ++walked_.doneFiles;
+    walked_.doneBytes += file.doneBytes;
+  }
   record->doneBytes += file.doneBytes;
   record->totalBytes += file.totalBytes;
-  file.doneBytes = 0;
-  file.totalBytes = 0;
+  file.StartFile({});
 }
 
 void TransferTask::ForgetProgress() {
@@ -149,8 +179,9 @@ void TransferTask::ForgetProgress() {
   walked_ = {};
   earlier_ = {};
   Forget(*record);
+  otherFiles_.clear();
   if (childRecord) {
-    Forget(*childRecord);
+    childRecord->StartFile({});
   }
 }
 

@@ -5,6 +5,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 #include "engine/launch_state.h"
 #include "engine/task_id.h"
@@ -52,7 +53,15 @@ class TransferTask {
   // To be fetched once more, with nothing left of how the last run ended.
   void QueueAgain();
 
-  // doneBytes of the record, plus those of the child when there is one.
+  // The files that a folder has open or half fetched, a record each: the child, which the list
+  // stores, and those of AddFile, which last as long as the process. Any thread.
+  std::vector<std::shared_ptr<TransferRecord>> Files() const;
+  std::shared_ptr<TransferRecord> AddFile();
+
+  // As TransferRecord::MoveRemotePath, for all records.
+  bool MoveRemotePath(const std::string& from, const std::string& to);
+
+  // doneBytes of the record, plus those of the files of a folder.
   std::uint32_t Bytes() const;
   // Any thread.
   TaskProgress Progress() const;
@@ -63,19 +72,22 @@ class TransferTask {
   void WalkEnds();
   void FilesListed(std::uint32_t files, std::uint64_t bytes);
   void FileIsThere(std::uint32_t bytes);  // from before
-  // Adds the counts of the file, which is whole, to the record's and zeroes them, in one step for
-  // Bytes() and Progress().
-  void TakeUpFile(TransferRecord& file);
+  // Adds the counts of the file, which is whole, to the record's, and its record stands for no file
+  // any more; in one step for Bytes() and Progress(). A file that has not been `listed` by this
+  // walk is counted when it is.
+  void TakeUpFile(TransferRecord& file, bool listed);
   // As if nothing had ever been fetched.
   void ForgetProgress();
 
  private:
   TaskProgress CountFolder() const;
+  std::uint64_t BytesOfFiles() const;
 
   mutable std::mutex countLock_;  // guards what a folder's files add up to
-  TaskProgress walked_;           // by the walk under way, without what its open files have so far
-  TaskProgress earlier_;          // before it began
-  mutable std::mutex runLock_;    // guards what follows
+  std::vector<std::shared_ptr<TransferRecord>> otherFiles_;
+  TaskProgress walked_;         // by the walk under way, without what its open files have so far
+  TaskProgress earlier_;        // before it began
+  mutable std::mutex runLock_;  // guards what follows
   std::shared_ptr<TaskRun> run_;
   std::function<void()> whenEnded_;
 };

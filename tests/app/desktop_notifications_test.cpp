@@ -13,6 +13,7 @@
 #include <filesystem>
 
 #include "app/main_window.h"
+#include "app/session_bus.h"
 #include "platform/unique_fd.h"
 #include "tests/app/served_launch.h"
 #include "tests/support/environment.h"
@@ -122,6 +123,9 @@ TEST_F(DesktopNotificationsTest, TellWhatTheMainWindowHearsOf) {
 
 TEST_F(DesktopNotificationsTest, AreShownOnceAServiceIsThere) {
   StartBus();
+  const std::string address = SessionBusAddress();
+  LeaveOutSilentBus();
+  EXPECT_EQ(SessionBusAddress(), address) << "this one answers";
   DesktopNotifications notifications(kCollect);
   notifications.PackageCame(u"one"_qs);
   QTest::qWait(200);
@@ -160,6 +164,8 @@ TEST_F(DesktopNotificationsTest, ABusThatNeverAnswersHoldsNothingUp) {
   notifications.BeginEnd();
   EXPECT_FALSE(notifications.WaitForEnd(std::chrono::milliseconds(50)));
   EXPECT_LT(timer.elapsed(), 500);
+  LeaveOutSilentBus();
+  EXPECT_EQ(SessionBusAddress(), "disabled:") << "the toolkit would wait for it without end";
   silent = UniqueFd();  // lets the thread go, which would hold up this process's end
 }
 

@@ -80,6 +80,11 @@ TEST(Keyboard, ReachesWhatCanBeSeenAndTheCommandsFromEachPane) {
     help->activateWindow();
     QTest::keyClick(active(u"helpWindow"_qs), Qt::Key_W, Qt::ControlModifier);
     EXPECT_FALSE(help->isVisible()) << name;
+    press(Qt::Key_F, Qt::ControlModifier);
+    QWidget* const line = window.focusWidget();
+    EXPECT_EQ(line->objectName(), u"findLine"_qs) << name;
+    QTest::keyClick(line, Qt::Key_Escape);
+    EXPECT_FALSE(line->isVisible()) << name;
     press(Qt::Key_W, Qt::ControlModifier);
     EXPECT_TRUE(window.isVisible()) << name;
     press(Qt::Key_F6);

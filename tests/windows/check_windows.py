@@ -283,6 +283,7 @@ def size_comes_back(case):
         window = case.listed(client, service)
         sizes[way] = (700 + 100 * len(sizes), 480)
         window.configure(width=sizes[way][0], height=sizes[way][1])
+        case.desktop.display.sync()
         time.sleep(0.5)
         case.ends(client, way)
         client = case.client(service)
