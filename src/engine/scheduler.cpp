@@ -178,6 +178,7 @@ Slot StartNext(const std::shared_ptr<SchedulerContext>& context) {
 void StartRunnableTasks(const std::shared_ptr<SchedulerContext>& context) {
   EndWhatHasNoWorker(*context);
   std::size_t used = CloseUpSlots(*context);
+  context->slotWanted = false;
   if (context->session->Key().grant == 0) {
     return;
   }

@@ -132,7 +132,8 @@ TEST_P(AnyOrder, EndsWithTheRightBytes) {
         world.store->Resume(what.task->id);
       }
       return state == TransferState::Finished && !what.task->Running();
-    })) << what.local << " is " << static_cast<int>(what.task->record->state.load());
+    })) << what.local
+        << " is " << static_cast<int>(what.task->record->state.load());
     EXPECT_TRUE(IsWhole(what)) << what.local;
     if (what.folder) {
       EXPECT_EQ(what.task->Progress(), (TaskProgress{120000, 120000, 7, 7}));
