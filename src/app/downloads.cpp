@@ -124,11 +124,7 @@ bool Downloads::TakeAdded(const TaskPointer& task) {
 bool Downloads::FetchHeader(const std::string& package, const std::string& file) {
   const std::string target = cache_.BeginFetch(file);
   const std::string path = "/" + package + "/" + file;
-  if (target.empty() || !tasks_.AddDownload(DraftOf(file, path), target, false)) {
-    return false;
-  }
-  context_->schedulerWake.Set();
-  return true;
+  return !target.empty() && tasks_.AddDownload(DraftOf(file, path), target, false);
 }
 
 std::optional<Downloads::EndedHeader> Downloads::TakeHeader(const TransferTask& task) {
@@ -169,12 +165,12 @@ void Downloads::PauseTask(TaskId task) {
 }
 
 void Downloads::ResumeTask(TaskId task) {
-  tasks_.Resume(task);
+  TellUnlessDone(tasks_.Resume(task));
   TasksChanged();
 }
 
 void Downloads::RedoTask(TaskId task) {
-  tasks_.Redo(task);
+  TellUnlessDone(tasks_.Redo(task));
   TasksChanged();
 }
 
@@ -183,10 +179,14 @@ void Downloads::DeleteTask(TaskId task) {
   TasksChanged();
 }
 
-void Downloads::TasksChanged() {
-  context_->schedulerWake.Set();
-  Q_EMIT SaveNeeded();
+// Another task has the same target.
+void Downloads::TellUnlessDone(bool done) {
+  if (!done) {
+    ShowNotice(&owner_, StringId::DuplicateTask);
+  }
 }
+
+void Downloads::TasksChanged() { Q_EMIT SaveNeeded(); }
 
 bool Downloads::IsDuplicate(const std::string& path) const { return tasks_.IsDuplicate(path); }
 

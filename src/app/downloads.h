@@ -69,7 +69,8 @@ class Downloads : public QObject,
 
  private:
   TaskDraft DraftOf(const std::string& name, const std::string& path) const;
-  // The scheduler looks again, and the list is stored: what the user has said outlives a crash.
+  void TellUnlessDone(bool done);
+  // The list is stored: what the user has said outlives a crash.
   void TasksChanged();
   std::optional<std::string> AskForTarget(const std::string& displayName);
   std::optional<std::string> AskForFolder();

@@ -52,26 +52,36 @@ std::optional<milliseconds> CutWhatIsDue(const SchedulerContext& context) {
 // idle time. False on exit. A worker that has ended since the last look at the queue still has its
 // slot, so that its end is seen here and leads to another look.
 bool WaitForWork(SchedulerContext& context) {
-  std::array<const Event*, 2 + kWorkerSlots> events{&context.schedulerExit, &context.schedulerWake};
-  std::size_t count = 2;
+  Event& news = context.queue->News();
+  std::vector<const Event*> events{&context.schedulerExit, &context.schedulerWake, &news};
+  const std::size_t others = events.size();
   for (const Slot& slot : context.slots) {
     if (slot.worker) {
-      events[count++] = &slot.worker->Ended();
+      events.push_back(&slot.worker->Ended());
     }
   }
+  if (context.ending) {
+    events.push_back(&context.ending->Ended());
+  }
   std::optional<milliseconds> timeout = CutWhatIsDue(context);
-  if (count == 2) {
+  if (events.size() == others) {
     timeout = kIdleWait;
   }
-  const auto ended = WaitForAny({events.data(), count}, timeout);
-  if (ended == 0U) {
-    return false;
+  const bool goesOn = WaitForAny(events, timeout) != 0U;
+  // Before the look at the queue: a wake from now on asks for another look.
+  context.schedulerWake.Reset();
+  news.Reset();
+  return goesOn;
+}
+
+// Whatever the session and the workers do: this asks the service nothing.
+void EndWhatHasNoWorker(SchedulerContext& context) {
+  if (context.ending && context.ending->Ended().IsSet()) {
+    context.ending.reset();
   }
-  if (ended == 1U) {
-    // Before the look at the queue: a wake from now on asks for another look.
-    context.schedulerWake.Reset();
+  if (!context.ending && context.queue->HasEndings()) {
+    context.ending = context.startThread([queue = context.queue] { queue->EndRuns(); });
   }
-  return true;
 }
 
 // The first worker of a task waits until its start has been told, so that its end cannot be told
@@ -125,21 +135,22 @@ bool HeadersToo(const SchedulerContext& context) {
 }
 
 // Behind the run's begin the state counts: who stops the task from now on finds the run. An empty
-// slot: the task was stopped, or the system has refused the thread, and then `refused` is set.
+// slot: the task was stopped, or something else has begun a run, or the system has refused the
+// thread, and then `refused` is set.
 Slot Begin(const std::shared_ptr<SchedulerContext>& context, const TaskPointer& task,
            bool& refused) {
-  task->BeginRun(&context->connections);
+  if (!task->BeginRun(&context->connections)) {
+    return {};
+  }
   const bool runs = task->record->state == TransferState::Queued;
   Slot slot = runs ? StartTask(context, task) : Slot{};
-  if (!slot.worker) {
-    slot = {};
-    task->EndRun();
-    refused = runs;
+  if (slot.worker) {
+    return slot;
   }
-  if (refused) {
-    context->queue->MakeReady(task->id);
-  }
-  return slot;
+  task->EndRun();
+  refused = runs;
+  refused ? context->queue->PutBack(task) : context->queue->MakeReady(task->id);
+  return {};
 }
 
 // What a free slot is for. Empty: there is nothing, or the system has refused the thread.
@@ -165,7 +176,9 @@ Slot StartNext(const std::shared_ptr<SchedulerContext>& context) {
 
 // Fills the free slots. What the system refuses a thread for waits for the next pass.
 void StartRunnableTasks(const std::shared_ptr<SchedulerContext>& context) {
+  EndWhatHasNoWorker(*context);
   std::size_t used = CloseUpSlots(*context);
+  context->slotWanted = false;
   if (context->session->Key().grant == 0) {
     return;
   }
@@ -180,8 +193,10 @@ void StartRunnableTasks(const std::shared_ptr<SchedulerContext>& context) {
 }
 
 bool WorkersHaveEnded(const SchedulerContext& context) {
-  return std::all_of(context.slots.begin(), context.slots.end(),
-                     [](const Slot& slot) { return !slot.worker || slot.worker->Ended().IsSet(); });
+  return std::all_of(
+             context.slots.begin(), context.slots.end(),
+             [](const Slot& slot) { return !slot.worker || slot.worker->Ended().IsSet(); }) &&
+         (!context.ending || context.ending->Ended().IsSet());
 }
 
 void EndWorkers(SchedulerContext& context) {
@@ -193,13 +208,20 @@ void EndWorkers(SchedulerContext& context) {
     }
   }
   context.connections.CutAll();
+  EndWhatHasNoWorker(context);
   const auto deadline = std::chrono::steady_clock::now() + kExitWait;
+  const auto awaitEnd = [deadline](const Thread& thread) {
+    const auto left =
+        std::chrono::duration_cast<milliseconds>(deadline - std::chrono::steady_clock::now());
+    thread.Ended().WaitFor(std::max(left, milliseconds::zero()));
+  };
   for (const Slot& slot : context.slots) {
     if (slot.worker) {
-      const auto left =
-          std::chrono::duration_cast<milliseconds>(deadline - std::chrono::steady_clock::now());
-      slot.worker->Ended().WaitFor(std::max(left, milliseconds::zero()));
+      awaitEnd(*slot.worker);
     }
+  }
+  if (context.ending) {
+    awaitEnd(*context.ending);
   }
 }
 

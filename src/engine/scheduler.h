@@ -38,8 +38,9 @@ struct SchedulerContext {
   std::shared_ptr<TaskQueue> queue;
   std::shared_ptr<EngineEvents> events;
   Event schedulerExit;
-  Event schedulerWake;                   // "look again", no more
+  Event schedulerWake;                   // "look again", no more, beside the queue's own news
   std::array<Slot, kWorkerSlots> slots;  // the scheduler's alone
+  std::unique_ptr<Thread> ending;        // likewise: ends runs without a worker
   // A task of the user's finds no free slot: one of a folder's workers, if there are several, is to
   // leave.
   std::atomic<bool> slotWanted{false};

@@ -23,17 +23,23 @@ TaskId NewTaskId() {
 
 std::shared_ptr<TaskRun> TransferTask::BeginRun(SocketGroup* workers) {
   const std::lock_guard lock(runLock_);
+  if (run_) {
+    return nullptr;
+  }
   run_ = std::make_shared<TaskRun>(workers);
   return run_;
 }
 
 void TransferTask::EndRun() {
   std::unique_lock lock(runLock_);
-  while (whenEnded_) {
-    const auto work = std::exchange(whenEnded_, nullptr);
+  while (clearing_) {
+    const auto work = std::exchange(clearing_, nullptr);
     lock.unlock();
     work();
     lock.lock();
+  }
+  if (std::exchange(again_, false)) {
+    SetQueued();
   }
   run_.reset();
 }
@@ -43,19 +49,10 @@ std::shared_ptr<TaskRun> TransferTask::Run() const {
   return run_;
 }
 
-void TransferTask::WhenEnded(std::function<void()> work) {
-  {
-    const std::lock_guard lock(runLock_);
-    if (run_) {
-      whenEnded_ = std::move(work);
-      return;
-    }
-  }
-  work();
-}
-
 // The record first: a worker that finds its child stopped must find the whole task stopped.
 bool TransferTask::Stop() {
+  const std::lock_guard lock(runLock_);
+  again_ = false;
   if (!record->ChangeState(TransferState::Queued, TransferState::Stopped)) {
     return false;
   }
@@ -66,6 +63,28 @@ bool TransferTask::Stop() {
 }
 
 void TransferTask::QueueAgain() {
+  const std::lock_guard lock(runLock_);
+  again_ = run_ && record->state != TransferState::Queued;
+  if (!run_) {
+    SetQueued();
+  }
+}
+
+bool TransferTask::ClearAtEnd(std::function<void()> work, bool again) {
+  const std::lock_guard lock(runLock_);
+  clearing_ = std::move(work);
+  if (run_) {
+    again_ = again;
+    return false;
+  }
+  run_ = std::make_shared<TaskRun>(nullptr);
+  if (again) {
+    SetQueued();
+  }
+  return true;
+}
+
+void TransferTask::SetQueued() {
   record->resultCode = 0;
   record->systemError = 0;
   if (childRecord) {

@@ -37,21 +37,27 @@ class TransferTask {
   std::shared_ptr<TransferRecord> record;
   std::shared_ptr<TransferRecord> childRecord;  // folder tasks only
 
-  // A run lasts from the scheduler's BeginRun to EndRun on its worker. `workers` as in TaskRun.
+  // A run lasts from BeginRun, by the scheduler, to EndRun on its worker, or the last of several.
+  // `workers` as in TaskRun. Null, beginning nothing, if one is under way.
   std::shared_ptr<TaskRun> BeginRun(SocketGroup* workers = nullptr);
-  // First does what WhenEnded was given, on the calling thread.
+  // First does what the calls below have left for it, on the calling thread. The task may be Queued
+  // then: its queue is to be told.
   void EndRun();
   bool Running() const { return Run() != nullptr; }
   std::shared_ptr<TaskRun> Run() const;  // null while none is under way
 
-  // Calls `work` when the run under way has come to its end, on its worker; at once, on the calling
-  // thread, if there is none. Only the last wish counts.
-  void WhenEnded(std::function<void()> work);
-
-  // Queued becomes Stopped, the child's too. False if the state was another one.
+  // What the user wants, on the main thread; none of them waits.
+  //
+  // Queued becomes Stopped, the child's too, and no more queueing follows the run's end. False if
+  // the state was another one.
   bool Stop();
-  // To be fetched once more, with nothing left of how the last run ended.
+  // To be fetched once more, with nothing left of how the last run ended: now, or behind the end of
+  // the run under way. Nothing if it is Queued.
   void QueueAgain();
+  // `work` is done at the end of the run under way, once; in the place of what it was given before.
+  // True if there was none: then one has been begun, and the caller has to see to its EndRun.
+  // `again`: the task is Queued behind it, and at once where no worker stands in the way.
+  bool ClearAtEnd(std::function<void()> work, bool again);
 
   // The files that a folder has open or half fetched, a record each: the child, which the list
   // stores, and those of AddFile, which last as long as the process. Any thread.
@@ -80,6 +86,7 @@ class TransferTask {
   void ForgetProgress();
 
  private:
+  void SetQueued();
   TaskProgress CountFolder() const;
   std::uint64_t BytesOfFiles() const;
 
@@ -89,7 +96,8 @@ class TransferTask {
   TaskProgress earlier_;        // before it began
   mutable std::mutex runLock_;  // guards what follows
   std::shared_ptr<TaskRun> run_;
-  std::function<void()> whenEnded_;
+  std::function<void()> clearing_;
+  bool again_ = false;
 };
 
 using TaskPointer = std::shared_ptr<TransferTask>;

@@ -42,6 +42,7 @@ void EndTaskRun(SchedulerContext& context, TransferTask& task, TransferResult re
   context.events->TaskEnded(task.id, result);
   const bool kept = task.record->keepAcrossRestart != 0;
   task.EndRun();
+  context.queue->MakeReady(task.id);
   if (kept) {
     context.events->SaveNeeded();
   }

@@ -3,11 +3,11 @@
 #include <array>
 #include <atomic>
 #include <cstdint>
+#include <list>
 #include <memory>
 #include <mutex>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace updown {
 
@@ -51,7 +51,7 @@ class TransferRecord {
   TransferRecord() = default;
   explicit TransferRecord(const StoredRecord& stored);
 
-  std::uint32_t recordId = 0;        // unique in the list, never 0
+  std::uint32_t recordId = 0;        // unique in the list, never 0 there
   std::uint32_t parentRecordId = 0;  // 0 on a top record, else the folder record's id
   std::uint32_t isFolder = 0;        // non-zero: stands for a folder tree and has a child record
   std::uint32_t direction = 0;       // 0 download; 1 swaps the two paths on show, nothing more
@@ -96,6 +96,6 @@ class TransferRecord {
 };
 
 // In the order of their making, which the task list file keeps.
-using RecordList = std::vector<std::shared_ptr<TransferRecord>>;
+using RecordList = std::list<std::shared_ptr<TransferRecord>>;
 
 }  // namespace updown

@@ -37,8 +37,12 @@ class FakeTasks : public TransferTasks {
   void RedoTask(TaskId task) override {
     log.emplace_back("redo");
     store.Redo(task);
+    store.Queue().EndRuns();  // as the scheduler does elsewhere
   }
-  void DeleteTask(TaskId task) override { store.RemoveTask(task, TaskStore::LocalFiles::Remove); }
+  void DeleteTask(TaskId task) override {
+    store.RemoveTask(task, TaskStore::LocalFiles::Remove);
+    store.Queue().EndRuns();
+  }
 
   Log log;
   LaunchState launch;
