@@ -55,8 +55,9 @@ class BareFetch {
     address.sin_addr.s_addr = testing::Loopback();
     Must(connect(socket_.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0,
          "no connection");
-    Send(Wire("02 12 002A 01000000 00 86 0000 63 0002 '12' 64 000E '127.0.0.1:8100' "
-              "6E 0004 00000007 FF"));
+    Send(
+        Wire("02 12 002A 01000000 00 86 0000 63 0002 '12' 64 000E '127.0.0.1:8100' "
+             "6E 0004 00000007 FF"));
     Exchange(4352, {});
   }
 

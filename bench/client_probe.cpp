@@ -7,6 +7,8 @@
 //   written                    prints "written HEADERS OTHERS", bytes since the start
 //
 // Ends with its input.
+#include <unistd.h>
+
 #include <QDialog>
 #include <QLineEdit>
 #include <QPointer>
@@ -19,8 +21,6 @@
 #include <cstdio>
 #include <sstream>
 #include <string>
-
-#include <unistd.h>
 
 #include "app/application.h"
 #include "bench/written_bytes.h"
