@@ -1,8 +1,10 @@
 #include "engine/folder_walk.h"
 
 #include <cerrno>
+#include <cstdint>
 #include <utility>
 
+#include "engine/package.h"
 #include "localdata/file_names.h"
 #include "localdata/files.h"
 #include "platform/folders.h"
@@ -23,6 +25,15 @@ struct WalkPlace {
     return {remote + name + "/", local + name + "/"};
   }
 };
+
+// The header files of a package lie beside what it brings; people want the latter.
+bool IsOwnHeader(const std::string& folder, std::string_view name) {
+  return name == HeaderFileOf(folder, false) || name == HeaderFileOf(folder, true);
+}
+
+std::string_view WithoutSlash(std::string_view path) {
+  return path.ends_with('/') ? path.substr(0, path.size() - 1) : path;
+}
 
 bool IsItselfOrParent(std::string_view name) { return name == "." || name == ".."; }
 
@@ -67,6 +78,7 @@ class Walk {
   void Folder(const WalkPlace& place);
   void Entry(const WalkPlace& place, const DirectoryEntry& entry);
   void File(const WalkPlace& place, const DirectoryEntry& entry);
+  void Count(const DirectoryList& entries);
   void MoveChild();
   bool ReadyChild();
   void Fail(TransferResult failure);
@@ -76,6 +88,8 @@ class Walk {
 
   TransferTask& task_;
   FileTransfers& transfers_;
+  std::string name_;  // the folder's own
+  bool atTop_ = true;
   TransferResult first_;
   bool ended_ = false;
   bool listerGone_ = false;
@@ -83,6 +97,9 @@ class Walk {
 
 TransferResult Walk::Run() {
   const RecordPaths root = task_.record->Paths();
+  const std::string_view path = WithoutSlash(root.remotePath);
+  name_ = path.substr(path.rfind('/') + 1);
+  task_.WalkBegins();
   if (ChildIsOutstanding(*task_.childRecord) && ReadyChild()) {
     MoveChild();
   }
@@ -90,6 +107,9 @@ TransferResult Walk::Run() {
     Fail({result::kFileOpen, errno, root.localPath});
   } else {
     Folder({root.remotePath + "/", root.localPath + "/"});
+  }
+  if (!Ended()) {
+    task_.WalkEnds();
   }
   const bool good = first_.code == result::kOk;
   if (!listerGone_ && !transfers_.Stopping() &&
@@ -103,21 +123,36 @@ void Walk::Folder(const WalkPlace& place) {
   if (Ended()) {
     return;
   }
-  const ListingAnswer listing = transfers_.List(place.remote);
+  ListingAnswer listing = transfers_.List(place.remote);
   if (listing.result.end == SessionResult::End::Cancelled) {
     listerGone_ = true;
     ended_ = true;
   } else if (!listing.result.Done()) {
     Fail(ResultOf(listing.result, place.remote));
   }
+  const bool top = std::exchange(atTop_, false);
+  std::erase_if(listing.entries, [&](const DirectoryEntry& entry) {
+    return IsItselfOrParent(entry.name) || (top && IsOwnHeader(name_, entry.name));
+  });
+  Count(listing.entries);
   for (const DirectoryEntry& entry : listing.entries) {
     if (Ended()) {
       return;
     }
-    if (!IsItselfOrParent(entry.name)) {
-      Entry(place, entry);
+    Entry(place, entry);
+  }
+}
+
+void Walk::Count(const DirectoryList& entries) {
+  std::uint32_t files = 0;
+  std::uint64_t bytes = 0;
+  for (const DirectoryEntry& entry : entries) {
+    if (entry.type == kEntryFile) {
+      ++files;
+      bytes += entry.size;
     }
   }
+  task_.FilesListed(files, bytes);
 }
 
 void Walk::Entry(const WalkPlace& place, const DirectoryEntry& entry) {
@@ -142,7 +177,9 @@ void Walk::File(const WalkPlace& place, const DirectoryEntry& entry) {
   task_.childRecord->StartFile({place.remote + entry.name, localPath});
   const bool there =
       LocalFileSize(localPath) == entry.size && (entry.size != 0 || PathExists(localPath));
-  if (!there && ReadyChild()) {
+  if (there) {
+    task_.FileIsThere(entry.size);
+  } else if (ReadyChild()) {
     MoveChild();
   }
 }
@@ -151,7 +188,7 @@ void Walk::File(const WalkPlace& place, const DirectoryEntry& entry) {
 void Walk::MoveChild() {
   TransferResult ended = transfers_.Move(*task_.childRecord);
   if (task_.childRecord->state == TransferState::Finished) {
-    task_.TakeUpChild();
+    task_.TakeUpFile(*task_.childRecord);
   } else if (ended.code != result::kOk) {
     Fail(std::move(ended));
   }

@@ -28,7 +28,8 @@ void Cut(const TransferTask& task) {
 bool Writes(const TransferTask& task, std::string_view path) {
   const std::string target = task.record->LocalPath();
   return task.record->direction != 1 &&
-         (target == path || (task.isFolder && path.starts_with(target + "/")));
+         (target == path || target.starts_with(std::string(path) + "/") ||
+          (task.isFolder && path.starts_with(target + "/")));
 }
 
 bool FitsBuffer(std::string_view path) { return path.size() < kPathCapacity; }
@@ -64,19 +65,41 @@ void TaskStore::AddStoredRecord(const std::shared_ptr<TransferRecord>& record) {
   AppendRecord(record);
 }
 
-TaskPointer TaskStore::AddDownload(const TaskDraft& draft, const std::string& localPath,
-                                   bool keep) {
+std::shared_ptr<TransferRecord> TaskStore::MakeTopRecord(const TaskDraft& draft,
+                                                         const std::string& localPath, bool keep) {
   if (draft.displayName.empty() || !FitsBuffer(draft.remotePath) || !FitsBuffer(localPath)) {
     return nullptr;
   }
-  const auto record = MakeRecord();
+  auto record = MakeRecord();
   record->SetPaths({draft.remotePath, localPath});
   record->keepAcrossRestart = keep ? 1 : 0;
+  return record;
+}
+
+TaskPointer TaskStore::AddDownload(const TaskDraft& draft, const std::string& localPath,
+                                   bool keep) {
+  const auto record = MakeTopRecord(draft, localPath, keep);
+  return record ? AddTask(draft, record) : nullptr;
+}
+
+TaskPointer TaskStore::AddFolderDownload(const TaskDraft& draft, const std::string& localFolder) {
+  const auto record = MakeTopRecord(draft, localFolder, true);
+  if (!record) {
+    return nullptr;
+  }
+  record->isFolder = 1;
+  return AddTask(draft, record);
+}
+
+TaskPointer TaskStore::AddTask(const TaskDraft& draft,
+                               const std::shared_ptr<TransferRecord>& record) {
   AppendRecord(record);
-  auto task = std::make_shared<TransferTask>();
+  TaskPointer task = MakeTask(record);
   task->serverName = draft.serverName;
   task->serverPort = draft.serverPort;
-  task->record = record;
+  if (task->isFolder) {
+    task->childRecord = MakeChild(*record);
+  }
   // Last of all: from here on the scheduler may run it.
   queue_->Append(task);
   return task;

@@ -45,6 +45,11 @@ class TaskStore {
   // scheduler.
   TaskPointer AddDownload(const TaskDraft& draft, const std::string& localPath, bool keep);
 
+  // A task for all that is below the service's folder `draft.remotePath`, Queued, to be kept;
+  // `localFolder` (UTF-8) and what is missing below it is made. A package's own header files are
+  // left out. Null as above.
+  TaskPointer AddFolderDownload(const TaskDraft& draft, const std::string& localFolder);
+
   // Whether the user has the wanted service path among the top records of any state, "inside an
   // existing folder" included; without regard to the case of ASCII letters, one "/" at the end not
   // counted. What the program fetches for itself does not count. An empty path is a duplicate.
@@ -80,8 +85,8 @@ class TaskStore {
   enum class LocalFiles { Keep, Remove };
   void RemoveTask(TaskId id, LocalFiles files = LocalFiles::Keep);
 
-  // Whether a task that is not Finished, or one whose worker has yet to end, writes this file, or
-  // the folder around it.
+  // Whether a task that is not Finished, or one whose worker has yet to end, writes this file, the
+  // folder around it, or below it.
   bool IsTargetInUse(const std::string& localPath) const;
 
   // At the program's end, when no worker runs any more.
@@ -90,8 +95,11 @@ class TaskStore {
  private:
   RecordIndex& Index() const;
   std::shared_ptr<TransferRecord> MakeRecord() const;
+  std::shared_ptr<TransferRecord> MakeTopRecord(const TaskDraft& draft,
+                                                const std::string& localPath, bool keep);
   void AppendRecord(const std::shared_ptr<TransferRecord>& record);
   void RenumberRecords();
+  TaskPointer AddTask(const TaskDraft& draft, const std::shared_ptr<TransferRecord>& record);
   TaskPointer MakeTask(const std::shared_ptr<TransferRecord>& record);
   std::shared_ptr<TransferRecord> MakeChild(const TransferRecord& folder);
   void QueueAgainWhenEnded(const TaskPointer& task, bool fromNothing);

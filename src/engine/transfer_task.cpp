@@ -1,5 +1,6 @@
 #include "engine/transfer_task.h"
 
+#include <algorithm>
 #include <atomic>
 #include <utility>
 
@@ -82,16 +83,71 @@ std::uint32_t TransferTask::Bytes() const {
   return bytes;
 }
 
-void TransferTask::TakeUpChild() {
+TaskProgress TransferTask::Progress() const {
   const std::lock_guard lock(countLock_);
-  record->doneBytes += childRecord->doneBytes;
-  record->totalBytes += childRecord->totalBytes;
-  childRecord->doneBytes = 0;
-  childRecord->totalBytes = 0;
+  if (!isFolder) {
+    return {record->doneBytes, record->totalBytes, 0, 0};
+  }
+  TaskProgress progress = CountFolder();
+  if (progress.files == 0) {  // before the first listing the stored count is all there is
+    progress.doneBytes += record->doneBytes;
+  }
+  return progress;
+}
+
+TaskProgress TransferTask::CountFolder() const {
+  TaskProgress progress = walked_;
+  if (childRecord) {
+    progress.doneBytes += childRecord->doneBytes;
+  }
+  progress.doneBytes = std::max(progress.doneBytes, earlier_.doneBytes);
+  progress.totalBytes = std::max(progress.totalBytes, earlier_.totalBytes);
+  progress.doneFiles = std::max(progress.doneFiles, earlier_.doneFiles);
+  progress.files = std::max(progress.files, earlier_.files);
+  // A file that goes on where it stood may not have been listed yet.
+  if (progress.totalBytes != 0) {
+    progress.totalBytes = std::max(progress.totalBytes, progress.doneBytes);
+  }
+  return progress;
+}
+
+void TransferTask::WalkBegins() {
+  const std::lock_guard lock(countLock_);
+  earlier_ = CountFolder();
+  walked_ = {};
+}
+
+void TransferTask::WalkEnds() {
+  const std::lock_guard lock(countLock_);
+  earlier_ = {};
+}
+
+void TransferTask::FilesListed(std::uint32_t files, std::uint64_t bytes) {
+  const std::lock_guard lock(countLock_);
+  walked_.files += files;
+  walked_.totalBytes += bytes;
+}
+
+void TransferTask::FileIsThere(std::uint32_t bytes) {
+  const std::lock_guard lock(countLock_);
+  ++walked_.doneFiles;
+  walked_.doneBytes += bytes;
+}
+
+void TransferTask::TakeUpFile(TransferRecord& file) {
+  const std::lock_guard lock(countLock_);
+  ++walked_.doneFiles;
+  walked_.doneBytes += file.doneBytes;
+  record->doneBytes += file.doneBytes;
+  record->totalBytes += file.totalBytes;
+  file.doneBytes = 0;
+  file.totalBytes = 0;
 }
 
 void TransferTask::ForgetProgress() {
   const std::lock_guard lock(countLock_);
+  walked_ = {};
+  earlier_ = {};
   Forget(*record);
   if (childRecord) {
     Forget(*childRecord);

@@ -13,6 +13,16 @@
 
 namespace updown {
 
+// How far a task is, for people. Of a folder the totals are those of the listings met so far.
+struct TaskProgress {
+  std::uint64_t doneBytes = 0;
+  std::uint64_t totalBytes = 0;  // 0: not known yet
+  std::uint32_t doneFiles = 0;
+  std::uint32_t files = 0;  // 0: a single file, or a folder that has not been listed yet
+
+  bool operator==(const TaskProgress&) const = default;
+};
+
 // One thing to fetch: what the scheduler and a worker run.
 //
 // The scheduler's worker holds the task alive; the queue owns it. Texts and record pointers do not
@@ -44,14 +54,28 @@ class TransferTask {
 
   // doneBytes of the record, plus those of the child when there is one.
   std::uint32_t Bytes() const;
-  // Adds the finished child's counts to the record's and zeroes them, in one step for Bytes().
-  void TakeUpChild();
+  // Any thread.
+  TaskProgress Progress() const;
+
+  // What the walk of a folder tells, on the threads of its workers. Until a walk has come to its
+  // end, what an earlier one has found keeps the progress from stepping back.
+  void WalkBegins();
+  void WalkEnds();
+  void FilesListed(std::uint32_t files, std::uint64_t bytes);
+  void FileIsThere(std::uint32_t bytes);  // from before
+  // Adds the counts of the file, which is whole, to the record's and zeroes them, in one step for
+  // Bytes() and Progress().
+  void TakeUpFile(TransferRecord& file);
   // As if nothing had ever been fetched.
   void ForgetProgress();
 
  private:
-  mutable std::mutex countLock_;
-  mutable std::mutex runLock_;  // guards what follows
+  TaskProgress CountFolder() const;
+
+  mutable std::mutex countLock_;  // guards what a folder's files add up to
+  TaskProgress walked_;           // by the walk under way, without what its open files have so far
+  TaskProgress earlier_;          // before it began
+  mutable std::mutex runLock_;    // guards what follows
   std::shared_ptr<TaskRun> run_;
   std::function<void()> whenEnded_;
 };

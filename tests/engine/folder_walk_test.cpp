@@ -48,6 +48,31 @@ TEST_P(FolderTask, WalksItsTree) {
   EXPECT_TRUE(std::filesystem::exists(Local("empty")));
 }
 
+TEST_P(FolderTask, APackageComesWithoutItsHeadersAndSaysHowFarItIs) {
+  const std::string package = "20260102030405";
+  std::filesystem::create_directories(world.served.File(package + "/sub"));
+  const auto served = [&](const std::string& name) {
+    return world.served.File(package + "/" + name);
+  };
+  for (const char* name : {"a.bin", "b.bin", "sub/c.bin", "sub/20260102030405.ini"}) {
+    WriteFile(served(name), Pattern(9000));
+  }
+  WriteFile(served(package + ".ini"), "x");
+  WriteFile(served(package + "_Start.ini"), "x");
+  const TaskPointer task = world.store->AddFolderDownload(
+      {package, "/" + package, "fileservice", 8080}, world.local.File("pkg"));
+  ASSERT_TRUE(task);
+  EXPECT_EQ(task->childRecord->parentRecordId, task->record->recordId);
+  EXPECT_EQ(task->Progress(), TaskProgress());
+  EXPECT_TRUE(world.store->IsTargetInUse(Local("a.bin")));
+  world.Start();
+  ASSERT_TRUE(world.WaitForState(*task, TransferState::Finished));
+  EXPECT_EQ(task->Progress(), (TaskProgress{36000, 36000, 4, 4}));
+  EXPECT_EQ(ReadFile(Local("sub/20260102030405.ini")), Pattern(9000));
+  EXPECT_FALSE(std::filesystem::exists(Local(package + ".ini")));
+  EXPECT_FALSE(std::filesystem::exists(Local(package + "_Start.ini")));
+}
+
 TEST_P(FolderTask, PausedInsideAFileGoesOnThere) {
   const std::string bytes = Pattern(200000);
   WriteFile(Served("a.bin"), bytes);
