@@ -41,8 +41,8 @@ void CheckConversions(const std::string& text, AnsiCodePage codePage) {
   Must(Utf8ToWide(WideToUtf8(converted)) == converted);
   // Each character of a code page is at most two bytes.
   Must(WideToAnsi(wide, codePage).size() <= 2 * wide.size());
-  Must(EqualIgnoringCase(wide, wide) && CompareIgnoringCase(wide, converted) ==
-                                            -CompareIgnoringCase(converted, wide));
+  Must(EqualIgnoringCase(wide, wide) &&
+       CompareIgnoringCase(wide, converted) == -CompareIgnoringCase(converted, wide));
 }
 
 void CheckVariables() {
@@ -68,9 +68,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                                      AnsiCodePage::TraditionalChinese};
   const AnsiCodePage codePage = kPages[data[0] % 3];
   std::string_view rest(reinterpret_cast<const char*>(data) + 1, size - 1);
-  for (const char* name : {kVariableIdentity1, kVariableIdentity2, kVariableApplication,
-                           kVariableLanguage, kVariableRelayPort, kVariableRelayAddress,
-                           kVariableRelayClientId, kVariableAttribute110}) {
+  for (const char* name :
+       {kVariableIdentity1, kVariableIdentity2, kVariableApplication, kVariableLanguage,
+        kVariableRelayPort, kVariableRelayAddress, kVariableRelayClientId, kVariableAttribute110}) {
     const std::string value = TakeText(rest);
     value.empty() ? unsetenv(name) : setenv(name, value.c_str(), 1);
   }

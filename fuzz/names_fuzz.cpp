@@ -71,8 +71,8 @@ void CheckPaths(const std::string& text) {
   Must(record.LocalPath() == kRoot);
   Must(moved ? FitsPath(record.RemotePath()) : record.RemotePath() == text);
   const fs::path named = NamedPath(text);
-  Must(named.empty() || (named.has_filename() && named.filename() != "." &&
-                         named.filename() != ".."));
+  Must(named.empty() ||
+       (named.has_filename() && named.filename() != "." && named.filename() != ".."));
 }
 
 }  // namespace
