@@ -98,9 +98,9 @@ void Remains::CheckList(const Paths& removed) {
   }
   for (const Thing& thing : things_) {
     const std::string path = thing.Remote();
-    Check(!known_.contains(path) || stored.contains(path) || removed.contains(path) ||
-              IsEqual(thing),
-          path + " is lost");
+    Check(
+        !known_.contains(path) || stored.contains(path) || removed.contains(path) || IsEqual(thing),
+        path + " is lost");
   }
   known_ = stored;
 }

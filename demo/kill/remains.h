@@ -45,7 +45,7 @@ class Remains {
   const std::string area_;
   const std::string folder_;
   const Things things_;
-  Paths known_;   // tasks of the last save that is known to be on disk
+  Paths known_;  // tasks of the last save that is known to be on disk
   // Made, removed or begun anew in this run, and in the one before.
   Paths touched_;
   Paths touchedBefore_;
