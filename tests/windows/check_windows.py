@@ -18,7 +18,8 @@ import tempfile
 import time
 
 from desktop import ICONIC, NORMAL, Desktop, wait_until
-from launch import END_LIMIT, Client, Service, store_transfers
+from launch import END_LIMIT, Client
+from service import Service, store_transfers
 
 PING_LIMIT = 0.2  # seconds, as are all here
 WINDOW_LIMIT = 1.0
