@@ -2,6 +2,7 @@
 #include <QLabel>
 #include <QMimeData>
 #include <QTest>
+#include <QTimerEvent>
 #include <QUrl>
 
 #include "service/result_codes.h"
@@ -104,6 +105,23 @@ TEST_F(Transfers, BlocksInQuickSuccessionShowTogether) {
   EndTask(*task, 0);
   EXPECT_EQ(Cell(0, Column::State), "Completed");
   EXPECT_TRUE(Tip(0).contains(u"B/s on average"_qs)) << ToUtf8(Tip(0));
+}
+
+TEST_F(Transfers, ARateGoesWhenNothingComesAnyMore) {
+  const TaskPointer task = AddTask(State::Queued, 0, 40960);
+  task->record->doneBytes = 4096;
+  ticks_.now += 1000;
+  window_.ShowBlock(task->id);
+  for (const bool stalled : {false, true}) {
+    ticks_.now += stalled ? 10000 : 14000;
+    for (int id = 0; id < 1000; ++id) {  // one of them is that of the model's look
+      QTimerEvent event(id);
+      QCoreApplication::sendEvent(qobject_cast<QAbstractProxyModel*>(list_->model())->sourceModel(),
+                                  &event);
+    }
+    EXPECT_EQ(Course(0), stalled ? "4 KB of 40 KB|10.00%|||Transferring"
+                                 : "4 KB of 40 KB|10.00%|4.00 KB/s|00 : 00 : 09 |Transferring");
+  }
 }
 
 TEST_F(Transfers, AFailureTellsItsReason) {
