@@ -1,6 +1,6 @@
 #include "app/help_window.h"
 
-#include <QDialogButtonBox>
+#include <QHBoxLayout>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QScreen>
@@ -78,20 +78,25 @@ HelpWindow::HelpWindow(QWidget* owner) : QDialog(owner), page_(new QTextBrowser)
   page_->setObjectName(u"helpPage"_qs);
   page_->setAccessibleName(windowTitle());
   page_->setOpenLinks(false);
-  auto* buttons = new QDialogButtonBox;
-  QPushButton* about = buttons->addButton(Text(StringId::HelpAbout), QDialogButtonBox::HelpRole);
+  // In a row of their own: of a box of buttons the Tab key reaches only one from the page.
+  auto* const about = new QPushButton(Text(StringId::HelpAbout));
   about->setObjectName(u"helpAbout"_qs);
   about->setAutoDefault(false);
   connect(about, &QPushButton::clicked, this, [this] { ShowAboutBox(this); });
-  buttons->addButton(Text(StringId::HelpClose), QDialogButtonBox::RejectRole)->setDefault(true);
-  connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+  auto* const shut = new QPushButton(Text(StringId::HelpClose));
+  shut->setDefault(true);
+  connect(shut, &QPushButton::clicked, this, &QDialog::reject);
+  auto* const buttons = new QHBoxLayout;
+  buttons->addWidget(about);
+  buttons->addStretch();
+  buttons->addWidget(shut);
   auto* close = new QAction(this);
   close->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_W));
   connect(close, &QAction::triggered, this, &QDialog::reject);
   addAction(close);
   auto* layout = new QVBoxLayout(this);
   layout->addWidget(page_);
-  layout->addWidget(buttons);
+  layout->addLayout(buttons);
   const QFontMetrics font = fontMetrics();
   resize(QSize(kFirstColumns * font.averageCharWidth(), kFirstLines * font.lineSpacing())
              .boundedTo(screen()->availableSize() * 9 / 10));

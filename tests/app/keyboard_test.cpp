@@ -90,7 +90,13 @@ TEST(Keyboard, ReachesWhatCanBeSeenAndTheCommandsFromEachPane) {
     press(Qt::Key_F6);
     EXPECT_EQ(tree->hasFocus(), pane != tree) << name;
   }
+  window.activateWindow();
+  ASSERT_TRUE(active(u"mainWindow"_qs));
   QTest::keyClick(list, Qt::Key_F1);
+  QWidget* const help = active(u"helpWindow"_qs);
+  ASSERT_TRUE(help);
+  QTest::keyClick(help->focusWidget(), Qt::Key_Tab);
+  EXPECT_EQ(help->focusWidget()->objectName(), u"helpAbout"_qs) << "behind the page";
   const QString page = window.findChild<QTextBrowser*>(u"helpPage"_qs)->toPlainText();
   for (const QAction* action : list->actions()) {
     EXPECT_TRUE(page.contains(action->shortcut().toString(QKeySequence::NativeText)))
