@@ -34,6 +34,7 @@ class BrowsingWorld {
       setenv(name.c_str(), value.c_str(), 1);
     }
     setenv("XDG_DATA_HOME", folder_.File("data").c_str(), 1);
+    setenv("XDG_STATE_HOME", folder_.File("state").c_str(), 1);
     setenv("HOME", folder_.Path().c_str(), 1);
     std::filesystem::create_directory(folder_.File("data"));
   }

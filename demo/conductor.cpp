@@ -93,6 +93,7 @@ bool Conductor::RunLeg(const LegPlan& plan) {
     environment.insert(QString::fromStdString(name), QString::fromStdString(value));
   }
   environment.insert(QStringLiteral("XDG_DATA_HOME"), data);
+  environment.insert(QStringLiteral("XDG_STATE_HOME"), data);
   environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
   if (!plan.scale.isEmpty()) {
     environment.insert(QStringLiteral("QT_SCALE_FACTOR"), plan.scale);

@@ -3,8 +3,8 @@
 #include <QCloseEvent>
 #include <QDeadlineTimer>
 #include <QGuiApplication>
-#include <QShortcut>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <chrono>
 
 #include "app/about_box.h"
@@ -16,6 +16,7 @@
 #include "engine/result_texts.h"
 #include "localdata/tasklist.h"
 #include "platform/environment.h"
+#include "platform/folders.h"
 #include "platform/qt/text.h"
 #include "platform/text.h"
 #include "resources/qt/texts.h"
@@ -27,9 +28,11 @@ namespace {
 
 constexpr QSize kFirstSize{960, 720};
 constexpr int kFirstListingDelay = 100;  // ms: the window is on the screen by then
-constexpr int kTreeWidth = 200;          // when the keyboard opens it
+constexpr int kTreeWidth = 200;          // when the keyboard opens it, at most half the window
+constexpr int kLeastLines = 4;           // of list and form, however low the window is
 // With the windows' own end this keeps the whole exit below two seconds.
 constexpr std::chrono::milliseconds kStopLimit{1500};
+constexpr std::chrono::milliseconds kLastWait{100};  // for what has had that time already
 
 // What is no number, or more than an hour, changes nothing.
 std::chrono::milliseconds PaceFromEnvironment() {
@@ -41,6 +44,16 @@ std::chrono::milliseconds PaceFromEnvironment() {
   }
   const std::int32_t pace = LeadingNumber(*text);
   return pace < 0 || pace > kMostPace ? kPace : std::chrono::milliseconds(pace);
+}
+
+// Empty where nothing can be kept.
+std::string SeenPackagesPath(const std::string& identityHash) {
+  const auto folder = StateFolder();
+  if (!folder) {
+    return {};
+  }
+  MakeFolder(*folder + "/updown");
+  return *folder + "/updown/" + identityHash + ".seen";
 }
 
 std::shared_ptr<SchedulerContext> MakeContext(const FileService& service) {
@@ -66,7 +79,7 @@ MainWindow::MainWindow(const LaunchState& launch, FileService& service,
           },
           [context = context_] { context->schedulerWake.Set(); }),
       downloads_(launch, cache_, context_, *this),
-      area_(session_, downloads_, cache_, launch),
+      area_(session_, downloads_, cache_, launch, SeenPackagesPath(launch.identityHash)),
       commands_(area_, downloads_, this),
       keeper_(TaskListPath(launch.identityHash),
               [this] { return KeptRecords(Tasks().Records(), cache_); }) {
@@ -74,11 +87,11 @@ MainWindow::MainWindow(const LaunchState& launch, FileService& service,
   LoadStoredTasks();
   ConnectEngine();
   ConnectArea();
+  ConnectNotifications();
   setWindowTitle(Text(StringId::FrameTitle));
   setAccessibleName(windowTitle());
   setWindowIcon(LoadIcon(Icon::Program));
   resize(kFirstSize);
-  MakeShortcuts();
   CreatePanes();
 }
 
@@ -116,32 +129,27 @@ void MainWindow::ConnectArea() {
   connect(&area_, &PackageArea::PackageRenamed, &downloads_, &Downloads::FollowRename);
   connect(&commands_, &PackageCommands::TransfersWanted, this, &MainWindow::ShowStatus);
   connect(qGuiApp, &QGuiApplication::applicationStateChanged, &area_,
-          [this](Qt::ApplicationState state) { area_.SetActive(state == Qt::ApplicationActive); });
-}
-
-void MainWindow::MakeShortcuts() {
-  const auto* about = new QShortcut(QKeySequence(Qt::Key_F1), this);
-  connect(about, &QShortcut::activated, this, [this] { ShowAboutBox(this); });
-  const auto* refresh = new QShortcut(QKeySequence(Qt::Key_F5), this);
-  connect(refresh, &QShortcut::activated, &area_, [this] { area_.Refresh(AskedBy::Person); });
-  const auto* tree = new QShortcut(QKeySequence(Qt::Key_F6), this);
-  connect(tree, &QShortcut::activated, this, &MainWindow::GoToTreeOrBack);
-  const auto* cancel = new QShortcut(QKeySequence(Qt::Key_Escape), this);
-  connect(cancel, &QShortcut::activated, &area_, &PackageArea::Cancel);
+          [this](Qt::ApplicationState state) {
+            const bool active = state == Qt::ApplicationActive;
+            area_.SetActive(active);
+            notifications_.SetActive(active);
+          });
 }
 
 void MainWindow::CreatePanes() {
   WatchForSecondStart();
-  outer_ = std::make_unique<CMySplitter>(Qt::Horizontal);
-  tree_ = new PackageTree(area_);
-  inner_ = new CMySplitter(Qt::Vertical);
-  list_ = new PackageList(area_, ToQString(AnsiToWide(launch_.serverName, launch_.CodePage())));
-  form_ = new PackageForm(area_);
+  outer_ = std::make_unique<QSplitter>(Qt::Horizontal);
+  tree_ = new PackageTree(area_, commands_);
+  inner_ = new QSplitter(Qt::Vertical);
+  packages_ = new PackagePane(area_, commands_,
+                              ToQString(AnsiToWide(launch_.serverName, launch_.CodePage())));
+  list_ = &packages_->List();
+  form_ = new PackageForm(area_, commands_);
   outer_->setObjectName(u"outerSplitter"_qs);
   outer_->setAccessibleName(windowTitle());
   inner_->setObjectName(u"innerSplitter"_qs);
   inner_->setAccessibleName(list_->accessibleName());
-  inner_->addWidget(list_);
+  inner_->addWidget(packages_);
   inner_->addWidget(form_);
   outer_->addWidget(tree_);
   outer_->addWidget(inner_);
@@ -158,15 +166,13 @@ void MainWindow::CreatePanes() {
   ConnectPanes();
   downloads_.RestoreTasks();
   statusWindow_ = std::make_unique<TransferWindow>(downloads_, SystemTicks());
+  ConnectActions();
+  restored_ = state_.Restore(*this);
+  state_.Restore(*statusWindow_);
   list_->setFocus(Qt::OtherFocusReason);
 }
 
 void MainWindow::ConnectPanes() {
-  const AttachmentList& files = form_->Attachments();
-  connect(list_, &PackageList::DeleteWanted, &commands_, &PackageCommands::DeletePackage);
-  connect(&files, &AttachmentList::SaveWanted, &commands_, &PackageCommands::SaveFile);
-  connect(&files, &AttachmentList::DeleteWanted, &commands_, &PackageCommands::DeleteFile);
-  connect(&files, &AttachmentList::TransfersWanted, this, &MainWindow::ShowStatus);
   connect(&area_, &PackageArea::Failed, notices_, [this](quint32 report) {
     notices_->SetNotice(NoticeBar::Source::Service, ToQString(ResultBoxText(report)));
   });
@@ -175,7 +181,25 @@ void MainWindow::ConnectPanes() {
   connect(notices_, &NoticeBar::TryAgain, &area_, [this] { area_.Refresh(AskedBy::Person); });
 }
 
+void MainWindow::ConnectActions() {
+  connect(actions_.refresh, &QAction::triggered, &area_,
+          [this] { area_.Refresh(AskedBy::Person); });
+  connect(actions_.find, &QAction::triggered, packages_, &PackagePane::Find);
+  connect(actions_.folderTree, &QAction::triggered, this, &MainWindow::GoToTreeOrBack);
+  connect(actions_.transfers, &QAction::triggered, this, &MainWindow::ShowStatus);
+  connect(actions_.help, &QAction::triggered, this, &MainWindow::ShowHelp);
+  connect(actions_.cancel, &QAction::triggered, &area_, &PackageArea::Cancel);
+  for (QWidget* pane : {static_cast<QWidget*>(list_), static_cast<QWidget*>(tree_),
+                        static_cast<QWidget*>(&form_->Attachments())}) {
+    actions_.AddTo(*pane);
+  }
+  statusWindow_->addActions({actions_.transfers, actions_.help});
+}
+
 void MainWindow::LayOutPanes() {
+  for (QWidget* pane : {static_cast<QWidget*>(list_), static_cast<QWidget*>(form_)}) {
+    pane->setMinimumHeight(kLeastLines * pane->fontMetrics().lineSpacing());
+  }
   const PaneHeights heights = PaneHeightsOf(height());
   outer_->setStretchFactor(0, 0);
   outer_->setStretchFactor(1, 1);
@@ -192,17 +216,19 @@ void MainWindow::GoToTreeOrBack() {
     return;
   }
   if (outer_->sizes().constFirst() == 0) {
-    outer_->setSizes({kTreeWidth, outer_->width() - kTreeWidth});
+    const int width = std::min(kTreeWidth, outer_->width() / 2);
+    outer_->setSizes({width, outer_->width() - width});
   }
   tree_->setFocus(Qt::ShortcutFocusReason);
 }
 
 void MainWindow::showEvent(QShowEvent* event) {
   QMainWindow::showEvent(event);
-  // Before it is shown a splitter knows no size of its own to divide.
-  if (!laidOut_) {
-    laidOut_ = true;
-    LayOutPanes();
+  if (!onScreen_) {
+    onScreen_ = true;
+    if (!restored_) {
+      LayOutPanes();  // before it is shown a splitter knows no size of its own to divide
+    }
     firstListing_.start(kFirstListingDelay, this);
   }
 }
@@ -234,8 +260,19 @@ void MainWindow::Raise() {
 
 void MainWindow::closeEvent(QCloseEvent* event) {
   event->accept();
-  hide();
+  LeaveScreen();
   Q_EMIT Closed();
+}
+
+void MainWindow::LeaveScreen() {
+  if (isVisible()) {
+    state_.Take(*this);
+    state_.Take(*statusWindow_);
+  }
+  hide();
+  if (statusWindow_) {
+    statusWindow_->hide();
+  }
 }
 
 bool MainWindow::ShutDown() {
@@ -244,10 +281,9 @@ bool MainWindow::ShutDown() {
   }
   secondStart_.reset();
   firstListing_.stop();
-  hide();
-  if (statusWindow_) {
-    statusWindow_->hide();
-  }
+  LeaveScreen();
+  state_.BeginSave();
+  notifications_.BeginEnd();
   keeper_.BeginEnd();
   mainThread_.Close();
   const QDeadlineTimer deadline(kStopLimit);
@@ -259,6 +295,8 @@ bool MainWindow::ShutDown() {
     cache_.RemoveUnfinished();
   }
   keeper_.WaitForEnd();
+  const bool told = notifications_.WaitForEnd(kLastWait);
+  threadsEnded_ = state_.WaitForEnd() && told && *threadsEnded_;
   Tasks().Clear();
   statusWindow_.reset();
   return *threadsEnded_;
@@ -266,10 +304,30 @@ bool MainWindow::ShutDown() {
 
 void MainWindow::ShowStatus() {
   if (statusWindow_) {
-    statusWindow_->showNormal();
-    statusWindow_->raise();
-    statusWindow_->activateWindow();
+    statusWindow_->Open();
   }
+}
+
+// A pane's own commands stand in front of those of the window.
+void MainWindow::ShowHelp() {
+  const QList<QAction*> common = actions();
+  QList<HelpKeys> keys{HelpKeys(Text(StringId::HelpEverywhere), common)};
+  for (QWidget* pane : {static_cast<QWidget*>(list_), static_cast<QWidget*>(tree_),
+                        static_cast<QWidget*>(&form_->Attachments())}) {
+    QList<QAction*> own = pane->actions();
+    own.removeIf([&common](QAction* action) { return common.contains(action); });
+    if (HelpKeys ofPane(pane->accessibleName(), own); !ofPane.rows.isEmpty()) {
+      keys.append(ofPane);
+    }
+  }
+  HelpKeys lists(Text(StringId::HelpAllLists), {});
+  lists.Add(QKeySequence(Qt::Key_Menu), Text(StringId::HelpMenuKey));
+  keys.append(lists);
+  if (help_ == nullptr) {
+    help_ = new HelpWindow(this);
+    help_->addActions({actions_.transfers, actions_.help});
+  }
+  help_->Open(keys);
 }
 
 }  // namespace updown

@@ -1,4 +1,5 @@
 #include "app/main_window.h"
+#include "platform/qt/text.h"
 #include "resources/qt/texts.h"
 
 // What the engine tells, on the main thread.
@@ -36,8 +37,37 @@ void MainWindow::TaskEnded(TaskId task, const TransferResult& result) noexcept {
     return;
   }
   TellStatus([task, result](TransferWindow& status) { status.ShowEnded(task, result); });
+  if (ended->record) {
+    NotifyOfEnd(*ended->record);
+  }
   if (const auto header = downloads_.TakeHeader(*ended)) {
     area_.HeaderEnded(header->file, header->arrived);
+  }
+}
+
+void MainWindow::ConnectNotifications() {
+  connect(&notifications_, &DesktopNotifications::Clicked, this, [this](NotificationKind kind) {
+    kind == NotificationKind::Packages ? Raise() : ShowStatus();
+  });
+  // What the first listing brings is no news.
+  connect(&area_, &PackageArea::ConnectionChanged, this, [this] {
+    if (area_.Refreshing() && area_.State() == PackageArea::Connection::There) {
+      listedOnce_ = true;
+    }
+  });
+  connect(&area_, &QAbstractItemModel::rowsInserted, this,
+          [this](const QModelIndex& /*parent*/, int first, int last) {
+            for (int row = first; listedOnce_ && row <= last; ++row) {
+              notifications_.PackageCame(FromUtf8(area_.NameAt(area_.index(row, 0, area_.Root()))));
+            }
+          });
+}
+
+void MainWindow::NotifyOfEnd(const TransferRecord& record) {
+  const bool failed = record.state == TransferState::Failed;
+  if (record.keepAcrossRestart != 0 && (failed || record.state == TransferState::Finished)) {
+    const std::string target = record.Paths().localPath;
+    notifications_.TransferEnded(FromUtf8(target.substr(target.rfind('/') + 1)), failed);
   }
 }
 

@@ -2,6 +2,7 @@
 
 #include <QTimerEvent>
 #include <array>
+#include <utility>
 
 #include "platform/qt/text.h"
 #include "resources/qt/texts.h"
@@ -26,20 +27,26 @@ QString Shortened(const std::u16string& value) {
 }  // namespace
 
 PackageArea::PackageArea(Session& session, HeaderFetches& fetches, const PackageCache& cache,
-                         const LaunchState& launch, AreaTimes times, QObject* parent)
+                         const LaunchState& launch, std::string seenFile, AreaTimes times,
+                         QObject* parent)
     : QAbstractItemModel(parent),
       session_(session),
       cache_(cache),
       codePage_(launch.CodePage()),
       times_(times),
       image_(LoadIcon(Icon::Folder)),
-      headers_(rows_, fetches) {
+      headers_(rows_, fetches),
+      seen_(std::move(seenFile)) {
+  boldFont_.setBold(true);
   refresh_.start(static_cast<int>(times_.refresh.count()), this);
 }
 
 PackageArea::~PackageArea() {
   session_.Drop(rootRequest_);
   session_.Drop(filesRequest_);
+  for (const Session::RequestId change : changes_) {
+    session_.Drop(change);
+  }
 }
 
 void PackageArea::timerEvent(QTimerEvent* event) {
@@ -94,13 +101,17 @@ QVariant PackageArea::data(const QModelIndex& index, int role) const {
     return RootData(index, role);
   }
   const int column = index.column();
+  const bool names = column == package_column::kTime || column == package_column::kName;
   switch (role) {
     case Qt::DisplayRole:
     case Qt::EditRole:
       return CellText(rows_.At(index.row()), column);
     case Qt::DecorationRole:
-      return column == package_column::kTime || column == package_column::kName ? QVariant(image_)
-                                                                                : QVariant();
+      return names ? QVariant(image_) : QVariant();
+    case Qt::FontRole:
+      return IsNew(index) ? QVariant(boldFont_) : QVariant();
+    case Qt::AccessibleDescriptionRole:
+      return names && IsNew(index) ? Text(StringId::NewPackage) : QVariant();
     default:
       return {};
   }
@@ -191,9 +202,13 @@ const PackageTexts& PackageArea::TextsOf(Package& package) const {
   return *package.texts;
 }
 
-void PackageArea::RowChanged(const Package& package) {
+void PackageArea::RowLooksChanged(const Package& package) {
   Q_EMIT dataChanged(createIndex(package.row, 0, kPackageId),
                      createIndex(package.row, package_column::kCount - 1, kPackageId));
+}
+
+void PackageArea::RowChanged(const Package& package) {
+  RowLooksChanged(package);
   if (package.Name() == selected_) {
     Q_EMIT HeaderChanged();
   }

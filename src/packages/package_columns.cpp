@@ -1,5 +1,7 @@
 #include "packages/package_columns.h"
 
+#include <QScopedValueRollback>
+
 namespace updown {
 
 PackageListColumns::PackageListColumns(PackageArea& area, QObject* parent)
@@ -9,6 +11,9 @@ PackageListColumns::PackageListColumns(PackageArea& area, QObject* parent)
   connect(&area, &PackageArea::HeadersRead, this, [this] {
     if (const auto wanted = std::exchange(waiting_, std::nullopt)) {
       QSortFilterProxyModel::sort(wanted->first, wanted->second);
+    }
+    if (const auto wanted = std::exchange(waitingFilter_, std::nullopt)) {
+      SetFilter(*wanted);
     }
   });
 }
@@ -20,6 +25,26 @@ void PackageListColumns::sort(int column, Qt::SortOrder order) {
   } else {
     waiting_ = {column, order};
   }
+}
+
+void PackageListColumns::SetFilter(const QString& text) {
+  waitingFilter_.reset();
+  if (!text.isEmpty() && !area_.ReadHeaders()) {
+    waitingFilter_ = text;
+    return;
+  }
+  const QScopedValueRollback filtering(filtering_, true);
+  filter_ = text;
+  invalidateRowsFilter();
+}
+
+bool PackageListColumns::filterAcceptsRow(int row, const QModelIndex& parent) const {
+  bool found = filter_.isEmpty() || !parent.isValid();
+  for (int column = 0; column < package_column::kName && !found; ++column) {
+    const QString text = area_.index(row, column, parent).data().toString();
+    found = text.contains(filter_, Qt::CaseInsensitive);
+  }
+  return found;
 }
 
 bool PackageListColumns::filterAcceptsColumn(int column, const QModelIndex& parent) const {

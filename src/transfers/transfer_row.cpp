@@ -143,7 +143,8 @@ std::optional<double> RemainingSeconds(const TransferRow& row) {
   if (row.state != ShownState::Moving || row.rate.value_or(0) <= 0 || progress.totalBytes == 0) {
     return std::nullopt;
   }
-  const std::uint64_t left = progress.totalBytes - std::min(progress.doneBytes, progress.totalBytes);
+  const std::uint64_t left =
+      progress.totalBytes - std::min(progress.doneBytes, progress.totalBytes);
   return static_cast<double>(left) / static_cast<double>(*row.rate);
 }
 

@@ -12,21 +12,21 @@
 
 namespace updown {
 
-enum class TransferColumn : int {
-  Name,
-  From,
-  To,
-  Transferred,
-  Progress,
-  Rate,
-  Remaining,
-  State
-};
+enum class TransferColumn : int { Name, From, To, Transferred, Progress, Rate, Remaining, State };
 inline constexpr int kTransferColumns = 8;
 
 // Where a transfer stands, in the order in which it is sorted. Unknown: a state that only a foreign
 // task list can bring.
-enum class ShownState { Moving, Starting, Reconnecting, Waiting, Paused, Failed, Finished, Unknown };
+enum class ShownState {
+  Moving,
+  Starting,
+  Reconnecting,
+  Waiting,
+  Paused,
+  Failed,
+  Finished,
+  Unknown
+};
 
 // What has been told last of a Queued task: by the engine, or by the user who had it queued again,
 // which its worker may not have done yet.

@@ -34,7 +34,8 @@ void LinkDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelInd
   option->font.setUnderline(true);
   const QColor color =
       index == hovered_ ? QColor(Qt::red) : option->palette.color(QPalette::Active, QPalette::Link);
-  option->palette.setColor(QPalette::Text, ReadableOn(option->palette.color(QPalette::Base), color));
+  option->palette.setColor(QPalette::Text,
+                           ReadableOn(option->palette.color(QPalette::Base), color));
 }
 
 QRect LinkDelegate::LinkRect(const QModelIndex& index) const {

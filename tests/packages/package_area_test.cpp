@@ -91,7 +91,7 @@ TEST_F(PackageAreaTest, ARequestThatIsCancelledFailsWithoutANotice) {
   EXPECT_EQ(area.State(), Link::Connecting);
   ASSERT_TRUE(Await([this] { return Requests(message::kList) == 1; }));
   area.Cancel();
-  ASSERT_TRUE(Await([&area] { return area.State() == Link::Lost; }));
+  ASSERT_TRUE(Await([&area] { return area.State() == Link::GivenUp; }));
   EXPECT_EQ(failed.size(), 0);
   ASSERT_TRUE(Refresh());
   EXPECT_THAT(Rows(), ElementsAre(kFirst));

@@ -66,7 +66,8 @@ class Client:
         runtime = os.path.join(folder, "runtime")
         os.makedirs(runtime, mode=0o700, exist_ok=True)
         names = {"DISPLAY": desktop.name, "HOME": folder, "XDG_RUNTIME_DIR": runtime,
-                 "XDG_DATA_HOME": data_folder(folder), "QT_QPA_PLATFORM": "xcb",
+                 "XDG_DATA_HOME": data_folder(folder), "XDG_STATE_HOME": os.path.join(folder, "state"),
+                 "QT_QPA_PLATFORM": "xcb",
                  "QT_ACCESSIBILITY": "0"}
 
         def prepare():
