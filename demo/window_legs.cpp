@@ -78,15 +78,16 @@ void KeyboardLeg(LegContext& context) {
                   walker.Type(Qt::Key_Return);
                 });
   AwaitFinished(context, QStringLiteral("by-keyboard.txt"));
-  context.ask({QStringLiteral("compare"),
-               u'/' + QString::fromLatin1(kWalkPackage) + u'/' + kSmall, target});
+  context.ask({QStringLiteral("compare"), u'/' + QString::fromLatin1(kWalkPackage) + u'/' + kSmall,
+               target});
   const QWidget* transfers = walker.Find(kTransfers);
-  for (const auto& [key, modifier] : {std::pair(Qt::Key_Escape, Qt::NoModifier),
-                                      std::pair(Qt::Key_W, Qt::ControlModifier)}) {
+  for (const auto& [key, modifier] :
+       {std::pair(Qt::Key_Escape, Qt::NoModifier), std::pair(Qt::Key_W, Qt::ControlModifier)}) {
     walker.Await(QStringLiteral("the transfers are in front"),
                  [&] { return transfers->isActiveWindow(); });
     walker.Type(key, modifier);
-    walker.Await(QStringLiteral("the transfers are closed"), [&] { return !transfers->isVisible(); });
+    walker.Await(QStringLiteral("the transfers are closed"),
+                 [&] { return !transfers->isVisible(); });
     // Nobody manages windows on this platform, and hands the focus on.
     walker.Key(list, Qt::Key_J, Qt::ControlModifier);
   }
@@ -117,9 +118,9 @@ void SaveAllLeg(LegContext& context) {
     const QString name = u'/' + package + u'/' + QString::fromLatin1(file.name);
     context.ask({QStringLiteral("compare"), name, context.received + name});
   }
-  walker.Expect(QStringLiteral("the header files are left out"),
-                QDir(context.received + u'/' + package).entryList(QDir::Files).size() ==
-                    kWalkAttachments);
+  walker.Expect(
+      QStringLiteral("the header files are left out"),
+      QDir(context.received + u'/' + package).entryList(QDir::Files).size() == kWalkAttachments);
   walker.Step(QStringLiteral("Save All brings all files of a package into a new folder"));
   context.close();
 }

@@ -130,9 +130,9 @@ void MainWindow::ConnectArea() {
 
 void MainWindow::CreatePanes() {
   WatchForSecondStart();
-  outer_ = std::make_unique<CMySplitter>(Qt::Horizontal);
+  outer_ = std::make_unique<QSplitter>(Qt::Horizontal);
   tree_ = new PackageTree(area_, commands_);
-  inner_ = new CMySplitter(Qt::Vertical);
+  inner_ = new QSplitter(Qt::Vertical);
   packages_ = new PackagePane(area_, commands_,
                               ToQString(AnsiToWide(launch_.serverName, launch_.CodePage())));
   list_ = &packages_->List();

@@ -3,6 +3,7 @@
 #include <QBasicTimer>
 #include <QMainWindow>
 #include <QSocketNotifier>
+#include <QSplitter>
 #include <memory>
 #include <optional>
 
@@ -24,7 +25,6 @@
 #include "platform/qt/main_thread.h"
 #include "transfers/transfer_window.h"
 #include "widgets/notice_bar.h"
-#include "widgets/splitters.h"
 
 namespace updown {
 
@@ -105,8 +105,8 @@ class MainWindow final : public QMainWindow, private EngineEvents {
   WindowActions actions_{*this};
   HelpWindow* help_ = nullptr;  // null until it is asked for
   NoticeBar* notices_ = nullptr;
-  std::unique_ptr<CMySplitter> outer_;  // tree, and beside it the inner one
-  CMySplitter* inner_ = nullptr;        // list above form; panes belong to their splitter
+  std::unique_ptr<QSplitter> outer_;  // tree, and beside it the inner one
+  QSplitter* inner_ = nullptr;        // list above form; panes belong to their splitter
   PackageTree* tree_ = nullptr;
   PackagePane* packages_ = nullptr;
   PackageList* list_ = nullptr;  // inside it

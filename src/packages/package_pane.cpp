@@ -11,6 +11,7 @@ PackagePane::PackagePane(PackageArea& area, PackageCommands& commands, const QSt
                          QWidget* parent)
     : QWidget(parent), line_(new QLineEdit), list_(new PackageList(area, commands, service)) {
   setObjectName(u"packagePane"_qs);
+  setAccessibleName(Text(StringId::PackageListName));
   line_->setObjectName(u"findLine"_qs);
   line_->setAccessibleName(Text(StringId::FindPlaceholder));
   line_->setPlaceholderText(line_->accessibleName());

@@ -7,10 +7,7 @@
 
 #include "resources/qt/texts.h"
 #include "resources/string_id.h"
-#include "widgets/accessibility.h"
 #include "widgets/icons.h"
-#include "widgets/item_view_menu.h"
-#include "widgets/tips.h"
 
 namespace updown {
 namespace {
@@ -41,13 +38,12 @@ void TakeDrop(QDropEvent& event) {
 }  // namespace
 
 PackageTree::PackageTree(PackageArea& area, PackageCommands& commands, QWidget* parent)
-    : QTreeView(parent),
+    : ItemView(parent),
       area_(area),
       columns_(area),
       rename_(MakeAction(this, StringId::Rename, u"renamePackage"_qs, {Qt::Key_F2})),
       delete_(MakeAction(this, StringId::MenuPackageDelete, u"deletePackage"_qs,
                          {QKeySequence::Delete})) {
-  MakeAccessible(this);
   setObjectName(QStringLiteral("packageTree"));
   setAccessibleName(Text(StringId::FolderTreeName));
   setHeaderHidden(true);
@@ -57,13 +53,11 @@ PackageTree::PackageTree(PackageArea& area, PackageCommands& commands, QWidget* 
   setDragDropMode(DropOnly);
   setItemDelegate(new FolderDelegate(this));
   setModel(&columns_);
-  new CellTips(this);
-  const auto* const menu = new ItemViewMenu(this);
   addActions({rename_, delete_});
   connect(rename_, &QAction::triggered, this, [this] { edit(currentIndex()); });
   connect(delete_, &QAction::triggered, this,
           [this, &commands] { commands.DeletePackage(CurrentPackage()); });
-  connect(menu, &ItemViewMenu::AboutToOpen, this, &PackageTree::UpdateActions);
+  connect(this, &ItemView::MenuAboutToOpen, this, &PackageTree::UpdateActions);
   connect(&area_, &PackageArea::SelectionChanged, this, &PackageTree::ShowSelection);
   connect(&area_, &PackageArea::HeaderChanged, this, &PackageTree::UpdateActions);
   UpdateActions();

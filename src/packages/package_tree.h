@@ -1,16 +1,16 @@
 #pragma once
 
 #include <QAction>
-#include <QTreeView>
 
 #include "packages/package_columns.h"
 #include "packages/package_commands.h"
+#include "widgets/item_view.h"
 
 namespace updown {
 
 // The left pane: the root "/" and below it the packages by their names, which can be edited. It
 // shows the area's selection and changes it; the root is no package and leaves it as it is.
-class PackageTree : public QTreeView {
+class PackageTree : public ItemView {
   Q_OBJECT
 
  public:

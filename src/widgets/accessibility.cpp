@@ -4,12 +4,11 @@
 #include <QSplitter>
 
 #include "widgets/accessible_rows.h"
+#include "widgets/item_view.h"
 #include "widgets/notice_bar.h"
 
 namespace updown {
 namespace {
-
-constexpr const char* kMark = "accessibleRows";
 
 QString NameOf(QWidget* widget) {
   QAccessibleInterface* shown = QAccessible::queryAccessibleInterface(widget);
@@ -42,7 +41,7 @@ QAccessibleInterface* MakeInterface(const QString&, QObject* object) {
   if (auto* notice = qobject_cast<NoticeBar*>(object)) {
     return new QAccessibleWidget(notice, QAccessible::Notification);
   }
-  auto* view = object->property(kMark).toBool() ? qobject_cast<QTreeView*>(object) : nullptr;
+  auto* view = qobject_cast<ItemView*>(object);
   return view != nullptr ? MakeAccessibleRows(view) : nullptr;
 }
 
@@ -54,11 +53,6 @@ void InstallAccessibility() {
     return true;
   }();
   Q_UNUSED(installed);
-}
-
-void MakeAccessible(QTreeView* view) {
-  InstallAccessibility();
-  view->setProperty(kMark, true);
 }
 
 }  // namespace updown

@@ -1,6 +1,7 @@
 #include "widgets/accessible_rows.h"
 
 #include <QAccessibleWidget>
+#include <QAction>
 #include <QHash>
 #include <QHeaderView>
 #include <QPersistentModelIndex>
@@ -214,6 +215,15 @@ class AccessibleRows : public QAccessibleWidget, public QAccessibleTableInterfac
                                                : QAccessibleWidget::interface_cast(type);
   }
 
+  // A list describes itself by its hint, which stands in place of rows.
+  QString text(QAccessible::Text kind) const override {
+    return kind == QAccessible::Description && rowCount() > 0 ? QString()
+                                                              : QAccessibleWidget::text(kind);
+  }
+  // The commands of the view's menu too.
+  QStringList actionNames() const override;
+  void doAction(const QString& actionName) override;
+
   // The headings, then the cells row by row: so does the view number the cell of a focus event.
   int childCount() const override { return (rowCount() + 1) * columnCount(); }
   QAccessibleInterface* child(int number) const override;
@@ -318,6 +328,25 @@ int AccessibleRows::indexOfChild(const QAccessibleInterface* child) const {
     return cell->isValid() ? (cell->rowIndex() + 1) * columnCount() + cell->columnIndex() : -1;
   }
   return headings_.key(QAccessible::uniqueId(const_cast<QAccessibleInterface*>(child)), -1);
+}
+
+QStringList AccessibleRows::actionNames() const {
+  QStringList names = QAccessibleWidget::actionNames();
+  for (const QAction* action : view_->actions()) {
+    if (action->isEnabled()) {
+      names << action->text().remove(u'&');
+    }
+  }
+  return names;
+}
+
+void AccessibleRows::doAction(const QString& actionName) {
+  QAccessibleWidget::doAction(actionName);
+  for (QAction* action : view_->actions()) {
+    if (action->text().remove(u'&') == actionName) {
+      QMetaObject::invokeMethod(action, &QAction::trigger, Qt::QueuedConnection);
+    }
+  }
 }
 
 QList<int> AccessibleRows::selectedRows() const {

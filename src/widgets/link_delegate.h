@@ -8,7 +8,7 @@
 namespace updown {
 
 // A cell whose model gives true for this role is a link.
-inline constexpr int kLinkRole = Qt::UserRole + 201;
+inline constexpr int kLinkRole = Qt::UserRole + 301;
 
 // Paints links underlined, and in another colour and with a hand while the mouse is over their
 // text. A screen reader finds them with the role Link and an action to press them.

@@ -24,10 +24,4 @@ void ShowNotice(QWidget* owner, StringId text);
 // (& marks its key). Cancel is the other one, the default and what Escape does.
 bool Confirm(QWidget* owner, const QString& question, const QString& acceptText);
 
-// OK and Cancel with the question icon; true unless Cancel.
-bool Confirm(QWidget* owner, const QString& question);
-bool Confirm(QWidget* owner, StringId question);
-// The same, with Cancel as default.
-bool ConfirmLoss(QWidget* owner, const QString& question);
-
 }  // namespace updown

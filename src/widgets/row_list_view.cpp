@@ -5,10 +5,6 @@
 #include <QPainter>
 #include <algorithm>
 
-#include "widgets/accessibility.h"
-#include "widgets/item_view_menu.h"
-#include "widgets/tips.h"
-
 namespace updown {
 namespace {
 
@@ -22,22 +18,13 @@ QRect HintRect(QRect view, int lineHeight) {
 
 }  // namespace
 
-RowListView::RowListView(QWidget* parent) : QTreeView(parent) {
-  MakeAccessible(this);
+RowListView::RowListView(QWidget* parent) : ItemView(parent) {
   setRootIsDecorated(false);
   setItemsExpandable(false);
   setUniformRowHeights(true);
-  setAllColumnsShowFocus(true);
   setSelectionMode(SingleSelection);
   setSelectionBehavior(SelectRows);
   setEditTriggers(NoEditTriggers);
-  new CellTips(this);
-  const auto* menu = new ItemViewMenu(this);
-  connect(menu, &ItemViewMenu::AboutToOpen, this, &RowListView::MenuAboutToOpen);
-  connect(menu, &ItemViewMenu::OpenedOnRow, this,
-          [this](const QModelIndex& index, const QPoint& globalPosition) {
-            Q_EMIT RowMenuRequested(index.row(), globalPosition);
-          });
 }
 
 int RowListView::RowCount() const {
@@ -85,12 +72,17 @@ void RowListView::SetHint(const QString& hint) {
 }
 
 void RowListView::paintEvent(QPaintEvent* event) {
-  QTreeView::paintEvent(event);
+  ItemView::paintEvent(event);
   if (RowCount() == 0 && !hint_.isEmpty()) {
     QPainter painter(viewport());
     painter.setPen(palette().color(QPalette::Text));
     painter.drawText(HintRect(viewport()->rect(), fontMetrics().height()),
                      Qt::AlignHCenter | Qt::AlignTop | Qt::TextWordWrap, hint_);
+  }
+  if (RowCount() == 0 && hasFocus()) {  // which has no row to show itself on
+    QPainter painter(viewport());
+    painter.setPen(palette().color(QPalette::Highlight));
+    painter.drawRect(viewport()->rect().adjusted(0, 0, -1, -1));
   }
 }
 
@@ -104,11 +96,11 @@ void RowListView::keyPressEvent(QKeyEvent* event) {
     event->accept();
     return;
   }
-  QTreeView::keyPressEvent(event);
+  ItemView::keyPressEvent(event);
 }
 
 void RowListView::mousePressEvent(QMouseEvent* event) {
-  QTreeView::mousePressEvent(event);
+  ItemView::mousePressEvent(event);
   if (selectionModel() != nullptr && !indexAt(event->position().toPoint()).isValid() &&
       event->modifiers() == Qt::NoModifier) {
     selectionModel()->clear();
@@ -119,7 +111,7 @@ void RowListView::mouseMoveEvent(QMouseEvent* event) {
   // Where one row is selected a drag selects nothing: each selection of a package asks the service
   // for its files.
   if (event->buttons() == Qt::NoButton || selectionMode() != SingleSelection || dragEnabled()) {
-    QTreeView::mouseMoveEvent(event);
+    ItemView::mouseMoveEvent(event);
   }
 }
 

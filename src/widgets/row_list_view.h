@@ -1,14 +1,12 @@
 #pragma once
 
-#include <QTreeView>
+#include "widgets/item_view.h"
 
 namespace updown {
 
-// What the program's lists have in common: rows of cells without a tree that are selected as a
-// whole, one at a time unless setSelectionMode() says otherwise; their actions() as context menu
-// (see ItemViewMenu); the texts of cut cells as tips (see CellTips). A screen reader hears the
-// model's Qt::AccessibleTextRole, or else the cell's text, and its Qt::AccessibleDescriptionRole.
-class RowListView : public QTreeView {
+// A list of rows that are selected as a whole, one at a time unless setSelectionMode() says
+// otherwise, and a hint in place of rows.
+class RowListView : public ItemView {
   Q_OBJECT
 
  public:
@@ -26,13 +24,6 @@ class RowListView : public QTreeView {
 
   // What the list says while it has no rows; empty: nothing.
   void SetHint(const QString& hint);
-
- Q_SIGNALS:
-  // Time to enable the actions that fit the selection.
-  void MenuAboutToOpen();
-  // For lists without actions: right click, Menu key or Shift+F10 on a row, which is selected by
-  // then.
-  void RowMenuRequested(int row, const QPoint& globalPosition);
 
  protected:
   void paintEvent(QPaintEvent* event) override;

@@ -1,6 +1,5 @@
 #include "widgets/tips.h"
 
-#include <QHelpEvent>
 #include <QTextLayout>
 #include <QToolTip>
 
@@ -37,32 +36,6 @@ void ShowTip(const QPoint& globalPosition, const QString& text, QWidget* owner, 
   } else {
     QToolTip::showText(globalPosition, BrokenLines(text), owner, area);
   }
-}
-
-CellTips::CellTips(QAbstractItemView* view) : QObject(view), view_(view) {
-  view_->viewport()->installEventFilter(this);
-}
-
-bool CellTips::eventFilter(QObject* watched, QEvent* event) {
-  Q_UNUSED(watched);
-  if (event->type() != QEvent::ToolTip) {
-    return false;
-  }
-  const auto* help = static_cast<QHelpEvent*>(event);
-  const QModelIndex index = view_->indexAt(help->pos());
-  const QString tip = TipOf(index);
-  ShowTip(help->globalPos(), tip, view_->viewport(), view_->visualRect(index));
-  event->setAccepted(!tip.isEmpty());
-  return true;
-}
-
-QString CellTips::TipOf(const QModelIndex& index) const {
-  if (const QString tip = index.data(Qt::ToolTipRole).toString(); !tip.isEmpty()) {
-    return tip;
-  }
-  const QRect shown = view_->visualRect(index) & view_->viewport()->rect();
-  const int needed = view_->sizeHintForIndex(index).width();
-  return needed > shown.width() ? index.data().toString() : QString();
 }
 
 }  // namespace updown
