@@ -91,8 +91,8 @@ void DeletePaused(LegContext& context) {
   walker.Answer([&] { Command(context, kBig, QStringLiteral("delete")); },
                 [&](QWidget* box) { walker.PressButton(box, Text(StringId::MenuStatusDelete)); });
   walker.Await(QStringLiteral("the row is gone"), [&] { return StatusRow(context, kBig) < 0; });
-  walker.Expect(QStringLiteral("the partial file is gone"),
-                !QFileInfo::exists(LocalOf(context, kBig)));
+  walker.Await(QStringLiteral("the partial file is gone"),
+               [&] { return !QFileInfo::exists(LocalOf(context, kBig)); });
   walker.Step(QStringLiteral("Delete takes the row and the partial file away"));
 }
 
