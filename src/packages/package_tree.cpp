@@ -3,23 +3,23 @@
 #include <QDropEvent>
 #include <QMouseEvent>
 #include <QScopedValueRollback>
-#include <QStyledItemDelegate>
 
 #include "resources/qt/texts.h"
 #include "resources/string_id.h"
+#include "widgets/cell_delegate.h"
 #include "widgets/icons.h"
 
 namespace updown {
 namespace {
 
 // The selected folder stands open.
-class FolderDelegate : public QStyledItemDelegate {
+class FolderDelegate : public CellDelegate {
  public:
-  using QStyledItemDelegate::QStyledItemDelegate;
+  using CellDelegate::CellDelegate;
 
  protected:
   void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
-    QStyledItemDelegate::initStyleOption(option, index);
+    CellDelegate::initStyleOption(option, index);
     if ((option->state & QStyle::State_Selected) != 0) {
       option->icon = open_;
     }

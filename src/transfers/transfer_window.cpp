@@ -5,7 +5,6 @@
 #include <QItemSelectionModel>
 #include <QScreen>
 #include <QShortcut>
-#include <QStyledItemDelegate>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <utility>
@@ -13,6 +12,7 @@
 #include "platform/qt/text.h"
 #include "resources/qt/texts.h"
 #include "transfers/transfer_texts.h"
+#include "widgets/cell_delegate.h"
 #include "widgets/progress_delegate.h"
 
 namespace updown {
@@ -55,20 +55,14 @@ constexpr std::array<Command, kTransferCommands> kCommands{{
     {StringId::MenuCopyPath, "copyPath"},
 }};
 
-class CellDelegate : public QStyledItemDelegate {
+class TransferDelegate : public CellDelegate {
  public:
-  using QStyledItemDelegate::QStyledItemDelegate;
-
-  // Amounts and paths keep their direction also where the windows run from right to left.
-  QString displayText(const QVariant& value, const QLocale& locale) const override {
-    const QString text = QStyledItemDelegate::displayText(value, locale);
-    return QGuiApplication::isRightToLeft() ? QChar(0x2068) + text + QChar(0x2069) : text;
-  }
+  using CellDelegate::CellDelegate;
 
  protected:
   // Sentences are read from their beginning; of paths both ends tell most.
   void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
-    QStyledItemDelegate::initStyleOption(option, index);
+    CellDelegate::initStyleOption(option, index);
     const bool sentence = index.column() == static_cast<int>(TransferColumn::State);
     option->textElideMode = sentence ? Qt::ElideRight : Qt::ElideMiddle;
   }
@@ -123,7 +117,7 @@ void TransferWindow::MakeList() {
   list_->setModel(&sorted_);
   list_->setSelectionMode(QAbstractItemView::ExtendedSelection);
   list_->setDragDropMode(QAbstractItemView::DragOnly);
-  list_->setItemDelegate(new CellDelegate(list_));
+  list_->setItemDelegate(new TransferDelegate(list_));
   list_->setItemDelegateForColumn(static_cast<int>(TransferColumn::Progress),
                                   new ProgressDelegate(list_));
   QHeaderView* const header = list_->header();

@@ -6,6 +6,7 @@
 #include <QPainter>
 
 #include "widgets/accessibility.h"
+#include "widgets/cell_delegate.h"
 #include "widgets/contrast.h"
 #include "widgets/tips.h"
 
@@ -21,6 +22,7 @@ QColor Between(const QColor& one, const QColor& other) {
 
 ItemView::ItemView(QWidget* parent) : QTreeView(parent) {
   InstallAccessibility();
+  setItemDelegate(new CellDelegate(this));
   setAllColumnsShowFocus(true);
 }
 

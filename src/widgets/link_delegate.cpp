@@ -15,7 +15,7 @@ bool IsLink(const QModelIndex& index) { return index.data(kLinkRole).toBool(); }
 
 }  // namespace
 
-LinkDelegate::LinkDelegate(QAbstractItemView* view) : QStyledItemDelegate(view), view_(view) {
+LinkDelegate::LinkDelegate(QAbstractItemView* view) : CellDelegate(view), view_(view) {
   view->setItemDelegate(this);
   view->viewport()->setMouseTracking(true);
   view->viewport()->installEventFilter(this);
@@ -27,7 +27,7 @@ LinkDelegate::LinkDelegate(QAbstractItemView* view) : QStyledItemDelegate(view),
 }
 
 void LinkDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const {
-  QStyledItemDelegate::initStyleOption(option, index);
+  CellDelegate::initStyleOption(option, index);
   if (!IsLink(index)) {
     return;
   }
@@ -59,7 +59,7 @@ QRect LinkDelegate::LinkRect(const QModelIndex& index) const {
 
 bool LinkDelegate::eventFilter(QObject* watched, QEvent* event) {
   if (watched != view_->viewport()) {
-    return QStyledItemDelegate::eventFilter(watched, event);
+    return CellDelegate::eventFilter(watched, event);
   }
   switch (event->type()) {
     case QEvent::MouseMove:

@@ -3,7 +3,8 @@
 #include <QAbstractItemView>
 #include <QPersistentModelIndex>
 #include <QPoint>
-#include <QStyledItemDelegate>
+
+#include "widgets/cell_delegate.h"
 
 namespace updown {
 
@@ -12,7 +13,7 @@ inline constexpr int kLinkRole = Qt::UserRole + 301;
 
 // Paints links underlined, and in another colour and with a hand while the mouse is over their
 // text. A screen reader finds them with the role Link and an action to press them.
-class LinkDelegate : public QStyledItemDelegate {
+class LinkDelegate : public CellDelegate {
   Q_OBJECT
 
  public:
