@@ -36,7 +36,7 @@ void TypeLogin(LegContext& context, QWidget* dialog, const QString& password,
 
 void ShowSizes(LegContext& context) {
   QWidget* window = context.walker.Find(QStringLiteral("mainWindow"));
-  for (const QSize size : {QSize(320, 240), QSize(2560, 1440), QSize(960, 720)}) {
+  for (const QSize& size : {QSize(320, 240), QSize(2560, 1440), QSize(960, 720)}) {
     window->resize(size);
     context.walker.Rest(100);
     context.walker.Picture(QStringLiteral("%1x%2").arg(size.width()).arg(size.height()));

@@ -11,6 +11,7 @@ namespace updown::demo {
 
 namespace {
 
+constexpr QSize kAllColumns(1210, 240);
 const QString kTransfers = QStringLiteral("transferList");
 const QString kBig = QStringLiteral("photos.tar.gz");
 const QString kBig2 = QStringLiteral("figures-q3.xls");
@@ -112,7 +113,11 @@ void SaveLeg(LegContext& context) {
   SaveInto(context, kBig2);
   AwaitMoving(context, kBig);
   AwaitMoving(context, kBig2);
+  QWidget* main = walker.Find(QStringLiteral("mainWindow"));
+  main->hide();
+  walker.Find(QStringLiteral("transferStatus"))->resize(kAllColumns);
   walker.Picture(QStringLiteral("status-moving"));
+  main->show();
   walker.Step(QStringLiteral("two attachments are under way, the status window shows them move"));
   context.close();
   const qint64 arrived = QFileInfo(LocalOf(context, kBig)).size();
