@@ -113,6 +113,7 @@ void SaveLeg(LegContext& context) {
   SaveInto(context, kBig2);
   AwaitMoving(context, kBig);
   AwaitMoving(context, kBig2);
+  walker.Rest(1200);  // the second block tells the rate
   QWidget* main = walker.Find(QStringLiteral("mainWindow"));
   main->hide();
   walker.Find(QStringLiteral("transferStatus"))->resize(kAllColumns);
