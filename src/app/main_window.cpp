@@ -297,7 +297,7 @@ bool MainWindow::ShutDown() {
 
 void MainWindow::ShowStatus() {
   if (statusWindow_) {
-    statusWindow_->Open();
+    statusWindow_->BringForward();
   }
 }
 

@@ -183,7 +183,7 @@ QAction* TransferWindow::MakeAction(StringId text, const char* name) {
   return action;
 }
 
-void TransferWindow::Open() {
+void TransferWindow::BringForward() {
   setWindowState(windowState() & ~Qt::WindowMinimized);
   show();
   raise();

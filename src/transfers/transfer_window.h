@@ -30,7 +30,7 @@ class TransferWindow : public QDialog {
   ~TransferWindow() override;
 
   // Shows it in front of the others, with the keyboard.
-  void Open();
+  void BringForward();
 
   // News about a task that is gone, or that has no row, do nothing.
   void AddRow(TaskId task) { model_.Add(tasks_.Find(task)); }
