@@ -5,7 +5,6 @@
 #include <QMenu>
 #include <QPainter>
 
-#include "widgets/accessibility.h"
 #include "widgets/contrast.h"
 #include "widgets/tips.h"
 
@@ -20,7 +19,6 @@ QColor Between(const QColor& one, const QColor& other) {
 }  // namespace
 
 ItemView::ItemView(QWidget* parent) : QTreeView(parent) {
-  InstallAccessibility();
   setAllColumnsShowFocus(true);
 }
 
