@@ -18,9 +18,7 @@ QColor Between(const QColor& one, const QColor& other) {
 
 }  // namespace
 
-ItemView::ItemView(QWidget* parent) : QTreeView(parent) {
-  setAllColumnsShowFocus(true);
-}
+ItemView::ItemView(QWidget* parent) : QTreeView(parent) { setAllColumnsShowFocus(true); }
 
 bool ItemView::viewportEvent(QEvent* event) {
   if (event->type() != QEvent::ToolTip) {
@@ -108,9 +106,9 @@ void ItemView::drawRow(QPainter* painter, const QStyleOptionViewItem& option,
                        const QModelIndex& index) const {
   QTreeView::drawRow(painter, option, index);
   if (hasFocus() && index == currentIndex().siblingAtColumn(0)) {
-    const bool selected = selectionModel()->isSelected(index);
     painter->save();
-    painter->setPen(palette().color(selected ? QPalette::HighlightedText : QPalette::Text));
+    // The highlight's own text colour is often the one of the ground around the row.
+    painter->setPen(palette().color(QPalette::Text));
     painter->drawRect(QRect(0, option.rect.top(), viewport()->width(), option.rect.height())
                           .adjusted(0, 0, -1, -1));
     painter->restore();

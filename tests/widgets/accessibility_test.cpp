@@ -1,3 +1,5 @@
+#include "widgets/accessibility.h"
+
 #include <gtest/gtest.h>
 
 #include <QAccessible>
@@ -7,7 +9,6 @@
 #include <QStandardItemModel>
 #include <QTest>
 
-#include "widgets/accessibility.h"
 #include "widgets/link_delegate.h"
 #include "widgets/progress_delegate.h"
 #include "widgets/row_list_view.h"
