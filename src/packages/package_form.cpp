@@ -17,7 +17,7 @@ namespace {
 
 constexpr int kLeastLines = 4;  // of notes and attachments
 constexpr int kGroupMargin = 4;
-constexpr qreal kLineOpacity = 0.25;
+constexpr qreal kLineOpacity = 0.375;
 constexpr int kLineGap = 2;
 
 struct Field {
