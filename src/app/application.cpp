@@ -17,6 +17,7 @@
 #include "platform/unique_fd.h"
 #include "resources/qt/texts.h"
 #include "resources/texts.h"
+#include "widgets/accessibility.h"
 #include "widgets/icons.h"
 #include "widgets/message_boxes.h"
 
@@ -72,6 +73,7 @@ bool Application::Start() {
     return false;
   }
   TranslateToolkit();
+  InstallAccessibility();
   QGuiApplication::setDesktopFileName(u"net.updown.UpDown"_qs);
   QApplication::setWindowIcon(LoadIcon(Icon::Program));
   QApplication::setQuitOnLastWindowClosed(false);

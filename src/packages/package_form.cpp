@@ -2,9 +2,9 @@
 
 #include <QGridLayout>
 #include <QLabel>
-#include <QPainter>
 #include <QRegularExpression>
 #include <QStyleOptionGroupBox>
+#include <QStylePainter>
 #include <QVBoxLayout>
 
 #include "engine/result_texts.h"
@@ -17,7 +17,7 @@ namespace {
 
 constexpr int kLeastLines = 4;  // of notes and attachments
 constexpr int kGroupMargin = 4;
-constexpr qreal kLineOpacity = 0.25;
+constexpr qreal kLineOpacity = 0.375;
 constexpr int kLineGap = 2;
 
 struct Field {
@@ -35,19 +35,20 @@ constexpr std::array<Field, 5> kFields{
     Field{StringId::Cc, "fieldCc", &PackageHeader::cc, 2, 0, 3},
     Field{StringId::Subject, "fieldSubject", &PackageHeader::subject, 3, 0, 3}};
 
-// Its frame shows on a dark ground too.
+// Its frame shows on a dark ground too: drawn in place of the style's.
 class Group : public QGroupBox {
  public:
   using QGroupBox::QGroupBox;
 
  protected:
-  void paintEvent(QPaintEvent* event) override {
-    QGroupBox::paintEvent(event);
+  void paintEvent(QPaintEvent*) override {
     QStyleOptionGroupBox option;
     initStyleOption(&option);
+    option.subControls &= ~QStyle::SC_GroupBoxFrame;
+    QStylePainter painter(this);
+    painter.drawComplexControl(QStyle::CC_GroupBox, option);
     const QRect inside =
         style()->subControlRect(QStyle::CC_GroupBox, &option, QStyle::SC_GroupBoxContents, this);
-    QPainter painter(this);
     QColor line = palette().color(QPalette::Text);
     line.setAlphaF(kLineOpacity);
     painter.setPen(line);

@@ -47,12 +47,6 @@ QAccessibleInterface* MakeInterface(const QString&, QObject* object) {
 
 }  // namespace
 
-void InstallAccessibility() {
-  static const bool installed = [] {
-    QAccessible::installFactory(&MakeInterface);
-    return true;
-  }();
-  Q_UNUSED(installed);
-}
+void InstallAccessibility() { QAccessible::installFactory(&MakeInterface); }
 
 }  // namespace updown

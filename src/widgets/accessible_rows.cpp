@@ -333,7 +333,7 @@ int AccessibleRows::indexOfChild(const QAccessibleInterface* child) const {
 QStringList AccessibleRows::actionNames() const {
   QStringList names = QAccessibleWidget::actionNames();
   for (const QAction* action : view_->actions()) {
-    if (action->isEnabled()) {
+    if (action->isEnabled() && !action->isSeparator()) {
       names << action->text().remove(u'&');
     }
   }

@@ -5,7 +5,6 @@
 #include <QMenu>
 #include <QPainter>
 
-#include "widgets/accessibility.h"
 #include "widgets/cell_delegate.h"
 #include "widgets/contrast.h"
 #include "widgets/tips.h"
@@ -21,7 +20,6 @@ QColor Between(const QColor& one, const QColor& other) {
 }  // namespace
 
 ItemView::ItemView(QWidget* parent) : QTreeView(parent) {
-  InstallAccessibility();
   setItemDelegate(new CellDelegate(this));
   setAllColumnsShowFocus(true);
 }
@@ -112,9 +110,9 @@ void ItemView::drawRow(QPainter* painter, const QStyleOptionViewItem& option,
                        const QModelIndex& index) const {
   QTreeView::drawRow(painter, option, index);
   if (hasFocus() && index == currentIndex().siblingAtColumn(0)) {
-    const bool selected = selectionModel()->isSelected(index);
     painter->save();
-    painter->setPen(palette().color(selected ? QPalette::HighlightedText : QPalette::Text));
+    // The highlight's own text colour is often the one of the ground around the row.
+    painter->setPen(palette().color(QPalette::Text));
     painter->drawRect(QRect(0, option.rect.top(), viewport()->width(), option.rect.height())
                           .adjusted(0, 0, -1, -1));
     painter->restore();

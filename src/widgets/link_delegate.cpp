@@ -67,7 +67,7 @@ bool LinkDelegate::eventFilter(QObject* watched, QEvent* event) {
       FollowMouse();
       return false;
     case QEvent::Leave:
-    case QEvent::Hide:
+    case QEvent::Hide:  // also out of the view's destructor: it answers nothing about cells then
       mouse_ = kElsewhere;
       FollowMouse();
       return false;
@@ -89,15 +89,15 @@ bool LinkDelegate::IsSecondClick(const QEvent& event) {
 }
 
 void LinkDelegate::FollowMouse() {
-  QModelIndex now = mouse_ == kElsewhere ? QModelIndex() : view_->indexAt(mouse_);
-  if (!LinkRect(now).contains(mouse_)) {
-    now = QModelIndex();
+  QModelIndex now;
+  if (mouse_ != kElsewhere) {
+    const QModelIndex under = view_->indexAt(mouse_);
+    now = LinkRect(under).contains(mouse_) ? under : QModelIndex();
   }
   if (hovered_ == now) {
     return;
   }
-  view_->viewport()->update(view_->visualRect(hovered_));
-  view_->viewport()->update(view_->visualRect(now));
+  view_->viewport()->update();
   hovered_ = now;
   now.isValid() ? view_->viewport()->setCursor(Qt::PointingHandCursor)
                 : view_->viewport()->unsetCursor();

@@ -6,7 +6,6 @@
 #include <QStyle>
 
 #include "resources/qt/texts.h"
-#include "widgets/accessibility.h"
 
 namespace updown {
 
@@ -15,7 +14,6 @@ NoticeBar::NoticeBar(QWidget* parent)
       text_(new QLabel(this)),
       tryAgain_(new QToolButton(this)),
       close_(new QToolButton(this)) {
-  InstallAccessibility();
   setObjectName(u"noticeBar"_qs);
   setFrameShape(QFrame::StyledPanel);
   setAutoFillBackground(true);

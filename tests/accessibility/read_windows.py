@@ -15,7 +15,8 @@ from gi.repository import GLib
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "windows"))
 from desktop import Desktop, wait_until  # noqa: E402
-from launch import Client, Service, store_transfers  # noqa: E402
+from launch import Client  # noqa: E402
+from service import Service, store_transfers  # noqa: E402
 
 PATIENCE = 10  # seconds
 NAMED = {"frame", "dialog", "split pane", "table", "tree", "text", "link", "table column header",

@@ -1,3 +1,5 @@
+#include "widgets/accessibility.h"
+
 #include <gtest/gtest.h>
 
 #include <QAccessible>
@@ -20,7 +22,12 @@ QAccessibleInterface* Heard(QObject* object) {
   return QAccessible::queryAccessibleInterface(object);
 }
 
-TEST(Accessibility, LinksAndBarsOfAListAreWhatTheyShow) {
+class Accessibility : public ::testing::Test {
+ protected:
+  Accessibility() { InstallAccessibility(); }
+};
+
+TEST_F(Accessibility, LinksAndBarsOfAListAreWhatTheyShow) {
   QStandardItemModel model;
   model.setHorizontalHeaderLabels({u"Name"_qs, u"Progress"_qs, u"Save"_qs});
   for (int row = 0; row < 3; ++row) {
@@ -71,7 +78,7 @@ TEST(Accessibility, LinksAndBarsOfAListAreWhatTheyShow) {
   EXPECT_EQ(Heard(&list)->childCount(), 3);
 }
 
-TEST(Accessibility, TheFocusIsClaimedWhereTheKeyboardIs) {
+TEST_F(Accessibility, TheFocusIsClaimedWhereTheKeyboardIs) {
   QSplitter panes;
   auto* tree = new ItemView(&panes);
   auto* list = new RowListView(&panes);
@@ -102,16 +109,19 @@ TEST(Accessibility, TheFocusIsClaimedWhereTheKeyboardIs) {
   EXPECT_EQ(handle->text(QAccessible::Name), u"Folders | Files"_qs);
 }
 
-TEST(Accessibility, EnabledCommandsOfAViewAreItsActions) {
+TEST_F(Accessibility, EnabledCommandsOfAViewAreItsActions) {
   RowListView list(nullptr);
   QAction save(u"Save A&ll…"_qs);
   QAction remove(u"&Delete"_qs);
   remove.setEnabled(false);
-  list.addActions({&save, &remove});
+  QAction separator;
+  separator.setSeparator(true);
+  list.addActions({&save, &separator, &remove});
   const QSignalSpy saved(&save, &QAction::triggered);
   Action& actions = *Heard(&list)->actionInterface();
   EXPECT_TRUE(actions.actionNames().contains(u"Save All…"_qs));
   EXPECT_FALSE(actions.actionNames().contains(u"Delete"_qs));
+  EXPECT_FALSE(actions.actionNames().contains(QString()));
   actions.doAction(u"Save All…"_qs);
   QCoreApplication::processEvents();
   EXPECT_EQ(saved.count(), 1);
