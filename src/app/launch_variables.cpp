@@ -2,10 +2,12 @@
 
 #include <arpa/inet.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <string_view>
 
 #include "app/launch_identity.h"
+#include "engine/scheduler_context.h"
 #include "platform/environment.h"
 #include "wire/text_coding.h"
 
@@ -59,6 +61,17 @@ std::vector<LaunchFault> FindLaunchFaults() {
     }
   }
   return faults;
+}
+
+std::chrono::milliseconds ReadBlockPace() {
+  constexpr std::size_t kMostDigits = 16;
+  constexpr std::int32_t kMostPace = 3600000;
+  const auto text = ReadVariable(kVariableBlockPace, kMostDigits);
+  if (!text || text->empty() || text->find_first_not_of("0123456789") != std::string::npos) {
+    return kPace;
+  }
+  const std::int32_t pace = LeadingNumber(*text);
+  return pace < 0 || pace > kMostPace ? kPace : std::chrono::milliseconds(pace);
 }
 
 }  // namespace updown
