@@ -12,6 +12,7 @@
 #include "engine/worker_session.h"
 #include "platform/event.h"
 #include "platform/thread.h"
+#include "service/limits.h"
 #include "service/operations.h"
 #include "wire/sockets.h"
 
@@ -47,6 +48,7 @@ struct SchedulerContext {
   SocketGroup connections;               // of all workers; cut at exit
   ThreadStarter startThread = &Thread::Start;
   std::chrono::milliseconds pace = kPace;
+  std::chrono::milliseconds silence = kTransferSilence;  // a transfer: without a further byte
   // Before each new connection for one that was lost in mid-transfer; then the task fails.
   std::vector<std::chrono::milliseconds> reconnectDelays{
       std::chrono::seconds(2), std::chrono::seconds(4), std::chrono::seconds(8),
