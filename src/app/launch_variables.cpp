@@ -2,9 +2,11 @@
 
 #include <arpa/inet.h>
 
+#include <charconv>
 #include <cstdint>
 #include <cstdlib>
 #include <string_view>
+#include <system_error>
 
 #include "app/launch_identity.h"
 #include "engine/scheduler_context.h"
@@ -65,13 +67,13 @@ std::vector<LaunchFault> FindLaunchFaults() {
 
 std::chrono::milliseconds ReadBlockPace() {
   constexpr std::size_t kMostDigits = 16;
-  constexpr std::int32_t kMostPace = 3600000;
-  const auto text = ReadVariable(kVariableBlockPace, kMostDigits);
-  if (!text || text->empty() || text->find_first_not_of("0123456789") != std::string::npos) {
-    return kPace;
-  }
-  const std::int32_t pace = LeadingNumber(*text);
-  return pace < 0 || pace > kMostPace ? kPace : std::chrono::milliseconds(pace);
+  constexpr std::uint32_t kMostPace = 3600000;
+  const std::string text = ReadVariable(kVariableBlockPace, kMostDigits).value_or("");
+  std::uint32_t pace = 0;
+  const char* const end = text.data() + text.size();
+  const auto [rest, error] = std::from_chars(text.data(), end, pace);
+  return error == std::errc() && rest == end && pace <= kMostPace ? std::chrono::milliseconds(pace)
+                                                                  : kPace;
 }
 
 }  // namespace updown

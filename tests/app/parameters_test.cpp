@@ -139,7 +139,7 @@ TEST(LaunchVariablesTest, NamesWhatIsMissingOrUnusable) {
 }
 
 TEST(LaunchVariablesTest, ThePaceIsASecondUnlessANumberSaysOtherwise) {
-  const std::pair<const char*, int> cases[] = {
+  const std::pair<std::string, int> cases[] = {
       {"0", 0},
       {"250", 250},
       {"3600000", 3600000},
