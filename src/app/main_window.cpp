@@ -8,6 +8,7 @@
 #include <chrono>
 
 #include "app/about_box.h"
+#include "app/launch_variables.h"
 #include "app/login_prompt.h"
 #include "app/pane_layout.h"
 #include "app/state_path.h"
@@ -16,7 +17,6 @@
 #include "engine/posted_events.h"
 #include "engine/result_texts.h"
 #include "localdata/tasklist.h"
-#include "platform/environment.h"
 #include "platform/folders.h"
 #include "platform/qt/text.h"
 #include "platform/text.h"
@@ -35,23 +35,11 @@ constexpr int kLeastLines = 4;           // of list and form, however low the wi
 constexpr std::chrono::milliseconds kStopLimit{1500};
 constexpr std::chrono::milliseconds kLastWait{100};  // for what has had that time already
 
-// What is no number, or more than an hour, changes nothing.
-std::chrono::milliseconds PaceFromEnvironment() {
-  constexpr std::size_t kMostBytes = 16;
-  constexpr std::int32_t kMostPace = 3600000;
-  const auto text = ReadVariable(kVariableBlockPace, kMostBytes);
-  if (!text || text->empty() || text->find_first_not_of("0123456789") != std::string::npos) {
-    return kPace;
-  }
-  const std::int32_t pace = LeadingNumber(*text);
-  return pace < 0 || pace > kMostPace ? kPace : std::chrono::milliseconds(pace);
-}
-
 std::shared_ptr<SchedulerContext> MakeContext(const FileService& service) {
   auto context = std::make_shared<SchedulerContext>();
   context->queue = std::make_shared<TaskQueue>();
   context->service = &service;
-  context->pace = PaceFromEnvironment();
+  context->pace = ReadBlockPace();
   return context;
 }
 

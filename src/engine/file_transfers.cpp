@@ -9,9 +9,9 @@ TransferResult FileTransfers::Move(TransferRecord& record) {
   nextBlock_.reset();
   for (;;) {
     next_ = Next::Nothing;
-    TransferResult result = RunTaskTransfer(*context_.service, task_.serverName,
-                                            static_cast<std::uint16_t>(task_.serverPort),
-                                            key_.sessid, record, this, run_.Sockets());
+    TransferResult result = RunTaskTransfer(
+        *context_.service, task_.serverName, static_cast<std::uint16_t>(task_.serverPort),
+        key_.sessid, record, this, run_.Sockets(), context_.silence);
     EndBlock();
     if (next_ == Next::Nothing) {
       return result;

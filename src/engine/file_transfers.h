@@ -5,7 +5,7 @@
 #include <optional>
 #include <utility>
 
-#include "engine/scheduler.h"
+#include "engine/scheduler_context.h"
 #include "service/operations.h"
 
 namespace updown {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/scheduler.h"
+#include "engine/scheduler_context.h"
 
 namespace updown {
 

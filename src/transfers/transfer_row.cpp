@@ -3,6 +3,7 @@
 #include <QLocale>
 #include <algorithm>
 
+#include "engine/kept_tasks.h"
 #include "engine/result_texts.h"
 #include "platform/qt/text.h"
 #include "resources/qt/texts.h"
@@ -114,8 +115,7 @@ TransferRow MakeRow(const TaskPointer& task) {
   row.id = task->id;
   row.task = task;
   row.upload = record.direction == 1;
-  row.result.code = -static_cast<int>(record.resultCode);
-  row.result.systemError = static_cast<int>(record.systemError);
+  row.result = StoredFailure(record);
   ReadPaths(row, *task);
   ReadProgress(row, *task);
   return row;

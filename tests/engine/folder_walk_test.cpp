@@ -227,6 +227,32 @@ TEST_P(FolderTask, WhatFailsIsCountedAndAllElseFetched) {
   }
 }
 
+// A listing that breaks off is asked for once more; what is known of a folder by half is not taken
+// for the whole.
+TEST_P(FolderTask, ACutListingIsNoShorterFolder) {
+  const std::vector<std::string> names = {"a.bin", "b.bin", "sub/c.bin", "sub/d.bin"};
+  for (const std::string& name : names) {
+    WriteFile(Served(name), Pattern(9000, name.size()));
+  }
+  for (const std::uint32_t times : {1U, 0U}) {
+    world.Renew(std::chrono::milliseconds(1));
+    std::filesystem::remove_all(Local(""));
+    world.peer.AddFault({peer::Fault::Kind::CutListing, message::kList, 1, times, 0});
+    const TaskPointer task = Restore("/pkg");
+    Scheduler scheduler(world.context);
+    ASSERT_TRUE(
+        world.WaitForState(*task, times == 0 ? TransferState::Failed : TransferState::Finished));
+    EXPECT_EQ(world.told->last.code, times == 0 ? result::kConnection : result::kOk);
+    world.peer.ClearFaults();
+    world.Run(task);
+    ASSERT_TRUE(world.WaitForState(*task, TransferState::Finished));
+    for (const std::string& name : names) {
+      EXPECT_EQ(ReadFile(Local(name)), ReadFile(Served(name))) << name;
+    }
+    EXPECT_TRUE(scheduler.Stop(std::chrono::seconds(2)));
+  }
+}
+
 TEST_P(FolderTask, AFailedListingFailsTheTask) {
   const TaskPointer task = Restore("/nothing");
   world.Start();

@@ -7,6 +7,7 @@
 #include <iterator>
 
 #include "engine/scheduler.h"
+#include "service/limits.h"
 #include "service/messages.h"
 #include "service/result_codes.h"
 #include "tests/engine/engine_world.h"
@@ -22,6 +23,7 @@ using test::ReadFile;
 using test::WriteFile;
 
 constexpr std::chrono::hours kForEver{1};
+constexpr std::chrono::milliseconds kShortSilence{150};
 
 std::ptrdiff_t Entries(const char* folder) {
   return std::distance(std::filesystem::directory_iterator(folder),
@@ -32,7 +34,7 @@ std::ptrdiff_t Entries(const char* folder) {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr std::size_t kMostGrowth = std::size_t{1} << 40U;
 #else
-constexpr std::size_t kMostGrowth = std::size_t{4} << 20U;
+constexpr std::size_t kMostGrowth = std::size_t{1} << 20U;  // half of it is seen
 #endif
 
 std::size_t ResidentBytes() {
@@ -101,6 +103,13 @@ TEST_P(Workers, FaultsEndAsTheyShouldAndLeaveNothingBehind) {
       {FaultKind::LongBlock, message::kReadBlock, 9, 1, 0, result::kNotDecodable, 100000},
       {FaultKind::WrongOffset, message::kReadBlock, 3, 1, 0, offsets, 1},
       {FaultKind::WrongOffset, message::kReadBlock, 3, 1, 0, offsets, 0xFFFFF000},
+      // Silence; told apart from a drop, and seen in the first round alone, since it takes its
+      // time.
+      {FaultKind::Stall, message::kAttachSession, 0, 1, 0, result::kConnection},
+      {FaultKind::Stall, message::kFileInformation, 0, 1, 0, result::kConnection},
+      {FaultKind::Stall, message::kReadBlock, 0, 1, 0, result::kConnection},
+      {FaultKind::Stall, message::kReadBlock, 3, 1, 1, result::kOk},
+      {FaultKind::Stall, message::kReadBlock, 3, 3, 2, result::kConnection},
   };
   const TaskPointer task = Serve();
   world.Start();
@@ -112,6 +121,11 @@ TEST_P(Workers, FaultsEndAsTheyShouldAndLeaveNothingBehind) {
     world.peer.ForgetRequests();
     memory = round == 2 ? ResidentBytes() : memory;  // warm by then
     for (const auto& c : cases) {
+      const bool silent = c.kind == FaultKind::Stall;
+      if (silent && round > 0) {
+        continue;
+      }
+      world.context->silence = silent ? kShortSilence : kTransferSilence;
       world.told->Until([&] {
         world.told->outcomes.clear();
         world.told->waits = 0;
@@ -125,8 +139,11 @@ TEST_P(Workers, FaultsEndAsTheyShouldAndLeaveNothingBehind) {
           world.WaitForState(*task, good ? TransferState::Finished : TransferState::Failed));
       EXPECT_EQ(world.told->waits, c.waits) << c.skip << ' ' << c.times;
       EXPECT_EQ(world.told->last.code, c.code);
-      EXPECT_EQ(task->record->systemError, c.code == result::kConnection ? ECONNRESET : 0);
+      EXPECT_EQ(task->record->systemError, c.code != result::kConnection ? 0
+                                           : silent                      ? ETIMEDOUT
+                                                                         : ECONNRESET);
       world.peer.ClearFaults();
+      world.context->silence = kTransferSilence;
       if (!good) {
         world.Run(task);
         ASSERT_TRUE(world.WaitForState(*task, TransferState::Finished));

@@ -150,6 +150,7 @@ TEST_F(Transfers, AFailureTellsItsReason) {
   window_.AddRow(restored->id);
   EXPECT_EQ(Cell(5, Column::State),
             "Failed: Authentication failed, please correct your user name and password.");
+  EXPECT_TRUE(Tip(5).contains(u"/x"_qs)) << "of the service";
 }
 
 TEST_F(Transfers, ManyGoAtOnceAndTheOthersGoOn) {
