@@ -220,7 +220,7 @@ TEST_F(StatusCommands, OfManyThoseThatAllowIt) {
 }
 
 TEST_F(StatusCommands, TheKeyboardReachesThemAll) {
-  window_.Open();
+  window_.BringForward();
   ASSERT_TRUE(QTest::qWaitForWindowActive(&window_));
   AddTask(State::Finished);
   const TaskPointer task = AddTask(State::Queued, 1, 2);

@@ -203,7 +203,7 @@ TEST_F(Transfers, SortByWhatTheyAreNotByTheirTexts) {
 }
 
 TEST_F(Transfers, TheLineBelowTellsAllAndFilesCanBeDraggedOut) {
-  window_.Open();
+  window_.BringForward();
   const TaskPointer moving = AddTask(State::Queued, 0, 40960);
   AddTask(State::Queued);
   AddTask(State::Failed);
@@ -231,7 +231,7 @@ TEST_F(Transfers, TheWindowHidesByKeysAndItsCloseButton) {
   for (const std::function<void()>& hide :
        {std::function<void()>(escape), std::function<void()>(controlW),
         std::function<void()>(close)}) {
-    window_.Open();
+    window_.BringForward();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&window_));
     hide();
     EXPECT_FALSE(window_.isVisible());
