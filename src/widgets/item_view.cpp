@@ -37,7 +37,7 @@ bool ItemView::viewportEvent(QEvent* event) {
 }
 
 QString ItemView::TipOf(const QModelIndex& index) const {
-  if (const QString tip = index.data(Qt::ToolTipRole).toString(); !tip.isEmpty()) {
+  if (QString tip = index.data(Qt::ToolTipRole).toString(); !tip.isEmpty()) {
     return tip;
   }
   const QRect shown = visualRect(index) & viewport()->rect();
