@@ -191,15 +191,6 @@ TEST_P(FolderTask, AHalfFetchedFileThatTheListingBringsIsNoFailure) {
   EXPECT_EQ(world.Count(message::kFileInformation), 2);
 }
 
-TEST_P(FolderTask, AStoppedChildWithNothingOutstandingDoesNotStopTheWalk) {
-  WriteFile(Served("a.bin"), "bytes");
-  const TaskPointer task = Restore("/pkg", "gone.bin");
-  task->childRecord->state = TransferState::Stopped;
-  world.Start();
-  ASSERT_TRUE(world.WaitForState(*task, TransferState::Finished));
-  EXPECT_EQ(ReadFile(Local("a.bin")), "bytes");
-}
-
 TEST_P(FolderTask, WhatFailsIsCountedAndAllElseFetched) {
   const std::tuple<const char*, const char*, int> cases[] = {
       {"gone.bin", nullptr, GetParam() == 1 ? result::kNoSuchRemoteFile : result::kNotDecodable},
