@@ -17,6 +17,9 @@ constexpr qsizetype kLongestTip = 2000;  // characters
 FieldValue::FieldValue(QWidget* parent) : QLineEdit(parent) {
   setReadOnly(true);
   setFrame(false);
+  // Beside its label, whichever way the value itself is read.
+  setAlignment((isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignAbsolute |
+               Qt::AlignVCenter);
   setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
 }
 
