@@ -16,9 +16,9 @@ namespace {
 
 constexpr std::size_t kMostCellCharacters = 259;  // more is never drawn
 
-constexpr std::array kHeadings{StringId::TimeReceived, StringId::From,   StringId::To,
+constexpr std::array kPackageHeadings{StringId::TimeReceived, StringId::From,   StringId::To,
                                StringId::Subject,      StringId::Status, StringId::FolderTreeName};
-static_assert(kHeadings.size() == package_column::kCount);
+static_assert(kPackageHeadings.size() == package_column::kCount);
 
 QString Shortened(const std::u16string& value) {
   return ToQString(std::u16string_view(value).substr(0, kMostCellCharacters));
@@ -146,7 +146,7 @@ QVariant PackageArea::headerData(int section, Qt::Orientation orientation, int r
       section >= package_column::kCount) {
     return QAbstractItemModel::headerData(section, orientation, role);
   }
-  return Text(kHeadings.at(static_cast<std::size_t>(section)));
+  return Text(kPackageHeadings.at(static_cast<std::size_t>(section)));
 }
 
 Qt::ItemFlags PackageArea::flags(const QModelIndex& index) const {
