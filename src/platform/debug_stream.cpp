@@ -40,8 +40,8 @@ std::string Format(const char* format, va_list arguments) {
   constexpr std::size_t kMostLines = 255;  // are shorter, and are formatted once
   std::string text(kMostLines, '\0');
   // The check loses sight of a list that is handed on.
-  const int length = std::vsnprintf(text.data(), text.size() + 1, format,
-                                    again);  // NOLINT(clang-analyzer-valist.Uninitialized)
+  // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized)
+  const int length = std::vsnprintf(text.data(), text.size() + 1, format, again);
   va_end(again);
   text.resize(length > 0 ? static_cast<std::size_t>(length) : 0);
   if (text.size() > kMostLines) {

@@ -99,8 +99,8 @@ TEST_F(Tasks, WhatIsUnfinishedFollowsARenamedFolder) {
 }
 
 TEST_F(Tasks, DraftsThatDoNotFitMakeNothing) {
-  EXPECT_NE(Add("/" + std::string(258, 'x')), nullptr);
-  EXPECT_EQ(Add("/" + std::string(259, 'x')), nullptr);
+  EXPECT_NE(Add(std::string(258, 'x').insert(0, 1, '/')), nullptr);
+  EXPECT_EQ(Add(std::string(259, 'x').insert(0, 1, '/')), nullptr);
   EXPECT_EQ(store.AddDownload({"", "/x", "", 80}, "/local", true), nullptr);
   EXPECT_EQ(store.AddDownload({"x", "/x", "", 80}, std::string(260, 'l'), true), nullptr);
   EXPECT_EQ(store.Records().size(), 1U);
@@ -280,7 +280,7 @@ TEST_F(Tasks, CostsDoNotGrowWithTheirNumber) {
     std::vector<TaskId> ids;
     const auto begun = std::clock();
     for (int i = 0; i < count; ++i) {
-      const std::string name = "/" + std::to_string(i);
+      const std::string name = std::to_string(i).insert(0, 1, '/');
       ids.push_back(store.AddDownload({"x", name, "server", 80}, name, keep)->id);
       if (!keep) {
         store.StreamLimitReached();
