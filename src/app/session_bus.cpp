@@ -18,7 +18,7 @@ namespace updown {
 namespace {
 
 constexpr const char* kAddressVariable = "DBUS_SESSION_BUS_ADDRESS";
-constexpr int kBusAnswerLimit = 1000;                      // ms
+constexpr int kBusAnswerLimit = 1000;                   // ms
 constexpr std::string_view kQuestion("\0AUTH\r\n", 7);  // a bus tells then what it accepts
 
 std::string ValueOf(const char* variable) {

@@ -16,8 +16,9 @@ namespace {
 
 constexpr std::size_t kMostCellCharacters = 259;  // more is never drawn
 
-constexpr std::array kPackageHeadings{StringId::TimeReceived, StringId::From,   StringId::To,
-                               StringId::Subject,      StringId::Status, StringId::FolderTreeName};
+constexpr std::array kPackageHeadings{StringId::TimeReceived, StringId::From,
+                                      StringId::To,           StringId::Subject,
+                                      StringId::Status,       StringId::FolderTreeName};
 static_assert(kPackageHeadings.size() == package_column::kCount);
 
 QString Shortened(const std::u16string& value) {
