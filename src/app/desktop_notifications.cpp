@@ -119,6 +119,8 @@ void DesktopNotifications::BeginEnd() {
 bool DesktopNotifications::WaitForEnd(std::chrono::milliseconds limit) {
   QThread* const thread = std::exchange(thread_, nullptr);
   if (thread != nullptr && !thread->wait(QDeadlineTimer(limit))) {
+    static auto& leftToTheProcess = *new QList<QThread*>;  // still in use at its end, perhaps
+    leftToTheProcess.append(thread);
     return false;
   }
   delete thread;

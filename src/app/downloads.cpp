@@ -53,7 +53,7 @@ std::optional<std::string> Downloads::AskForTarget(const std::string& displayNam
   dialog.setAcceptMode(QFileDialog::AcceptSave);
   dialog.setFileMode(QFileDialog::AnyFile);
   dialog.selectFile(FromUtf8(displayName));
-  const auto target = RunDialog(dialog, u"saveDialog"_qs);
+  auto target = RunDialog(dialog, u"saveDialog"_qs);
   if (target) {
     saveFolder_ = QFileInfo(FromUtf8(*target)).absolutePath();
   }
@@ -64,7 +64,7 @@ std::optional<std::string> Downloads::AskForFolder() {
   QFileDialog dialog(&owner_, Text(StringId::SaveAllTitle));
   dialog.setFileMode(QFileDialog::Directory);
   dialog.setOption(QFileDialog::ShowDirsOnly);
-  const auto folder = RunDialog(dialog, u"saveAllDialog"_qs);
+  auto folder = RunDialog(dialog, u"saveAllDialog"_qs);
   if (folder) {
     saveFolder_ = FromUtf8(*folder);
   }

@@ -15,10 +15,11 @@ bool IsLink(const QModelIndex& index) { return index.data(kLinkRole).toBool(); }
 
 }  // namespace
 
-LinkDelegate::LinkDelegate(QAbstractItemView* view) : CellDelegate(view), view_(view) {
+LinkDelegate::LinkDelegate(QAbstractItemView* view)
+    : CellDelegate(view), view_(view), viewport_(view->viewport()) {
   view->setItemDelegate(this);
-  view->viewport()->setMouseTracking(true);
-  view->viewport()->installEventFilter(this);
+  viewport_->setMouseTracking(true);
+  viewport_->installEventFilter(this);
   connect(view, &QAbstractItemView::clicked, this, [this](const QModelIndex& index) {
     if (IsLink(index) && QGuiApplication::keyboardModifiers() == Qt::NoModifier) {
       Q_EMIT Activated(index);
@@ -58,7 +59,7 @@ QRect LinkDelegate::LinkRect(const QModelIndex& index) const {
 }
 
 bool LinkDelegate::eventFilter(QObject* watched, QEvent* event) {
-  if (watched != view_->viewport()) {
+  if (watched != viewport_) {
     return CellDelegate::eventFilter(watched, event);
   }
   switch (event->type()) {
@@ -67,7 +68,7 @@ bool LinkDelegate::eventFilter(QObject* watched, QEvent* event) {
       FollowMouse();
       return false;
     case QEvent::Leave:
-    case QEvent::Hide:  // also out of the view's destructor: it answers nothing about cells then
+    case QEvent::Hide:  // also out of the view's destructor: it answers nothing more then
       mouse_ = kElsewhere;
       FollowMouse();
       return false;
@@ -97,10 +98,9 @@ void LinkDelegate::FollowMouse() {
   if (hovered_ == now) {
     return;
   }
-  view_->viewport()->update();
+  viewport_->update();
   hovered_ = now;
-  now.isValid() ? view_->viewport()->setCursor(Qt::PointingHandCursor)
-                : view_->viewport()->unsetCursor();
+  now.isValid() ? viewport_->setCursor(Qt::PointingHandCursor) : viewport_->unsetCursor();
 }
 
 }  // namespace updown

@@ -38,7 +38,8 @@ class LinkDelegate : public CellDelegate {
   void FollowMouse();
 
   QAbstractItemView* const view_;
-  QPoint mouse_{-1, -1};  // in the viewport; off it while the mouse is elsewhere
+  QWidget* const viewport_;  // of view_, which cannot be asked for it while it goes
+  QPoint mouse_{-1, -1};     // in the viewport; off it while the mouse is elsewhere
   QPersistentModelIndex hovered_;
   bool secondClick_ = false;
 };
