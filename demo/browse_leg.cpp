@@ -1,3 +1,4 @@
+#include <QAbstractButton>
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QHeaderView>
@@ -8,8 +9,9 @@
 
 #include "demo/legs.h"
 #include "demo/walk_package.h"
+#include "packages/attachment_model.h"
 #include "resources/qt/texts.h"
-#include "widgets/link_list_ctrl.h"
+#include "widgets/link_delegate.h"
 
 namespace updown::demo {
 
@@ -67,19 +69,21 @@ void ShowHalfArrived(Walker& walker) {
 
 void HoverAndTip(LegContext& context) {
   Walker& walker = context.walker;
-  auto* attachments = walker.Find<CLinkListCtrl>(kAttachments);
+  QAbstractItemView* attachments = walker.FindView(kAttachments);
+  const auto* links = qobject_cast<LinkDelegate*>(attachments->itemDelegate());
+  walker.Expect(QStringLiteral("links are painted by their delegate"), links != nullptr);
   const int row = AttachmentRow(context, QStringLiteral("figures-q3.xls"));
-  const QRect link = attachments->LinkTextRect(row, 4);
-  walker.MoveMouse(attachments->viewport(), link.center());
+  const QModelIndex save = walker.Cell(attachments, row, attachment_column::kSave);
+  walker.MoveMouse(attachments->viewport(), links->LinkRect(save).center());
   walker.Await(QStringLiteral("the link changes under the pointer"),
-               [&] { return attachments->LinkHover(row, 4); });
+               [&] { return links->HoveredLink() == save; });
   walker.Picture(QStringLiteral("link-under-pointer"));
-  walker.Step(QStringLiteral("the link under the pointer is red, with a hand"));
+  walker.Step(QStringLiteral("the link under the pointer has another colour, with a hand"));
 
   const QRect label = attachments->visualRect(walker.Cell(attachments, row, 0));
   walker.MoveMouse(attachments->viewport(), label.topLeft() + QPoint(40, label.height() / 2));
   walker.MoveMouse(attachments->viewport(), label.topLeft() + QPoint(44, label.height() / 2));
-  walker.Expect(QStringLiteral("the link is left"), !attachments->LinkHover(row, 4));
+  walker.Expect(QStringLiteral("the link is left"), !links->HoveredLink().isValid());
   walker.Await(QStringLiteral("the tip shows"), [&] {
     const QWidgetList windows = QApplication::topLevelWidgets();
     return std::any_of(windows.begin(), windows.end(), [](const QWidget* window) {
@@ -88,6 +92,42 @@ void HoverAndTip(LegContext& context) {
   });
   walker.Picture(QStringLiteral("tip"));
   walker.Step(QStringLiteral("the pointer's rest on a name shows the tip"));
+}
+
+// What is typed is looked for in all columns.
+void Find(Walker& walker) {
+  QAbstractItemView* list = walker.FindView(kList);
+  const int all = walker.Rows(list);
+  walker.Key(list, Qt::Key_F, Qt::ControlModifier);
+  walker.Await(QStringLiteral("the line has the focus"),
+               [&] { return walker.Find(QStringLiteral("findLine"))->hasFocus(); });
+  walker.Type(QStringLiteral("marek"));
+  walker.Await(QStringLiteral("one package is left"), [&] { return walker.Rows(list) == 1; });
+  walker.Picture(QStringLiteral("found"));
+  walker.Type(Qt::Key_Escape);
+  walker.Await(QStringLiteral("Escape shows all again"), [&] {
+    return walker.Rows(list) == all && !walker.Find(QStringLiteral("findLine"))->isVisible();
+  });
+  walker.Step(QStringLiteral("Ctrl+F filters the list as one types, Escape ends it"));
+}
+
+void HelpAndAbout(Walker& walker, QWidget* window) {
+  walker.Key(window, Qt::Key_F1);
+  QWidget* help = nullptr;
+  walker.Await(QStringLiteral("F1 opens the help page"), [&] {
+    help = walker.Find(QStringLiteral("helpWindow"));
+    return help->isVisible();
+  });
+  walker.Picture(QStringLiteral("help"));
+  auto* about = walker.Find<QAbstractButton>(QStringLiteral("helpAbout"));
+  walker.Answer([&] { QTest::mouseClick(about, Qt::LeftButton); },
+                [&](QWidget* box) {
+                  walker.Picture(QStringLiteral("about"));
+                  walker.PressButton(box, Text(StringId::Ok));
+                });
+  walker.Key(help, Qt::Key_Escape);
+  walker.Await(QStringLiteral("Escape closes it"), [&] { return !help->isVisible(); });
+  walker.Step(QStringLiteral("F1 shows the help page, and the about box from there"));
 }
 
 // A row whose second header file arrived behind the first tells so from the next listing on.
@@ -152,7 +192,7 @@ void DeletePackage(LegContext& context) {
   const QString subject = QString::fromLatin1(kWalkSubject);
   const int row = walker.CellText(list, 0, 3) == subject ? 1 : 0;
   walker.Click(list, walker.Cell(list, row, 0));
-  const QString choice = Text(StringId::MenuPackageDelete);
+  const QString choice = QStringLiteral("deletePackage");
   walker.Answer([&] { walker.Choose([&] { AskForMenu(list); }, choice); },
                 [&](QWidget* box) {
                   walker.Picture(QStringLiteral("deletion-asked"));
@@ -160,7 +200,7 @@ void DeletePackage(LegContext& context) {
                 });
   walker.Expect(QStringLiteral("Cancel deletes nothing"), walker.Rows(list) == before);
   walker.Answer([&] { walker.Choose([&] { AskForMenu(list); }, choice); },
-                [&](QWidget* box) { walker.PressButton(box, Text(StringId::Ok)); });
+                [&](QWidget* box) { walker.PressButton(box, Text(StringId::MenuPackageDelete)); });
   walker.Await(QStringLiteral("the row is gone"), [&] { return walker.Rows(list) == before - 1; });
   const QStringList left = names();
   for (const QString& name : left) {
@@ -177,8 +217,8 @@ void DeleteAttachment(LegContext& context) {
   const QString name = QStringLiteral("minutes.doc");
   walker.Click(attachments, walker.Cell(attachments, AttachmentRow(context, name), 0));
   walker.Answer(
-      [&] { walker.Choose([&] { AskForMenu(attachments); }, Text(StringId::MenuFileDelete)); },
-      [&](QWidget* box) { walker.PressButton(box, Text(StringId::Ok)); });
+      [&] { walker.Choose([&] { AskForMenu(attachments); }, QStringLiteral("deleteFiles")); },
+      [&](QWidget* box) { walker.PressButton(box, Text(StringId::MenuPackageDelete)); });
   walker.Await(QStringLiteral("the attachment's row is gone"),
                [&] { return walker.RowOf(attachments, 0, name) < 0; });
   context.ask({QStringLiteral("gone"), u'/' + QString::fromLatin1(kWalkPackage) + u'/' + name});
@@ -218,6 +258,7 @@ void BrowseLeg(LegContext& context) {
   SelectWalkPackage(context);
   walker.Picture(QStringLiteral("complete-package"));
   HoverAndTip(context);
+  Find(walker);
   Refresh(walker);
   ShowHalfArrived(walker);
   SortBothWays(walker);
@@ -229,15 +270,7 @@ void BrowseLeg(LegContext& context) {
   SelectWalkPackage(context);
   DeleteAttachment(context);
 
-  frame->resize(420, 320);
-  walker.Rest(100);
-  walker.Picture(QStringLiteral("small-window"));
-  walker.Answer([&] { walker.Key(frame, Qt::Key_F1); },
-                [&](QWidget* box) {
-                  walker.Picture(QStringLiteral("about"));
-                  walker.PressButton(box, Text(StringId::Ok));
-                });
-  walker.Step(QStringLiteral("F1 shows the about box"));
+  HelpAndAbout(walker, frame);
   context.close();
 }
 

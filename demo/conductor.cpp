@@ -48,14 +48,25 @@ int Conductor::Run() {
       {QStringLiteral("stored"), QStringLiteral("g"), Service::Full, {}},
       {QStringLiteral("limit"), QStringLiteral("e"), Service::Full, {}},
       {QStringLiteral("login"), QStringLiteral("f"), Service::WithLogin, {}},
-      {QStringLiteral("looks"), QStringLiteral("c"), Service::Full, QStringLiteral("2")},
-      {QStringLiteral("dark"), QStringLiteral("c"), Service::Full, {}},
+      {QStringLiteral("keyboard"), QStringLiteral("h"), Service::Full, {}},
+      {QStringLiteral("save-all"), QStringLiteral("i"), Service::Full, {}},
+      {QStringLiteral("arrange"), QStringLiteral("j"), Service::Full, {}},
+      {QStringLiteral("arranged"), QStringLiteral("j"), Service::Full, {}},
+      {QStringLiteral("plain"), QStringLiteral("k"), Service::Full, {}},
+      {QStringLiteral("double"), QStringLiteral("l"), Service::Full, QStringLiteral("2")},
+      {QStringLiteral("dark"), QStringLiteral("m"), Service::Full, {}},
+      {QStringLiteral("large"), QStringLiteral("n"), Service::Full, {}},
+      {QStringLiteral("right-to-left"), QStringLiteral("o"), Service::Full, {}},
+      {QStringLiteral("other-style"), QStringLiteral("p"), Service::Full, {}},
   };
   QDir().mkpath(options_.pictures);
   MakeAreas();
   QElapsedTimer clock;
   clock.start();
   for (const LegPlan& plan : plans) {
+    if (!options_.legs.isEmpty() && !options_.legs.contains(plan.name)) {
+      continue;
+    }
     Say(QStringLiteral("[dialect %1, language %2] %3")
             .arg(options_.dialect)
             .arg(options_.language)
@@ -93,6 +104,7 @@ bool Conductor::RunLeg(const LegPlan& plan) {
     environment.insert(QString::fromStdString(name), QString::fromStdString(value));
   }
   environment.insert(QStringLiteral("XDG_DATA_HOME"), data);
+  environment.insert(QStringLiteral("XDG_STATE_HOME"), data);
   environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
   if (!plan.scale.isEmpty()) {
     environment.insert(QStringLiteral("QT_SCALE_FACTOR"), plan.scale);
@@ -174,6 +186,8 @@ bool Conductor::Obey(const QString& request, peer::StandIn& service, QProcess& c
     held = !QFile::exists(place_.filePath(QStringLiteral("area")) + words[1]);
     Say(QStringLiteral("  %1  %2 is gone from the service")
             .arg(held ? u"ok"_qs : u"NO"_qs, words[1]));
+  } else if (words[0] == u"add-package") {
+    MakeWalkPackage(place_.filePath(QStringLiteral("area")), QStringLiteral("20261122093000"));
   } else if (words[0] == u"kill") {
     killed_ = true;
     client.kill();

@@ -2,6 +2,7 @@
 
 #include <QProcess>
 #include <QString>
+#include <QStringList>
 #include <QTemporaryDir>
 #include <cstdint>
 #include <memory>
@@ -17,6 +18,7 @@ struct WalkOptions {
   int dialect = 1;
   int language = 1033;
   int packages = 12;
+  QStringList legs;              // those to walk; empty: all
   std::uint32_t block = 262144;  // bytes; the client takes one a second
 };
 

@@ -32,8 +32,18 @@ void SteerAgainLeg(LegContext& context);
 void StoredLeg(LegContext& context);
 void LimitLeg(LegContext& context);
 void LoginLeg(LegContext& context);
-void LooksLeg(LegContext& context);
+void KeyboardLeg(LegContext& context);
+void SaveAllLeg(LegContext& context);
+void ArrangeLeg(LegContext& context);
+void ArrangedLeg(LegContext& context);
+void PlainLeg(LegContext& context);
+void DoubleLeg(LegContext& context);
 void DarkLeg(LegContext& context);
+void LargeLeg(LegContext& context);
+void RightToLeftLeg(LegContext& context);
+void OtherStyleLeg(LegContext& context);
+
+inline constexpr int kSubjectColumn = 3;  // of the package list
 
 // Steps that several legs take.
 void AwaitFullList(LegContext& context);      // all packages listed, header texts there
@@ -42,6 +52,7 @@ void SaveAttachment(LegContext& context, const QString& name, const QString& pat
 int AttachmentRow(LegContext& context, const QString& name);
 // Brings up the row menu as the Menu key does, on the current row.
 void AskForMenu(QAbstractItemView* list);
-int StatusRow(LegContext& context, const QString& name);  // row of the transfer from that file
+int StatusRow(LegContext& context, const QString& name);  // row of the transfer of that name
+void AwaitFinished(LegContext& context, const QString& name);
 
 }  // namespace updown::demo

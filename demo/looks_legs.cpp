@@ -34,6 +34,54 @@ void TypeLogin(LegContext& context, QWidget* dialog, const QString& password,
   context.walker.PressButton(dialog, Text(StringId::Ok));
 }
 
+void ShowSizes(LegContext& context) {
+  QWidget* window = context.walker.Find(QStringLiteral("mainWindow"));
+  for (const QSize& size : {QSize(320, 240), QSize(2560, 1440), QSize(960, 720)}) {
+    window->resize(size);
+    context.walker.Rest(100);
+    context.walker.Picture(QStringLiteral("%1x%2").arg(size.width()).arg(size.height()));
+  }
+}
+
+void ShowMenuAndBox(LegContext& context) {
+  Walker& walker = context.walker;
+  QAbstractItemView* list = walker.FindView(QStringLiteral("packageList"));
+  walker.WithMenu([&] { AskForMenu(list); },
+                  [&](QMenu*) { walker.Picture(QStringLiteral("menu")); });
+  walker.Answer([&] { walker.Key(list, Qt::Key_Delete); },
+                [&](QWidget* box) {
+                  walker.Picture(QStringLiteral("box"));
+                  walker.PressButton(box, Text(StringId::Cancel));
+                });
+}
+
+void ShowTransfersAndHelp(LegContext& context) {
+  Walker& walker = context.walker;
+  SaveAttachment(context, QStringLiteral("site-north.jpg"),
+                 context.received + QStringLiteral("/looks.jpg"));
+  walker.Rest(1300);
+  walker.Picture(QStringLiteral("transfers"));
+  walker.Key(walker.Find(QStringLiteral("transferStatus")), Qt::Key_Escape);
+  walker.Key(walker.FindView(QStringLiteral("packageList")), Qt::Key_F1);
+  walker.Await(QStringLiteral("help shows"),
+               [&] { return walker.Find(QStringLiteral("helpWindow"))->isVisible(); });
+  walker.Find(QStringLiteral("mainWindow"))->hide();
+  walker.Picture(QStringLiteral("help"));
+  walker.Find(QStringLiteral("mainWindow"))->show();
+}
+
+// All windows in the look that the application has by now.
+void ShowAll(LegContext& context, const QString& look) {
+  context.start();
+  AwaitFullList(context);
+  SelectWalkPackage(context);
+  ShowSizes(context);
+  ShowMenuAndBox(context);
+  ShowTransfersAndHelp(context);
+  context.walker.Step(look);
+  context.close();
+}
+
 }  // namespace
 
 void LoginLeg(LegContext& context) {
@@ -52,27 +100,32 @@ void LoginLeg(LegContext& context) {
   context.close();
 }
 
-void LooksLeg(LegContext& context) {
-  context.start();
-  AwaitFullList(context);
-  SelectWalkPackage(context);
-  context.walker.Picture(QStringLiteral("double-density"));
-  context.walker.Step(QStringLiteral("at double density"));
-  context.close();
+void PlainLeg(LegContext& context) {
+  ShowAll(context, QStringLiteral("sizes, menu, box, transfers and help as they come"));
 }
+
+void DoubleLeg(LegContext& context) { ShowAll(context, QStringLiteral("at double density")); }
 
 void DarkLeg(LegContext& context) {
   QApplication::setPalette(DarkPalette());
-  context.start();
-  AwaitFullList(context);
-  SelectWalkPackage(context);
-  context.walker.Picture(QStringLiteral("dark-palette"));
-  SaveAttachment(context, QStringLiteral("site-north.jpg"),
-                 context.received + QStringLiteral("/dark.jpg"));
-  context.walker.Rest(1300);
-  context.walker.Picture(QStringLiteral("dark-status"));
-  context.walker.Step(QStringLiteral("with a dark palette"));
-  context.close();
+  ShowAll(context, QStringLiteral("with a dark palette"));
+}
+
+void LargeLeg(LegContext& context) {
+  QFont font = QApplication::font();
+  font.setPointSize(16);
+  QApplication::setFont(font);
+  ShowAll(context, QStringLiteral("with letters of 16 points"));
+}
+
+void RightToLeftLeg(LegContext& context) {
+  QApplication::setLayoutDirection(Qt::RightToLeft);
+  ShowAll(context, QStringLiteral("from right to left"));
+}
+
+void OtherStyleLeg(LegContext& context) {
+  QApplication::setStyle(QStringLiteral("windows"));
+  ShowAll(context, QStringLiteral("in another style"));
 }
 
 }  // namespace updown::demo

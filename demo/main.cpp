@@ -14,6 +14,7 @@ WalkOptions ReadOptions(const QCommandLineParser& parser, const QString& program
   options.dialect = parser.value(QStringLiteral("dialect")).toInt();
   options.language = parser.value(QStringLiteral("language")).toInt();
   options.packages = parser.value(QStringLiteral("packages")).toInt();
+  options.legs = parser.value(QStringLiteral("legs")).split(u',', Qt::SkipEmptyParts);
   options.block = parser.value(QStringLiteral("block")).toUInt();
   return options;
 }
@@ -32,6 +33,8 @@ int Conduct(int argc, char** argv) {
                     QStringLiteral("count"), QStringLiteral("12")});
   parser.addOption({QStringLiteral("block"), QStringLiteral("Bytes in a block."),
                     QStringLiteral("bytes"), QStringLiteral("262144")});
+  parser.addOption({QStringLiteral("legs"), QStringLiteral("The legs to walk; without it all."),
+                    QStringLiteral("names")});
   parser.process(application);
   return updown::demo::Conductor(ReadOptions(parser, QCoreApplication::applicationFilePath()))
       .Run();

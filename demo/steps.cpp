@@ -4,16 +4,16 @@
 
 #include "demo/legs.h"
 #include "demo/walk_package.h"
+#include "packages/attachment_model.h"
 #include "resources/qt/texts.h"
 #include "resources/texts.h"
+#include "transfers/transfer_row.h"
 
 namespace updown::demo {
 
 namespace {
 
-constexpr int kSubjectColumn = 3;
 constexpr int kListStatusColumn = 4;
-constexpr int kLinkColumn = 4;
 const QString kSubject = QString::fromLatin1(kWalkSubject);
 
 }  // namespace
@@ -62,7 +62,9 @@ void AskForMenu(QAbstractItemView* list) {
 int StatusRow(LegContext& context, const QString& name) {
   QAbstractItemView* transfers = context.walker.FindView(QStringLiteral("transferList"));
   for (int row = 0; row < context.walker.Rows(transfers); ++row) {
-    if (context.walker.CellText(transfers, row, 0).endsWith(u'/' + name)) {
+    const QString from =
+        context.walker.CellText(transfers, row, static_cast<int>(TransferColumn::From));
+    if (context.walker.CellText(transfers, row, 0) == name || from.endsWith(u'/' + name)) {
       return row;
     }
   }
@@ -73,7 +75,7 @@ void SaveAttachment(LegContext& context, const QString& name, const QString& pat
   Walker& walker = context.walker;
   QAbstractItemView* attachments = walker.FindView(QStringLiteral("attachmentList"));
   const int row = AttachmentRow(context, name);
-  const QModelIndex link = walker.Cell(attachments, row, kLinkColumn);
+  const QModelIndex link = walker.Cell(attachments, row, attachment_column::kSave);
   walker.Answer([&] { walker.Click(attachments, link); },
                 [&](QWidget* dialog) { walker.SaveAs(dialog, path); });
   walker.Await(name + QStringLiteral(" has a row in the status window"),
@@ -82,12 +84,25 @@ void SaveAttachment(LegContext& context, const QString& name, const QString& pat
 
 const std::map<QString, Leg>& Legs() {
   static const std::map<QString, Leg> legs = {
-      {QStringLiteral("empty"), EmptyLeg},   {QStringLiteral("browse"), BrowseLeg},
-      {QStringLiteral("save"), SaveLeg},     {QStringLiteral("resume"), ResumeLeg},
-      {QStringLiteral("steer"), SteerLeg},   {QStringLiteral("steer-again"), SteerAgainLeg},
-      {QStringLiteral("stored"), StoredLeg}, {QStringLiteral("limit"), LimitLeg},
-      {QStringLiteral("login"), LoginLeg},   {QStringLiteral("looks"), LooksLeg},
+      {QStringLiteral("empty"), EmptyLeg},
+      {QStringLiteral("browse"), BrowseLeg},
+      {QStringLiteral("save"), SaveLeg},
+      {QStringLiteral("resume"), ResumeLeg},
+      {QStringLiteral("steer"), SteerLeg},
+      {QStringLiteral("steer-again"), SteerAgainLeg},
+      {QStringLiteral("stored"), StoredLeg},
+      {QStringLiteral("limit"), LimitLeg},
+      {QStringLiteral("login"), LoginLeg},
+      {QStringLiteral("keyboard"), KeyboardLeg},
+      {QStringLiteral("save-all"), SaveAllLeg},
+      {QStringLiteral("arrange"), ArrangeLeg},
+      {QStringLiteral("arranged"), ArrangedLeg},
+      {QStringLiteral("plain"), PlainLeg},
+      {QStringLiteral("double"), DoubleLeg},
       {QStringLiteral("dark"), DarkLeg},
+      {QStringLiteral("large"), LargeLeg},
+      {QStringLiteral("right-to-left"), RightToLeftLeg},
+      {QStringLiteral("other-style"), OtherStyleLeg},
   };
   return legs;
 }

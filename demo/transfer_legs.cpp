@@ -3,14 +3,15 @@
 
 #include "demo/legs.h"
 #include "demo/walk_package.h"
+#include "packages/attachment_model.h"
 #include "resources/qt/texts.h"
+#include "transfers/transfer_row.h"
 
 namespace updown::demo {
 
 namespace {
 
-constexpr int kTransferredColumn = 2;
-constexpr int kProgressColumn = 3;
+constexpr QSize kAllColumns(1210, 240);
 const QString kTransfers = QStringLiteral("transferList");
 const QString kBig = QStringLiteral("photos.tar.gz");
 const QString kBig2 = QStringLiteral("figures-q3.xls");
@@ -26,25 +27,21 @@ QString LocalOf(const LegContext& context, const QString& name) {
   return context.received + u'/' + name;
 }
 
-QString Cell(LegContext& context, const QString& name, int column) {
+QString Cell(LegContext& context, const QString& name, TransferColumn column) {
   const int row = StatusRow(context, name);
   return row < 0 ? QString()
-                 : context.walker.CellText(context.walker.FindView(kTransfers), row, column);
+                 : context.walker.CellText(context.walker.FindView(kTransfers), row,
+                                           static_cast<int>(column));
 }
 
 bool Finished(LegContext& context, const QString& name) {
-  return Cell(context, name, kProgressColumn) == Text(StringId::Completed);
-}
-
-void AwaitFinished(LegContext& context, const QString& name) {
-  context.walker.Await(
-      name + QStringLiteral(" is Completed"), [&] { return Finished(context, name); }, 40000);
+  return Cell(context, name, TransferColumn::State) == Text(StringId::Completed);
 }
 
 void AwaitMoving(LegContext& context, const QString& name) {
   context.walker.Await(name + QStringLiteral(" moves"), [&] {
-    const QString moved = Cell(context, name, kTransferredColumn);
-    return moved.endsWith(QStringLiteral("KB")) && moved != u"0 KB" && moved != u"0 B";
+    const QString moved = Cell(context, name, TransferColumn::Transferred).section(u' ', 0, 1);
+    return moved.endsWith(QStringLiteral("B")) && !moved.startsWith(QStringLiteral("0 "));
   });
 }
 
@@ -52,15 +49,15 @@ void Compare(LegContext& context, const QString& name) {
   context.ask({QStringLiteral("compare"), RemoteOf(name), LocalOf(context, name)});
 }
 
-void Command(LegContext& context, const QString& name, StringId item) {
+void Command(LegContext& context, const QString& name, const QString& action) {
   QAbstractItemView* transfers = context.walker.FindView(kTransfers);
   const int row = StatusRow(context, name);
   context.walker.Expect(name + QStringLiteral(" has a row"), row >= 0);
   context.walker.Click(transfers, context.walker.Cell(transfers, row, 0));
-  context.walker.Choose([&] { AskForMenu(transfers); }, Text(item));
+  context.walker.Choose([&] { AskForMenu(transfers); }, action);
 }
 
-bool Offers(LegContext& context, const QString& name, StringId item,
+bool Offers(LegContext& context, const QString& name, const QString& action,
             const QString& picture = QString()) {
   QAbstractItemView* transfers = context.walker.FindView(kTransfers);
   bool enabled = false;
@@ -71,9 +68,9 @@ bool Offers(LegContext& context, const QString& name, StringId item,
                               context.walker.Picture(picture);
                             }
                             const QList<QAction*> actions = menu->actions();
-                            for (const QAction* action : actions) {
+                            for (const QAction* item : actions) {
                               enabled =
-                                  enabled || (action->text() == Text(item) && action->isEnabled());
+                                  enabled || (item->objectName() == action && item->isEnabled());
                             }
                           });
   return enabled;
@@ -89,18 +86,23 @@ void DeletePaused(LegContext& context) {
   context.ask({QStringLiteral("block"), QStringLiteral("65536")});
   SaveInto(context, kBig);
   AwaitMoving(context, kBig);
-  Command(context, kBig, StringId::MenuPause);
+  Command(context, kBig, QStringLiteral("pause"));
   walker.Await(QStringLiteral("Delete is offered"),
-               [&] { return Offers(context, kBig, StringId::MenuStatusDelete); });
-  walker.Answer([&] { Command(context, kBig, StringId::MenuStatusDelete); },
-                [&](QWidget* box) { walker.PressButton(box, Text(StringId::Ok)); });
+               [&] { return Offers(context, kBig, QStringLiteral("delete")); });
+  walker.Answer([&] { Command(context, kBig, QStringLiteral("delete")); },
+                [&](QWidget* box) { walker.PressButton(box, Text(StringId::MenuStatusDelete)); });
   walker.Await(QStringLiteral("the row is gone"), [&] { return StatusRow(context, kBig) < 0; });
-  walker.Expect(QStringLiteral("the partial file is gone"),
-                !QFileInfo::exists(LocalOf(context, kBig)));
+  walker.Await(QStringLiteral("the partial file is gone"),
+               [&] { return !QFileInfo::exists(LocalOf(context, kBig)); });
   walker.Step(QStringLiteral("Delete takes the row and the partial file away"));
 }
 
 }  // namespace
+
+void AwaitFinished(LegContext& context, const QString& name) {
+  context.walker.Await(
+      name + QStringLiteral(" is Completed"), [&] { return Finished(context, name); }, 40000);
+}
 
 void SaveLeg(LegContext& context) {
   context.start();
@@ -111,7 +113,12 @@ void SaveLeg(LegContext& context) {
   SaveInto(context, kBig2);
   AwaitMoving(context, kBig);
   AwaitMoving(context, kBig2);
+  walker.Rest(1200);  // the second block tells the rate
+  QWidget* main = walker.Find(QStringLiteral("mainWindow"));
+  main->hide();
+  walker.Find(QStringLiteral("transferStatus"))->resize(kAllColumns);
   walker.Picture(QStringLiteral("status-moving"));
+  main->show();
   walker.Step(QStringLiteral("two attachments are under way, the status window shows them move"));
   context.close();
   const qint64 arrived = QFileInfo(LocalOf(context, kBig)).size();
@@ -155,31 +162,31 @@ void SteerLeg(LegContext& context) {
 
   SaveInto(context, kPlan);
   AwaitMoving(context, kPlan);
-  Command(context, kPlan, StringId::MenuPause);
+  Command(context, kPlan, QStringLiteral("pause"));
   walker.Await(QStringLiteral("the worker has ended"),
-               [&] { return Offers(context, kPlan, StringId::MenuResume); });
+               [&] { return Offers(context, kPlan, QStringLiteral("resume")); });
   const qint64 paused = QFileInfo(LocalOf(context, kPlan)).size();
   walker.Rest(1500);
   walker.Expect(QStringLiteral("a paused transfer stands still"),
                 QFileInfo(LocalOf(context, kPlan)).size() == paused);
   walker.Expect(QStringLiteral("Pause is not offered"),
-                !Offers(context, kPlan, StringId::MenuPause, QStringLiteral("status-menu")));
+                !Offers(context, kPlan, QStringLiteral("pause"), QStringLiteral("status-menu")));
   walker.Picture(QStringLiteral("status-paused"));
   walker.Step(QStringLiteral("Pause stops at %1 bytes").arg(paused));
 
   context.ask({QStringLiteral("forget-sessions")});
   context.ask({QStringLiteral("block"), QStringLiteral("400000")});
-  Command(context, kPlan, StringId::MenuResume);
+  Command(context, kPlan, QStringLiteral("resume"));
   AwaitFinished(context, kPlan);
   walker.Picture(QStringLiteral("status-renewed"));
   Compare(context, kPlan);
   walker.Step(
       QStringLiteral("a session that the service has forgotten is opened anew, Resume goes on"));
 
-  walker.Answer([&] { Command(context, kPlan, StringId::MenuRedo); },
+  walker.Answer([&] { Command(context, kPlan, QStringLiteral("redo")); },
                 [&](QWidget* box) {
                   walker.Picture(QStringLiteral("redo-asked"));
-                  walker.PressButton(box, Text(StringId::Ok));
+                  walker.PressButton(box, Text(StringId::MenuRedo));
                 });
   walker.Await(QStringLiteral("Redo begins from nothing"),
                [&] { return !Finished(context, kPlan); });
@@ -220,9 +227,6 @@ void StoredLeg(LegContext& context) {
   walker.Find(QStringLiteral("transferStatus"))->showNormal();
   walker.Picture(QStringLiteral("status-folder"));
   for (const WalkFile& file : kWalkFiles) {
-    if (file.bytes == 0) {
-      continue;  // a folder's walk takes an empty file for one that is there already
-    }
     const QString name = QString::fromLatin1(file.name);
     context.ask({QStringLiteral("compare"), RemoteOf(name),
                  context.received + QStringLiteral("/stored/") + name});
@@ -239,7 +243,7 @@ void LimitLeg(LegContext& context) {
   context.ask({QStringLiteral("block"), QStringLiteral("1024")});
   QAbstractItemView* attachments = walker.FindView(QStringLiteral("attachmentList"));
   const auto save = [&](const QString& name) {
-    return walker.Cell(attachments, AttachmentRow(context, name), 4);
+    return walker.Cell(attachments, AttachmentRow(context, name), attachment_column::kSave);
   };
   SaveAttachment(context, kBig, context.received + QStringLiteral("/limit-1"));
   walker.Answer([&] { walker.Click(attachments, save(kBig)); },

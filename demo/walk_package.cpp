@@ -19,8 +19,7 @@ void WriteFile(const QString& path, const QByteArray& bytes, qint64 time) {
 
 }  // namespace
 
-void MakeWalkPackage(const QString& area) {
-  const QString name = QString::fromLatin1(kWalkPackage);
+void MakeWalkPackage(const QString& area, const QString& name) {
   QDir(area).mkpath(name);
   const QString folder = area + u'/' + name + u'/';
   constexpr qint64 kTime = 1795334400;

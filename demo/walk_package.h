@@ -20,7 +20,8 @@ inline constexpr WalkFile kWalkFiles[kWalkAttachments] = {
     {"site-north.jpg", 700001}, {"site-south.jpg", 690000},
 };
 
-// Writes the package into the area, with times and bytes that are the same in each run.
-void MakeWalkPackage(const QString& area);
+// Writes the package into the area, with times and bytes that are the same in each run; under
+// another name it is one that has just come.
+void MakeWalkPackage(const QString& area, const QString& name = QString::fromLatin1(kWalkPackage));
 
 }  // namespace updown::demo

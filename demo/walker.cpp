@@ -155,24 +155,24 @@ void Walker::WithMenu(const std::function<void()>& act, const std::function<void
   Expect(QStringLiteral("a menu came up"), seen);
 }
 
-void Walker::Choose(const std::function<void()>& act, const QString& item) {
+void Walker::Choose(const std::function<void()>& act, const QString& action) {
   WithMenu(act, [&](QMenu* menu) {
     const QList<QAction*> actions = menu->actions();
-    for (QAction* action : actions) {
-      if (WithoutMnemonic(action->text()) == WithoutMnemonic(item)) {
-        Expect(item + QStringLiteral(" is enabled"), action->isEnabled());
-        QTest::mouseClick(menu, Qt::LeftButton, {}, menu->actionGeometry(action).center());
+    for (QAction* item : actions) {
+      if (item->objectName() == action) {
+        Expect(action + QStringLiteral(" is enabled"), item->isEnabled());
+        QTest::mouseClick(menu, Qt::LeftButton, {}, menu->actionGeometry(item).center());
         return;
       }
     }
-    throw WalkFailure("the menu has no " + item.toStdString());
+    throw WalkFailure("the menu has no " + action.toStdString());
   });
 }
 
 void Walker::PressButton(QWidget* box, const QString& text) {
   const QList<QAbstractButton*> buttons = box->findChildren<QAbstractButton*>();
   for (QAbstractButton* button : buttons) {
-    if (WithoutMnemonic(button->text()) == text) {
+    if (WithoutMnemonic(button->text()) == WithoutMnemonic(text)) {
       QTest::mouseClick(button, Qt::LeftButton);
       return;
     }
@@ -216,6 +216,16 @@ void Walker::Key(QWidget* widget, Qt::Key key, Qt::KeyboardModifiers modifiers) 
   QTest::keyClick(window->windowHandle(), key, modifiers);
 }
 
+void Walker::Type(Qt::Key key, Qt::KeyboardModifiers modifiers) {
+  QTest::keyClick(QGuiApplication::focusWindow(), key, modifiers);
+}
+
+void Walker::Type(const QString& text) {
+  for (const QChar letter : text) {
+    QTest::keyClick(QGuiApplication::focusWindow(), letter.toLatin1());
+  }
+}
+
 int Walker::Rows(const QAbstractItemView* view) {
   return view->model()->rowCount(view->rootIndex());
 }
@@ -235,6 +245,15 @@ int Walker::RowOf(QAbstractItemView* view, int column, const QString& text) {
     }
   }
   return -1;
+}
+
+int Walker::ColumnOf(const QAbstractItemView* view, const QString& heading) {
+  for (int column = 0; column < view->model()->columnCount(view->rootIndex()); ++column) {
+    if (view->model()->headerData(column, Qt::Horizontal).toString() == heading) {
+      return column;
+    }
+  }
+  throw WalkFailure("no column " + heading.toStdString());
 }
 
 void Walker::Picture(const QString& name) {

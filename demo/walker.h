@@ -49,8 +49,8 @@ class Walker {
   using Answering = std::function<void(QWidget*)>;
   void Answer(const std::function<void()>& act, const Answering& answer);
   void AnswerEach(const std::function<void()>& act, const std::vector<Answering>& answers);
-  // The same for a context menu, of which it chooses the item with this text (without "&").
-  void Choose(const std::function<void()>& act, const QString& item);
+  // The same for a context menu, of which it chooses the action with this object name.
+  void Choose(const std::function<void()>& act, const QString& action);
   void WithMenu(const std::function<void()>& act, const std::function<void(QMenu*)>& look);
 
   // Answers for boxes and the Save dialog.
@@ -61,12 +61,16 @@ class Walker {
   void DoubleClick(QAbstractItemView* view, const QModelIndex& index);
   void MoveMouse(QWidget* widget, const QPoint& position);
   void Key(QWidget* widget, Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
+  // To whatever has the focus, as somebody without a mouse types.
+  static void Type(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
+  static void Type(const QString& text);
 
   // Below the view's root.
   static int Rows(const QAbstractItemView* view);
   static QModelIndex Cell(const QAbstractItemView* view, int row, int column);
   QString CellText(QAbstractItemView* view, int row, int column);
   int RowOf(QAbstractItemView* view, int column, const QString& text);  // -1 if there is none
+  int ColumnOf(const QAbstractItemView* view, const QString& heading);
 
   // All windows that show, each where it stands, in one picture.
   void Picture(const QString& name);

@@ -2,9 +2,14 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
+#include "engine/kept_tasks.h"
+#include "engine/task_store.h"
 #include "fuzz/memory_file.h"
 #include "localdata/tasklist.h"
 
@@ -19,13 +24,36 @@ bool SameRecord(const updown::StoredRecord& left, const updown::StoredRecord& ri
          left.state == right.state;
 }
 
+// The program's start with such a list: each top record that stays has a task and a number of its
+// own, and a save of them all comes through.
+void Restore(const std::vector<updown::StoredRecord>& loaded) {
+  using namespace updown;
+  const PackageCache cache("/nowhere/INICache/0");
+  const LaunchState launch;
+  TaskStore store(std::make_shared<TaskQueue>(), launch);
+  for (const auto& record : RestoredRecords(loaded, cache)) {
+    store.AddStoredRecord(record);
+  }
+  store.RestoreTasks([](TaskId) {});
+  std::set<std::uint32_t> numbers;
+  for (const auto& record : store.Records()) {
+    if (record->recordId == 0 || !numbers.insert(record->recordId).second) {
+      std::abort();
+    }
+  }
+  while (store.Queue().NextRunnableTask()) {
+  }
+  KeptRecords(store.Records(), cache);
+}
+
 }  // namespace
 
 // Whatever was loaded and fits a record must come back from a save as it went in.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const std::string path = "/dev/shm/updown-tasklist-fuzz-" + std::to_string(getpid());
+  static const std::string path = std::filesystem::temp_directory_path() / "list";
   const updown::fuzz::MemoryFile input({data, size});
   const std::vector<updown::StoredRecord> loaded = updown::LoadTaskList(input.Path());
+  Restore(loaded);
   if (updown::SaveTaskList(loaded, path) != 0) {
     std::abort();
   }

@@ -1,13 +1,19 @@
-// The engine without windows, as the program runs it, at a mad pace: kill_rounds kills it.
+// The engine without windows, as the program runs it, at a mad pace: kill_rounds and soak kill it.
 //
-//   kill_client FOLDER SEED   adds, pauses, resumes and deletes tasks and saves all the time
-//   kill_client FOLDER 0      fetches all files to their end
+//   kill_client FOLDER SEED MANNER   adds, pauses, resumes and deletes tasks and saves all the time
+//   kill_client FOLDER 0 MANNER      fetches all there is to its end
 //
-// Says "saved PATH..." when a save is on disk, and "deleted PATH" before it deletes a task.
+// MANNER: "kills" does so as fast as it can; "soak" gives tasks the time to come to something, and
+// redoes, deletes with what lies on disk, fetches again. SIGTERM brings it to its regular end.
+//
+// Says "saved PATH..." when a save is on disk, "added PATH" before it makes a task, and "removed
+// PATH" before it deletes one or has it start over.
+#include <signal.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <functional>
 #include <memory>
@@ -34,7 +40,9 @@
 namespace updown::demo {
 namespace {
 
-constexpr std::chrono::seconds kPatience{20};
+constexpr std::chrono::seconds kPatience{60};
+
+volatile std::sig_atomic_t endWanted = 0;
 
 void Say(const std::string& line) {
   const std::string bytes = line + "\n";
@@ -44,8 +52,10 @@ void Say(const std::string& line) {
 
 class KilledClient : private EngineEvents {
  public:
-  KilledClient(const std::string& folder, std::uint32_t seed)
+  KilledClient(const std::string& folder, std::uint32_t seed, bool soak)
       : folder_(folder),
+        soak_(soak),
+        things_(ReadThings(folder)),
         dice_(seed),
         cache_(folder + "/cache"),
         saver_(
@@ -65,7 +75,10 @@ class KilledClient : private EngineEvents {
     context_->queue = std::make_shared<TaskQueue>();
     context_->service = &service_;
     context_->session = &session_;
-    context_->pace = std::chrono::milliseconds(1);
+    context_->pace = std::chrono::milliseconds(soak ? 5 : 1);
+    if (soak) {
+      context_->reconnectDelays.assign(6, std::chrono::milliseconds(300));
+    }
     store_.emplace(context_->queue, launch_);
     cache_.RemoveUnfinished();
     for (const auto& record : RestoredRecords(LoadTaskList(folder + "/list"), cache_)) {
@@ -75,33 +88,42 @@ class KilledClient : private EngineEvents {
   }
 
   void Start() {
-    session_.Open(AskedBy::Program, [](const SessionResult&) {});
-    granted_.WaitFor(kPatience);
+    do {  // the service may be away
+      session_.Open(AskedBy::Program, [](const SessionResult&) {});
+    } while (!granted_.WaitFor(std::chrono::milliseconds(500)) && endWanted == 0);
     store_->RestoreTasks([](TaskId) {});
     const std::unordered_set<std::string> cached = cache_.Names();
-    for (int n = 0; n < kHeaders; ++n) {
-      if (!cached.contains(Header(n))) {
-        Add(Header(n), cache_.BeginFetch(Header(n)), false);
+    for (const Thing& thing : things_) {
+      if (!thing.IsUsers() && !cached.contains(thing.name)) {
+        Add(thing, cache_.BeginFetch(thing.name));
       }
     }
     scheduler_.emplace(context_);
     context_->schedulerWake.Set();
   }
 
-  void RunUntilKilled() {
+  void RunUntilTold() {
     const auto end = std::chrono::steady_clock::now() + kPatience;
-    while (std::chrono::steady_clock::now() < end) {
-      DoSomething();
+    while (endWanted == 0 && std::chrono::steady_clock::now() < end) {
+      soak_ ? DoSomethingOfSoak() : DoSomething();
       calls_->Run();
       saver_.Save(KeptRecords(store_->Records(), cache_));
-      std::this_thread::sleep_for(std::chrono::microseconds(dice_() % 100));
+      std::this_thread::sleep_for(std::chrono::microseconds(dice_() % (soak_ ? 10000 : 100)));
     }
   }
 
   // True if all went well.
+  bool End() {
+    // Before the stop: what runs is stored as waiting, and goes on by itself at the next start.
+    saver_.Save(KeptRecords(store_->Records(), cache_));
+    const bool stopped = scheduler_->Stop(kPatience);
+    cache_.RemoveUnfinished();
+    return saver_.Finish(std::chrono::steady_clock::now() + kPatience) && stopped;
+  }
+
   bool Finish() {
-    for (int n = 0; n < kUserFiles; ++n) {
-      AddUserFile(n);
+    for (const Thing& thing : things_) {
+      AddForUser(thing);
     }
     std::vector<TaskId> all;
     context_->queue->ForEach([&all](const TransferTask& task) { all.push_back(task.id); });
@@ -115,10 +137,7 @@ class KilledClient : private EngineEvents {
       std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     calls_->Run();
-    saver_.Save(KeptRecords(store_->Records(), cache_));
-    const bool stopped = scheduler_->Stop(kPatience);
-    cache_.RemoveUnfinished();
-    return saver_.Finish(std::chrono::steady_clock::now() + kPatience) && stopped && AllFinished();
+    return AllFinished() && End();
   }
 
  private:
@@ -134,17 +153,26 @@ class KilledClient : private EngineEvents {
     }
   }
 
-  void Add(const std::string& name, const std::string& target, bool keep) {
-    store_->AddDownload({name, "/" + name, "fileservice", 8080}, target, keep);
+  void Add(const Thing& thing, const std::string& target) {
+    const TaskDraft draft{thing.name, thing.Remote(), "fileservice", 8080};
+    if (thing.kind == Thing::Kind::Folder) {
+      store_->AddFolderDownload(draft, target);
+    } else {
+      store_->AddDownload(draft, target, thing.IsUsers());
+    }
     context_->schedulerWake.Set();
   }
 
-  void AddUserFile(int n) {
-    const std::string path = "/" + UserFile(n);
-    if (!deleted_.contains(path) && !store_->IsDuplicate(path)) {
-      Add(UserFile(n), folder_ + "/got/" + UserFile(n), true);
+  void AddForUser(const Thing& thing) {
+    const std::string target = thing.Local(folder_);
+    if (thing.IsUsers() && !deleted_.contains(thing.Remote()) &&
+        !store_->IsDuplicate(thing.Remote()) && !store_->IsTargetInUse(target)) {
+      Say("added " + thing.Remote());
+      Add(thing, target);
     }
   }
+
+  void AddAny() { AddForUser(things_[dice_() % things_.size()]); }
 
   TaskPointer AnyUserTask() {
     std::vector<TaskId> ids;
@@ -160,7 +188,7 @@ class KilledClient : private EngineEvents {
     const TaskPointer task = AnyUserTask();
     const auto what = static_cast<std::uint32_t>(dice_() % 400);
     if (what < 12 || !task) {
-      AddUserFile(static_cast<int>(dice_() % kUserFiles));
+      AddAny();
     } else if (what < 20) {
       store_->Pause(task->id);
       context_->schedulerWake.Set();
@@ -171,9 +199,32 @@ class KilledClient : private EngineEvents {
       context_->schedulerWake.Set();
     } else if (what == 39 && task->record->state != TransferState::Finished) {
       deleted_.insert(task->record->RemotePath());
-      Say("deleted " + task->record->RemotePath());
+      Say("removed " + task->record->RemotePath());
       store_->RemoveTask(task->id);
     }
+  }
+
+  void DoSomethingOfSoak() {
+    const TaskPointer task = AnyUserTask();
+    const auto what = static_cast<std::uint32_t>(dice_() % 100);
+    if (what < 30 || !task) {
+      AddAny();
+    } else if (what < 40) {
+      store_->Pause(task->id);
+    } else if (what < 80) {
+      const TransferState state = task->record->state;
+      if (state == TransferState::Stopped || state == TransferState::Failed) {
+        store_->Resume(task->id);
+      }
+    } else if (what < 90) {
+      Say("removed " + task->record->RemotePath());
+      if (what < 84) {
+        store_->Redo(task->id);
+      } else {
+        store_->RemoveTask(task->id, TaskStore::LocalFiles::Remove);
+      }
+    }
+    context_->schedulerWake.Set();
   }
 
   bool AllFinished() const {
@@ -185,6 +236,8 @@ class KilledClient : private EngineEvents {
   }
 
   const std::string folder_;
+  const bool soak_;
+  const Things things_;
   std::minstd_rand dice_;
   LaunchState launch_;
   FileService service_;
@@ -196,23 +249,28 @@ class KilledClient : private EngineEvents {
   std::shared_ptr<SchedulerContext> context_ = std::make_shared<SchedulerContext>();
   std::optional<TaskStore> store_;
   std::optional<Scheduler> scheduler_;
-  std::set<std::string> deleted_;  // never added again: an old save may still be on its way
+  // Never added again, as what they left on disk stays. Not used by the soak.
+  std::set<std::string> deleted_;
   TaskListSaver saver_;
 };
 
 }  // namespace
 }  // namespace updown::demo
 
+using updown::demo::endWanted;
+using updown::demo::KilledClient;
+
 int main(int argc, char** argv) {
-  if (argc != 3) {
+  if (argc != 4) {
     return 2;
   }
+  signal(SIGTERM, [](int) { endWanted = 1; });
   const auto seed = static_cast<std::uint32_t>(std::strtoul(argv[2], nullptr, 10));
-  updown::demo::KilledClient client(argv[1], seed);
+  KilledClient client(argv[1], seed, std::string(argv[3]) == "soak");
   client.Start();
-  if (seed != 0) {
-    client.RunUntilKilled();
-    return 0;
+  if (seed == 0) {
+    return client.Finish() ? 0 : 1;
   }
-  return client.Finish() ? 0 : 1;
+  client.RunUntilTold();
+  return client.End() ? 0 : 1;
 }

@@ -11,11 +11,13 @@
 #include "app/earlier_data.h"
 #include "app/launch_identity.h"
 #include "app/launch_variables.h"
+#include "app/session_bus.h"
 #include "platform/debug_stream.h"
 #include "platform/qt/text.h"
 #include "platform/unique_fd.h"
 #include "resources/qt/texts.h"
 #include "resources/texts.h"
+#include "widgets/accessibility.h"
 #include "widgets/icons.h"
 #include "widgets/message_boxes.h"
 
@@ -71,6 +73,7 @@ bool Application::Start() {
     return false;
   }
   TranslateToolkit();
+  InstallAccessibility();
   QGuiApplication::setDesktopFileName(u"net.updown.UpDown"_qs);
   QApplication::setWindowIcon(LoadIcon(Icon::Program));
   QApplication::setQuitOnLastWindowClosed(false);
@@ -154,6 +157,7 @@ int RunUpDown(int argc, char** argv, const Preparation& prepare) {
   if (AnswerOnly(arguments)) {
     return EXIT_SUCCESS;
   }
+  LeaveOutSilentBus();
   // The toolkit's own options are none of the program's.
   int ownName = argc > 0 ? 1 : 0;
   const QApplication application(ownName, argv);

@@ -1,13 +1,13 @@
 #include "app/downloads.h"
 
 #include <QDir>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QStandardPaths>
+#include <algorithm>
 #include <utility>
 
 #include "engine/result_texts.h"
-#include "localdata/file_names.h"
+#include "platform/folders.h"
 #include "platform/qt/text.h"
 #include "resources/qt/texts.h"
 #include "service/result_codes.h"
@@ -39,22 +39,40 @@ TaskDraft Downloads::DraftOf(const std::string& name, const std::string& path) c
   return {name, path, launch_.serverName, launch_.serverPort};
 }
 
-std::optional<std::string> Downloads::AskForTarget(const std::string& displayName) {
-  QFileDialog dialog(&owner_, Text(StringId::Save),
-                     saveFolder_.isEmpty() ? FirstSaveFolder() : saveFolder_, AllFilesFilter());
-  dialog.setObjectName(u"saveDialog"_qs);
-  dialog.setAcceptMode(QFileDialog::AcceptSave);
-  dialog.setFileMode(QFileDialog::AnyFile);
-  dialog.selectFile(FromUtf8(displayName));
+std::optional<std::string> Downloads::RunDialog(QFileDialog& dialog, const QString& name) {
+  dialog.setObjectName(name);
+  dialog.setDirectory(saveFolder_.isEmpty() ? FirstSaveFolder() : saveFolder_);
   if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
     return std::nullopt;
   }
-  const QString path = dialog.selectedFiles().constFirst();
-  saveFolder_ = QFileInfo(path).absolutePath();
-  return ToUtf8(path);
+  return ToUtf8(dialog.selectedFiles().constFirst());
+}
+
+std::optional<std::string> Downloads::AskForTarget(const std::string& displayName) {
+  QFileDialog dialog(&owner_, Text(StringId::Save), {}, AllFilesFilter());
+  dialog.setAcceptMode(QFileDialog::AcceptSave);
+  dialog.setFileMode(QFileDialog::AnyFile);
+  dialog.selectFile(FromUtf8(displayName));
+  auto target = RunDialog(dialog, u"saveDialog"_qs);
+  if (target) {
+    saveFolder_ = QFileInfo(FromUtf8(*target)).absolutePath();
+  }
+  return target;
+}
+
+std::optional<std::string> Downloads::AskForFolder() {
+  QFileDialog dialog(&owner_, Text(StringId::SaveAllTitle));
+  dialog.setFileMode(QFileDialog::Directory);
+  dialog.setOption(QFileDialog::ShowDirsOnly);
+  auto folder = RunDialog(dialog, u"saveAllDialog"_qs);
+  if (folder) {
+    saveFolder_ = FromUtf8(*folder);
+  }
+  return folder;
 }
 
 bool Downloads::SaveFile(const std::string& name, const std::string& path) {
+  askedPath_ = path;
   const std::optional<std::string> target = AskForTarget(name);
   if (!target) {
     return false;
@@ -63,7 +81,36 @@ bool Downloads::SaveFile(const std::string& name, const std::string& path) {
     ShowNotice(&owner_, StringId::DuplicateTask);
     return true;
   }
-  const TaskPointer task = tasks_.AddDownload(DraftOf(name, path), *target, true);
+  return TakeAdded(tasks_.AddDownload(DraftOf(name, askedPath_), *target, true));
+}
+
+// Nothing but the task writes there: to delete or redo it removes the whole folder.
+std::string Downloads::NewFolderIn(const std::string& folder, const std::string& package) const {
+  const auto taken = [this](const std::string& path) {
+    const RecordList& records = tasks_.Records();
+    return PathExists(path) || tasks_.IsTargetInUse(path) ||
+           std::any_of(records.begin(), records.end(),
+                       [&path](const auto& record) { return record->LocalPath() == path; });
+  };
+  const std::string first = (folder == "/" ? "" : folder) + "/" + package;
+  std::string path = first;
+  for (int number = 2; taken(path); ++number) {
+    path = first + " (" + std::to_string(number) + ")";
+  }
+  return path;
+}
+
+bool Downloads::SavePackage(const std::string& package) {
+  askedPath_ = "/" + package;
+  const std::optional<std::string> folder = AskForFolder();
+  if (!folder) {
+    return false;
+  }
+  const std::string name = askedPath_.substr(1);
+  return TakeAdded(tasks_.AddFolderDownload(DraftOf(name, askedPath_), NewFolderIn(*folder, name)));
+}
+
+bool Downloads::TakeAdded(const TaskPointer& task) {
   if (!task) {
     // A path that the task list cannot hold.
     TellBox(&owner_, ToQString(ResultBoxText(result::kFileOpen)), u" "_qs, BoxIcon::Exclamation);
@@ -77,11 +124,7 @@ bool Downloads::SaveFile(const std::string& name, const std::string& path) {
 bool Downloads::FetchHeader(const std::string& package, const std::string& file) {
   const std::string target = cache_.BeginFetch(file);
   const std::string path = "/" + package + "/" + file;
-  if (target.empty() || !tasks_.AddDownload(DraftOf(file, path), target, false)) {
-    return false;
-  }
-  context_->schedulerWake.Set();
-  return true;
+  return !target.empty() && tasks_.AddDownload(DraftOf(file, path), target, false);
 }
 
 std::optional<Downloads::EndedHeader> Downloads::TakeHeader(const TransferTask& task) {
@@ -103,7 +146,11 @@ void Downloads::RestoreTasks() {
 }
 
 void Downloads::FollowRename(const std::string& package, const std::string& newName) {
-  const std::vector<TaskId> moved = tasks_.FollowRename("/" + package, "/" + newName);
+  const std::string folder = "/" + package;
+  if (askedPath_ == folder || askedPath_.starts_with(folder + "/")) {
+    askedPath_.replace(0, folder.size(), "/" + newName);
+  }
+  const std::vector<TaskId> moved = tasks_.FollowRename(folder, "/" + newName);
   for (const TaskId task : moved) {
     Q_EMIT TaskMoved(task);
   }
@@ -118,12 +165,12 @@ void Downloads::PauseTask(TaskId task) {
 }
 
 void Downloads::ResumeTask(TaskId task) {
-  tasks_.Resume(task);
+  TellUnlessDone(tasks_.Resume(task));
   TasksChanged();
 }
 
 void Downloads::RedoTask(TaskId task) {
-  tasks_.Redo(task);
+  TellUnlessDone(tasks_.Redo(task));
   TasksChanged();
 }
 
@@ -132,10 +179,14 @@ void Downloads::DeleteTask(TaskId task) {
   TasksChanged();
 }
 
-void Downloads::TasksChanged() {
-  context_->schedulerWake.Set();
-  Q_EMIT SaveNeeded();
+// Another task has the same target.
+void Downloads::TellUnlessDone(bool done) {
+  if (!done) {
+    ShowNotice(&owner_, StringId::DuplicateTask);
+  }
 }
+
+void Downloads::TasksChanged() { Q_EMIT SaveNeeded(); }
 
 bool Downloads::IsDuplicate(const std::string& path) const { return tasks_.IsDuplicate(path); }
 

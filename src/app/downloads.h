@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QFileDialog>
 #include <QObject>
 #include <QString>
 #include <QWidget>
@@ -49,6 +50,7 @@ class Downloads : public QObject,
   bool StreamLimitReached() const override { return tasks_.StreamLimitReached(); }
   bool IsDuplicate(const std::string& path) const override;
   bool SaveFile(const std::string& name, const std::string& path) override;
+  bool SavePackage(const std::string& package) override;
 
   TaskPointer Find(TaskId task) const override { return tasks_.Find(task); }
   bool IsTargetInUse(const std::string& localPath) const override {
@@ -67,16 +69,22 @@ class Downloads : public QObject,
 
  private:
   TaskDraft DraftOf(const std::string& name, const std::string& path) const;
-  // The scheduler looks again, and the list is stored: what the user has said outlives a crash.
+  void TellUnlessDone(bool done);
+  // The list is stored: what the user has said outlives a crash.
   void TasksChanged();
   std::optional<std::string> AskForTarget(const std::string& displayName);
+  std::optional<std::string> AskForFolder();
+  std::optional<std::string> RunDialog(QFileDialog& dialog, const QString& name);
+  std::string NewFolderIn(const std::string& folder, const std::string& package) const;
+  bool TakeAdded(const TaskPointer& task);
 
   const LaunchState& launch_;
   const PackageCache& cache_;
   const std::shared_ptr<SchedulerContext> context_;
   QWidget& owner_;
   TaskStore tasks_;
-  QString saveFolder_;  // where the last target was chosen
+  QString saveFolder_;     // where the last target was chosen
+  std::string askedPath_;  // on the service, of what a dialog asks for; follows renames
 };
 
 }  // namespace updown

@@ -2,10 +2,14 @@
 
 #include <arpa/inet.h>
 
+#include <charconv>
+#include <cstdint>
 #include <cstdlib>
 #include <string_view>
+#include <system_error>
 
 #include "app/launch_identity.h"
+#include "engine/scheduler_context.h"
 #include "platform/environment.h"
 #include "wire/text_coding.h"
 
@@ -59,6 +63,17 @@ std::vector<LaunchFault> FindLaunchFaults() {
     }
   }
   return faults;
+}
+
+std::chrono::milliseconds ReadBlockPace() {
+  constexpr std::size_t kMostDigits = 16;
+  constexpr std::uint32_t kMostPace = 3600000;
+  const std::string text = ReadVariable(kVariableBlockPace, kMostDigits).value_or("");
+  std::uint32_t pace = 0;
+  const char* const end = text.data() + text.size();
+  const auto [rest, error] = std::from_chars(text.data(), end, pace);
+  return error == std::errc() && rest == end && pace <= kMostPace ? std::chrono::milliseconds(pace)
+                                                                  : kPace;
 }
 
 }  // namespace updown

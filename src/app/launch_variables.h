@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -12,5 +13,9 @@ struct LaunchFault {
   bool missing;  // else it is there and cannot be used
 };
 std::vector<LaunchFault> FindLaunchFaults();
+
+// From the request of one block to that of the next of the same file: milliseconds, 0 for no
+// waiting. What is no number, or more than an hour, changes nothing.
+std::chrono::milliseconds ReadBlockPace();
 
 }  // namespace updown

@@ -3,19 +3,21 @@
 #include <QCloseEvent>
 #include <QDeadlineTimer>
 #include <QGuiApplication>
-#include <QShortcut>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <chrono>
 
 #include "app/about_box.h"
+#include "app/launch_variables.h"
 #include "app/login_prompt.h"
 #include "app/pane_layout.h"
+#include "app/state_path.h"
 #include "app/task_list_path.h"
 #include "engine/kept_tasks.h"
 #include "engine/posted_events.h"
 #include "engine/result_texts.h"
 #include "localdata/tasklist.h"
-#include "platform/environment.h"
+#include "platform/folders.h"
 #include "platform/qt/text.h"
 #include "platform/text.h"
 #include "resources/qt/texts.h"
@@ -27,27 +29,17 @@ namespace {
 
 constexpr QSize kFirstSize{960, 720};
 constexpr int kFirstListingDelay = 100;  // ms: the window is on the screen by then
-constexpr int kTreeWidth = 200;          // when the keyboard opens it
+constexpr int kTreeWidth = 200;          // when the keyboard opens it, at most half the window
+constexpr int kLeastLines = 4;           // of list and form, however low the window is
 // With the windows' own end this keeps the whole exit below two seconds.
 constexpr std::chrono::milliseconds kStopLimit{1500};
-
-// What is no number, or more than an hour, changes nothing.
-std::chrono::milliseconds PaceFromEnvironment() {
-  constexpr std::size_t kMostBytes = 16;
-  constexpr std::int32_t kMostPace = 3600000;
-  const auto text = ReadVariable(kVariableBlockPace, kMostBytes);
-  if (!text || text->empty() || text->find_first_not_of("0123456789") != std::string::npos) {
-    return kPace;
-  }
-  const std::int32_t pace = LeadingNumber(*text);
-  return pace < 0 || pace > kMostPace ? kPace : std::chrono::milliseconds(pace);
-}
+constexpr std::chrono::milliseconds kLastWait{100};  // for what has had that time already
 
 std::shared_ptr<SchedulerContext> MakeContext(const FileService& service) {
   auto context = std::make_shared<SchedulerContext>();
   context->queue = std::make_shared<TaskQueue>();
   context->service = &service;
-  context->pace = PaceFromEnvironment();
+  context->pace = ReadBlockPace();
   return context;
 }
 
@@ -66,7 +58,8 @@ MainWindow::MainWindow(const LaunchState& launch, FileService& service,
           },
           [context = context_] { context->schedulerWake.Set(); }),
       downloads_(launch, cache_, context_, *this),
-      area_(session_, downloads_, cache_, launch),
+      area_(session_, downloads_, cache_, launch,
+            StatePath(launch.identityHash + ".seen").value_or("")),
       commands_(area_, downloads_, this),
       keeper_(TaskListPath(launch.identityHash),
               [this] { return KeptRecords(Tasks().Records(), cache_); }) {
@@ -74,11 +67,11 @@ MainWindow::MainWindow(const LaunchState& launch, FileService& service,
   LoadStoredTasks();
   ConnectEngine();
   ConnectArea();
+  ConnectNotifications();
   setWindowTitle(Text(StringId::FrameTitle));
   setAccessibleName(windowTitle());
   setWindowIcon(LoadIcon(Icon::Program));
   resize(kFirstSize);
-  MakeShortcuts();
   CreatePanes();
 }
 
@@ -116,32 +109,27 @@ void MainWindow::ConnectArea() {
   connect(&area_, &PackageArea::PackageRenamed, &downloads_, &Downloads::FollowRename);
   connect(&commands_, &PackageCommands::TransfersWanted, this, &MainWindow::ShowStatus);
   connect(qGuiApp, &QGuiApplication::applicationStateChanged, &area_,
-          [this](Qt::ApplicationState state) { area_.SetActive(state == Qt::ApplicationActive); });
-}
-
-void MainWindow::MakeShortcuts() {
-  const auto* about = new QShortcut(QKeySequence(Qt::Key_F1), this);
-  connect(about, &QShortcut::activated, this, [this] { ShowAboutBox(this); });
-  const auto* refresh = new QShortcut(QKeySequence(Qt::Key_F5), this);
-  connect(refresh, &QShortcut::activated, &area_, [this] { area_.Refresh(AskedBy::Person); });
-  const auto* tree = new QShortcut(QKeySequence(Qt::Key_F6), this);
-  connect(tree, &QShortcut::activated, this, &MainWindow::GoToTreeOrBack);
-  const auto* cancel = new QShortcut(QKeySequence(Qt::Key_Escape), this);
-  connect(cancel, &QShortcut::activated, &area_, &PackageArea::Cancel);
+          [this](Qt::ApplicationState state) {
+            const bool active = state == Qt::ApplicationActive;
+            area_.SetActive(active);
+            notifications_.SetActive(active);
+          });
 }
 
 void MainWindow::CreatePanes() {
   WatchForSecondStart();
-  outer_ = std::make_unique<CMySplitter>(Qt::Horizontal);
-  tree_ = new PackageTree(area_);
-  inner_ = new CMySplitter(Qt::Vertical);
-  list_ = new PackageList(area_, ToQString(AnsiToWide(launch_.serverName, launch_.CodePage())));
-  form_ = new PackageForm(area_);
+  outer_ = std::make_unique<QSplitter>(Qt::Horizontal);
+  tree_ = new PackageTree(area_, commands_);
+  inner_ = new QSplitter(Qt::Vertical);
+  packages_ = new PackagePane(area_, commands_,
+                              ToQString(AnsiToWide(launch_.serverName, launch_.CodePage())));
+  list_ = &packages_->List();
+  form_ = new PackageForm(area_, commands_);
   outer_->setObjectName(u"outerSplitter"_qs);
   outer_->setAccessibleName(windowTitle());
   inner_->setObjectName(u"innerSplitter"_qs);
   inner_->setAccessibleName(list_->accessibleName());
-  inner_->addWidget(list_);
+  inner_->addWidget(packages_);
   inner_->addWidget(form_);
   outer_->addWidget(tree_);
   outer_->addWidget(inner_);
@@ -157,16 +145,14 @@ void MainWindow::CreatePanes() {
   LayOutPanes();
   ConnectPanes();
   downloads_.RestoreTasks();
-  statusWindow_ = std::make_unique<CTransferStatusDlg>(downloads_, SystemTicks());
+  statusWindow_ = std::make_unique<TransferWindow>(downloads_, SystemTicks());
+  ConnectActions();
+  restored_ = state_.Restore(*this);
+  state_.Restore(*statusWindow_);
   list_->setFocus(Qt::OtherFocusReason);
 }
 
 void MainWindow::ConnectPanes() {
-  const AttachmentList& files = form_->Attachments();
-  connect(list_, &PackageList::DeleteWanted, &commands_, &PackageCommands::DeletePackage);
-  connect(&files, &AttachmentList::SaveWanted, &commands_, &PackageCommands::SaveFile);
-  connect(&files, &AttachmentList::DeleteWanted, &commands_, &PackageCommands::DeleteFile);
-  connect(&files, &AttachmentList::TransfersWanted, this, &MainWindow::ShowStatus);
   connect(&area_, &PackageArea::Failed, notices_, [this](quint32 report) {
     notices_->SetNotice(NoticeBar::Source::Service, ToQString(ResultBoxText(report)));
   });
@@ -175,7 +161,26 @@ void MainWindow::ConnectPanes() {
   connect(notices_, &NoticeBar::TryAgain, &area_, [this] { area_.Refresh(AskedBy::Person); });
 }
 
+QList<QWidget*> MainWindow::Panes() const { return {list_, tree_, &form_->Attachments()}; }
+
+void MainWindow::ConnectActions() {
+  connect(actions_.refresh, &QAction::triggered, &area_,
+          [this] { area_.Refresh(AskedBy::Person); });
+  connect(actions_.find, &QAction::triggered, packages_, &PackagePane::Find);
+  connect(actions_.folderTree, &QAction::triggered, this, &MainWindow::GoToTreeOrBack);
+  connect(actions_.transfers, &QAction::triggered, this, &MainWindow::ShowStatus);
+  connect(actions_.help, &QAction::triggered, this, &MainWindow::ShowHelp);
+  connect(actions_.cancel, &QAction::triggered, &area_, &PackageArea::Cancel);
+  for (QWidget* pane : Panes()) {
+    actions_.AddTo(*pane);
+  }
+  statusWindow_->addActions({actions_.transfers, actions_.help});
+}
+
 void MainWindow::LayOutPanes() {
+  for (QWidget* pane : {static_cast<QWidget*>(list_), static_cast<QWidget*>(form_)}) {
+    pane->setMinimumHeight(kLeastLines * pane->fontMetrics().lineSpacing());
+  }
   const PaneHeights heights = PaneHeightsOf(height());
   outer_->setStretchFactor(0, 0);
   outer_->setStretchFactor(1, 1);
@@ -192,17 +197,19 @@ void MainWindow::GoToTreeOrBack() {
     return;
   }
   if (outer_->sizes().constFirst() == 0) {
-    outer_->setSizes({kTreeWidth, outer_->width() - kTreeWidth});
+    const int width = std::min(kTreeWidth, outer_->width() / 2);
+    outer_->setSizes({width, outer_->width() - width});
   }
   tree_->setFocus(Qt::ShortcutFocusReason);
 }
 
 void MainWindow::showEvent(QShowEvent* event) {
   QMainWindow::showEvent(event);
-  // Before it is shown a splitter knows no size of its own to divide.
-  if (!laidOut_) {
-    laidOut_ = true;
-    LayOutPanes();
+  if (!onScreen_) {
+    onScreen_ = true;
+    if (!restored_) {
+      LayOutPanes();  // before it is shown a splitter knows no size of its own to divide
+    }
     firstListing_.start(kFirstListingDelay, this);
   }
 }
@@ -234,8 +241,19 @@ void MainWindow::Raise() {
 
 void MainWindow::closeEvent(QCloseEvent* event) {
   event->accept();
-  hide();
+  LeaveScreen();
   Q_EMIT Closed();
+}
+
+void MainWindow::LeaveScreen() {
+  if (isVisible()) {
+    state_.Take(*this);
+    state_.Take(*statusWindow_);
+  }
+  hide();
+  if (statusWindow_) {
+    statusWindow_->hide();
+  }
 }
 
 bool MainWindow::ShutDown() {
@@ -244,10 +262,9 @@ bool MainWindow::ShutDown() {
   }
   secondStart_.reset();
   firstListing_.stop();
-  hide();
-  if (statusWindow_) {
-    statusWindow_->hide();
-  }
+  LeaveScreen();
+  state_.BeginSave();
+  notifications_.BeginEnd();
   keeper_.BeginEnd();
   mainThread_.Close();
   const QDeadlineTimer deadline(kStopLimit);
@@ -259,6 +276,8 @@ bool MainWindow::ShutDown() {
     cache_.RemoveUnfinished();
   }
   keeper_.WaitForEnd();
+  const bool told = notifications_.WaitForEnd(kLastWait);
+  threadsEnded_ = state_.WaitForEnd() && told && *threadsEnded_;
   Tasks().Clear();
   statusWindow_.reset();
   return *threadsEnded_;
@@ -266,10 +285,33 @@ bool MainWindow::ShutDown() {
 
 void MainWindow::ShowStatus() {
   if (statusWindow_) {
-    statusWindow_->showNormal();
-    statusWindow_->raise();
-    statusWindow_->activateWindow();
+    statusWindow_->BringForward();
   }
+}
+
+// A pane's own commands stand in front of those of the window.
+void MainWindow::ShowHelp() {
+  QList<HelpKeys> keys{HelpKeys(Text(StringId::HelpEverywhere), actions())};
+  QList<QWidget*> lists = Panes();
+  lists.append(statusWindow_->findChild<RowListView*>());
+  for (const QWidget* list : lists) {
+    QList<QAction*> own = list->actions();
+    own.removeIf([this](QAction* action) { return actions().contains(action); });
+    if (HelpKeys ofList(list->accessibleName(), own); !ofList.rows.isEmpty()) {
+      keys.append(ofList);
+    }
+  }
+  HelpKeys all(Text(StringId::HelpAllLists), {});
+  all.Add({Qt::Key_Menu, Qt::SHIFT | Qt::Key_F10}, Text(StringId::HelpMenuKey));
+  keys.append(all);
+  HelpKeys others(Text(StringId::HelpOtherWindows), {actions_.transfers, actions_.help});
+  others.Add({Qt::CTRL | Qt::Key_W, Qt::Key_Escape}, Text(StringId::HelpCloseKey));
+  keys.append(others);
+  if (help_ == nullptr) {
+    help_ = new HelpWindow(this);
+    help_->addActions({actions_.transfers, actions_.help});
+  }
+  help_->Open(keys);
 }
 
 }  // namespace updown

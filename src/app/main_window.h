@@ -3,24 +3,28 @@
 #include <QBasicTimer>
 #include <QMainWindow>
 #include <QSocketNotifier>
+#include <QSplitter>
 #include <memory>
 #include <optional>
 
+#include "app/desktop_notifications.h"
 #include "app/downloads.h"
+#include "app/help_window.h"
 #include "app/task_list_keeper.h"
+#include "app/window_actions.h"
+#include "app/window_state.h"
 #include "engine/engine_events.h"
 #include "engine/scheduler.h"
 #include "engine/session.h"
 #include "packages/package_area.h"
 #include "packages/package_commands.h"
 #include "packages/package_form.h"
-#include "packages/package_list.h"
+#include "packages/package_pane.h"
 #include "packages/package_tree.h"
 #include "platform/instance_event.h"
 #include "platform/qt/main_thread.h"
-#include "transfers/transfer_status_dlg.h"
+#include "transfers/transfer_window.h"
 #include "widgets/notice_bar.h"
-#include "widgets/splitters.h"
 
 namespace updown {
 
@@ -59,14 +63,18 @@ class MainWindow final : public QMainWindow, private EngineEvents {
   void LoadStoredTasks();
   void ConnectEngine();
   void ConnectArea();
-  void MakeShortcuts();
+  void ConnectNotifications();
   void CreatePanes();
   void ConnectPanes();
+  void ConnectActions();
+  QList<QWidget*> Panes() const;  // those with a menu
   void LayOutPanes();
   void GoToTreeOrBack();
   void WatchForSecondStart();
   void Raise();
+  void LeaveScreen();
   void ShowStatus();
+  void ShowHelp();
   Session::Post PostToMain();
 
   void TaskStarted(TaskId task) noexcept override;
@@ -74,6 +82,7 @@ class MainWindow final : public QMainWindow, private EngineEvents {
   void TaskWaiting(TaskId task) noexcept override;
   void TaskEnded(TaskId task, const TransferResult& result) noexcept override;
   void SaveNeeded() noexcept override;
+  void NotifyOfEnd(const TransferRecord& record, const TransferResult& result);
   void OnSavingChanged(int error);
   void ShowAddedTask(TaskId task);
   void ShowRestoredTask(TaskId task);
@@ -93,17 +102,24 @@ class MainWindow final : public QMainWindow, private EngineEvents {
   PackageCommands commands_;
   std::unique_ptr<Scheduler> scheduler_;
 
+  WindowActions actions_{*this};
+  HelpWindow* help_ = nullptr;  // null until it is asked for
   NoticeBar* notices_ = nullptr;
-  std::unique_ptr<CMySplitter> outer_;  // tree, and beside it the inner one
-  CMySplitter* inner_ = nullptr;        // list above form; panes belong to their splitter
+  std::unique_ptr<QSplitter> outer_;  // tree, and beside it the inner one
+  QSplitter* inner_ = nullptr;        // list above form; panes belong to their splitter
   PackageTree* tree_ = nullptr;
-  PackageList* list_ = nullptr;
+  PackagePane* packages_ = nullptr;
+  PackageList* list_ = nullptr;  // inside it
   PackageForm* form_ = nullptr;
-  std::unique_ptr<CTransferStatusDlg> statusWindow_;
+  std::unique_ptr<TransferWindow> statusWindow_;
 
+  DesktopNotifications notifications_;
   QBasicTimer firstListing_;
+  bool listedOnce_ = false;
   std::optional<QSocketNotifier> secondStart_;
-  bool laidOut_ = false;
+  WindowState state_;
+  bool restored_ = false;  // the panes have the sizes that they had at the last end
+  bool onScreen_ = false;
   std::optional<bool> threadsEnded_;  // set by ShutDown
   TaskListKeeper keeper_;
 };

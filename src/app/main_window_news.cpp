@@ -1,4 +1,6 @@
 #include "app/main_window.h"
+#include "engine/result_texts.h"
+#include "platform/qt/text.h"
 #include "resources/qt/texts.h"
 
 // What the engine tells, on the main thread.
@@ -17,17 +19,17 @@ void MainWindow::TellStatus(News news) {
 
 void MainWindow::TaskStarted(TaskId task) noexcept {
   if (downloads_.Find(task)) {
-    TellStatus([task](CTransferStatusDlg& status) { status.ShowStarted(task); });
+    TellStatus([task](TransferWindow& status) { status.ShowStarted(task); });
   }
 }
 
 void MainWindow::BlockDone(TaskId task) noexcept {
   keeper_.BlockDone();
-  TellStatus([task](CTransferStatusDlg& status) { status.ShowBlock(task); });
+  TellStatus([task](TransferWindow& status) { status.ShowBlock(task); });
 }
 
 void MainWindow::TaskWaiting(TaskId task) noexcept {
-  TellStatus([task](CTransferStatusDlg& status) { status.ShowWaiting(task); });
+  TellStatus([task](TransferWindow& status) { status.ShowWaiting(task); });
 }
 
 void MainWindow::TaskEnded(TaskId task, const TransferResult& result) noexcept {
@@ -35,9 +37,40 @@ void MainWindow::TaskEnded(TaskId task, const TransferResult& result) noexcept {
   if (!ended) {
     return;
   }
-  TellStatus([task, result](CTransferStatusDlg& status) { status.ShowEnded(task, result); });
+  TellStatus([task, result](TransferWindow& status) { status.ShowEnded(task, result); });
+  if (ended->record) {
+    NotifyOfEnd(*ended->record, result);
+  }
   if (const auto header = downloads_.TakeHeader(*ended)) {
     area_.HeaderEnded(header->file, header->arrived);
+  }
+}
+
+void MainWindow::ConnectNotifications() {
+  connect(&notifications_, &DesktopNotifications::Clicked, this, [this](NotificationKind kind) {
+    kind == NotificationKind::Packages ? Raise() : ShowStatus();
+  });
+  // What the first listing brings is no news.
+  connect(&area_, &PackageArea::ConnectionChanged, this, [this] {
+    if (area_.Refreshing() && area_.State() == PackageArea::Connection::There) {
+      listedOnce_ = true;
+    }
+  });
+  connect(&area_, &QAbstractItemModel::rowsInserted, this,
+          [this](const QModelIndex& /*parent*/, int first, int last) {
+            for (int row = first; listedOnce_ && row <= last; ++row) {
+              notifications_.PackageCame(FromUtf8(area_.NameAt(area_.index(row, 0, area_.Root()))));
+            }
+          });
+}
+
+void MainWindow::NotifyOfEnd(const TransferRecord& record, const TransferResult& result) {
+  const bool failed = record.state == TransferState::Failed;
+  if (record.keepAcrossRestart != 0 && (failed || record.state == TransferState::Finished)) {
+    const std::string target = record.Paths().localPath;
+    const QString why =
+        failed ? ToQString(ResultRowText(result.code, result.systemError)) : QString();
+    notifications_.TransferEnded(FromUtf8(target.substr(target.rfind('/') + 1)), why);
   }
 }
 
@@ -55,13 +88,14 @@ void MainWindow::OnSavingChanged(int error) {
 
 void MainWindow::ShowAddedTask(TaskId task) {
   if (statusWindow_) {
-    statusWindow_->showNormal();
-    TellStatus([task](CTransferStatusDlg& status) { status.AddRow(task); });
+    statusWindow_->setWindowState(statusWindow_->windowState() & ~Qt::WindowMinimized);
+    statusWindow_->show();
+    TellStatus([task](TransferWindow& status) { status.AddRow(task); });
   }
 }
 
 void MainWindow::ShowMovedTask(TaskId task) {
-  TellStatus([task](CTransferStatusDlg& status) { status.ShowPaths(task); });
+  TellStatus([task](TransferWindow& status) { status.ShowPaths(task); });
 }
 
 void MainWindow::ShowRestoredTask(TaskId task) {
@@ -71,7 +105,7 @@ void MainWindow::ShowRestoredTask(TaskId task) {
         statusWindow_->show();  // a window manager is not told of a hidden window's states
       }
       statusWindow_->showMinimized();
-      TellStatus([task](CTransferStatusDlg& status) { status.AddRow(task); });
+      TellStatus([task](TransferWindow& status) { status.AddRow(task); });
     }
   });
 }

@@ -9,10 +9,10 @@ TransferResult FileTransfers::Move(TransferRecord& record) {
   nextBlock_.reset();
   for (;;) {
     next_ = Next::Nothing;
-    TransferResult result = RunTaskTransfer(*context_.service, task_.serverName,
-                                            static_cast<std::uint16_t>(task_.serverPort),
-                                            key_.sessid, record, this, run_.Sockets());
-    run_.EndBlock();
+    TransferResult result = RunTaskTransfer(
+        *context_.service, task_.serverName, static_cast<std::uint16_t>(task_.serverPort),
+        key_.sessid, record, this, run_.Sockets(), context_.silence);
+    EndBlock();
     if (next_ == Next::Nothing) {
       return result;
     }
@@ -37,16 +37,23 @@ ListingAnswer FileTransfers::List(const std::string& path) {
 }
 
 bool FileTransfers::BeforeBlock(TransferRecord& /*record*/) {
-  if (nextBlock_ && !run_.WaitUntil(*nextBlock_)) {
+  if ((nextBlock_ && !run_.WaitUntil(*nextBlock_)) || givesWay_()) {
     return false;
   }
   nextBlock_ = TaskRun::Clock::now() + context_.pace;
-  return run_.BeginBlock();
+  inBlock_ = run_.BeginBlock();
+  return inBlock_;
+}
+
+void FileTransfers::EndBlock() {
+  if (std::exchange(inBlock_, false)) {
+    run_.EndBlock();
+  }
 }
 
 void FileTransfers::BlockDone(TransferRecord& record) {
-  run_.EndBlock();
-  moved_ = true;
+  EndBlock();
+  run_.NoteBlock();
   renewed_ = false;
   waited_ = 0;
   if (record.keepAcrossRestart != 0) {  // else no row shows it, and no list stores it
@@ -61,7 +68,7 @@ bool FileTransfers::TriesAgain(const TransferResult& failure) {
   }
   if (failure.code == result::kAuthentication && !renewed_) {
     next_ = Next::Renew;
-  } else if (failure.code == result::kConnection && moved_ &&
+  } else if (failure.code == result::kConnection && run_.HasMoved() &&
              waited_ < context_.reconnectDelays.size()) {
     next_ = Next::Reconnect;
   }

@@ -1,22 +1,33 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <optional>
+#include <utility>
 
-#include "engine/scheduler.h"
+#include "engine/scheduler_context.h"
 #include "service/operations.h"
 
 namespace updown {
 
-// Moves the files of one run of a task, each over as many connections as it takes: the pace, the
-// renewal of a session that the service has forgotten, and new connections for those that were
-// lost. Lives on its worker's thread.
+// Moves files of one run of a task, one after the other, each over as many connections as it takes:
+// the pace, the renewal of a session that the service has forgotten, and new connections for those
+// that were lost. Lives on its worker's thread.
 class FileTransfers final : private TransferProgress {
  public:
-  FileTransfers(SchedulerContext& context, const TransferTask& task, TaskRun& run)
-      : context_(context), task_(task), run_(run), key_(context.session->Key()) {}
+  // Asked before each block: true leaves the file where it stands.
+  using GivesWay = std::function<bool()>;
 
-  // How it ended; the record's state tells the same.
+  FileTransfers(
+      SchedulerContext& context, const TransferTask& task, TaskRun& run,
+      GivesWay givesWay = [] { return false; })
+      : context_(context),
+        task_(task),
+        run_(run),
+        givesWay_(std::move(givesWay)),
+        key_(context.session->Key()) {}
+
+  // How it ended; the record's state tells the same, and stays Queued when the file gave way.
   TransferResult Move(TransferRecord& record);
   // A folder's listing, with the same patience.
   ListingAnswer List(const std::string& path);
@@ -30,6 +41,7 @@ class FileTransfers final : private TransferProgress {
   void BlockDone(TransferRecord& record) override;
   bool TriesAgain(const TransferResult& failure) override;
 
+  void EndBlock();
   bool GoesOn();
   bool Renew();
   bool WaitToReconnect();
@@ -37,9 +49,10 @@ class FileTransfers final : private TransferProgress {
   SchedulerContext& context_;
   const TransferTask& task_;
   TaskRun& run_;
+  const GivesWay givesWay_;
   SessionKey key_;
-  bool renewed_ = false;    // and nothing has come since
-  bool moved_ = false;      // a block of this run has come
+  bool renewed_ = false;  // and nothing has come since
+  bool inBlock_ = false;
   std::size_t waited_ = 0;  // how often since the last block
   Next next_ = Next::Nothing;
   std::optional<TaskRun::Clock::time_point> nextBlock_;  // not before

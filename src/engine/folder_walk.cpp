@@ -1,8 +1,13 @@
 #include "engine/folder_walk.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdint>
+#include <exception>
 #include <utility>
 
+#include "engine/package.h"
+#include "engine/worker.h"
 #include "localdata/file_names.h"
 #include "localdata/files.h"
 #include "platform/folders.h"
@@ -11,18 +16,17 @@
 namespace updown {
 namespace {
 
-// A folder on both sides, each path ending in "/".
-struct WalkPlace {
-  std::string remote;
-  std::string local;
+// The header files of a package lie beside what it brings; people want the latter.
+bool IsOwnHeader(const std::string& folder, std::string_view name) {
+  return name == HeaderFileOf(folder, false) || name == HeaderFileOf(folder, true);
+}
 
-  bool Fits(std::string_view name) const {
-    return FitsPath(remote + std::string(name)) && FitsPath(local + std::string(name));
+std::string WithoutSlash(std::string path) {
+  if (path.ends_with('/')) {
+    path.pop_back();
   }
-  WalkPlace Inside(const std::string& name) const {
-    return {remote + name + "/", local + name + "/"};
-  }
-};
+  return path;
+}
 
 bool IsItselfOrParent(std::string_view name) { return name == "." || name == ".."; }
 
@@ -50,135 +54,335 @@ TransferResult ResultOf(const SessionResult& failed, const std::string& path) {
   return {noSession ? result::kAuthentication : -static_cast<int>(failed.report), 0, path};
 }
 
-// A child without a path has never stood for a file; a stopped one may have all of its file.
-bool ChildIsOutstanding(const TransferRecord& child) {
-  const bool complete =
-      child.state == TransferState::Stopped && child.totalBytes == child.doneBytes;
-  return !complete && !child.RemotePath().empty();
+// A record without a path stands for no file; a stopped one may have all of its file.
+bool IsHalfFetched(const TransferRecord& file) {
+  const bool complete = file.state == TransferState::Stopped && file.totalBytes == file.doneBytes;
+  return !complete && !file.RemotePath().empty();
 }
 
-class Walk {
- public:
-  Walk(TransferTask& task, FileTransfers& transfers) : task_(task), transfers_(transfers) {}
+}  // namespace
 
-  TransferResult Run();
-
- private:
-  void Folder(const WalkPlace& place);
-  void Entry(const WalkPlace& place, const DirectoryEntry& entry);
-  void File(const WalkPlace& place, const DirectoryEntry& entry);
-  void MoveChild();
-  bool ReadyChild();
-  void Fail(TransferResult failure);
-  bool Ended() const {
-    return ended_ || transfers_.Stopping() || task_.record->state == TransferState::Stopped;
-  }
-
-  TransferTask& task_;
-  FileTransfers& transfers_;
-  TransferResult first_;
-  bool ended_ = false;
-  bool listerGone_ = false;
-};
-
-TransferResult Walk::Run() {
-  const RecordPaths root = task_.record->Paths();
-  if (ChildIsOutstanding(*task_.childRecord) && ReadyChild()) {
-    MoveChild();
-  }
-  if (!Ended() && !MakeFolder(root.localPath)) {
-    Fail({result::kFileOpen, errno, root.localPath});
-  } else {
-    Folder({root.remotePath + "/", root.localPath + "/"});
-  }
-  const bool good = first_.code == result::kOk;
-  if (!listerGone_ && !transfers_.Stopping() &&
-      task_.record->SetStateUnlessStopped(good ? TransferState::Finished : TransferState::Failed)) {
-    task_.childRecord->state = good ? TransferState::Finished : TransferState::Failed;
-  }
-  return first_;
+bool FolderWalk::Place::Fits(std::string_view name) const {
+  return FitsPath(remote + std::string(name)) && FitsPath(local + std::string(name));
 }
 
-void Walk::Folder(const WalkPlace& place) {
-  if (Ended()) {
+FolderWalk::FolderWalk(SchedulerContext& context, TaskPointer task)
+    : context_(context), task_(std::move(task)), run_(task_->Run()) {
+  const RecordPaths root = task_->record->Paths();
+  const std::string path = WithoutSlash(root.remotePath);
+  ownName_ = path.substr(path.rfind('/') + 1);
+  top_ = root.remotePath + "/";
+  folders_.push_back({top_, root.localPath + "/"});
+  for (const Record& file : task_->Files()) {
+    if (IsHalfFetched(*file)) {
+      halfFetched_.push_back({file});
+    }
+  }
+  task_->WalkBegins();
+}
+
+std::size_t FolderWalk::WantedWorkers() const {
+  const std::lock_guard lock(mutex_);
+  return Ended() ? workers_ : Wanted();
+}
+
+// Listings come one at a time: a second worker would wait for them with nothing to do.
+std::size_t FolderWalk::Wanted() const {
+  const std::size_t files = halfFetched_.size() + files_.size();
+  const std::size_t listings = !folders_.empty() && listing_ == 0 ? 1 : 0;
+  return std::min(kWorkers, workers_ + std::max(files, listings));
+}
+
+void FolderWalk::Work() {
+  if (!Join()) {
     return;
   }
-  const ListingAnswer listing = transfers_.List(place.remote);
+  bool givesWay = false;
+  FileTransfers transfers(context_, *task_, *run_,
+                          [&] { return givesWay = givesWay || GivesWay(); });
+  for (;;) {
+    const Taken taken = Take(givesWay);
+    givesWay = false;
+    if (!taken.job) {
+      if (taken.last) {
+        Finish();
+      }
+      return;
+    }
+    try {
+      Do(*taken.job, transfers);
+    } catch (const std::exception&) {
+      End(ResultOfException());
+    }
+  }
+}
+
+bool FolderWalk::Join() {
+  const std::lock_guard lock(mutex_);
+  if (!over_) {
+    ++workers_;
+  }
+  return !over_;
+}
+
+// Looking for a job and leaving are one step: as long as a worker is there that may still bring
+// jobs, the last one has not left.
+FolderWalk::Taken FolderWalk::Take(bool givesWay) {
+  const std::lock_guard lock(mutex_);
+  Taken taken;
+  if (!givesWay || workers_ == 1) {
+    taken.job = NextJob();
+  }
+  if (!taken.job) {
+    --workers_;
+    over_ = workers_ == 0;
+    taken.last = over_;
+  }
+  if (const std::size_t before = std::exchange(wanted_, Wanted()); wanted_ > before) {
+    context_.schedulerWake.Set();
+  }
+  return taken;
+}
+
+std::optional<FolderWalk::Job> FolderWalk::NextJob() {
+  if (Ended()) {
+    return std::nullopt;
+  }
+  if (!halfFetched_.empty()) {
+    HalfFetched file = std::move(halfFetched_.front());
+    halfFetched_.pop_front();
+    taken_.push_back(file.record);
+    writing_[file.record->LocalPath()];
+    return file;
+  }
+  if (File file; TakeFile(file)) {
+    return file;
+  }
+  if (folders_.empty()) {
+    return std::nullopt;
+  }
+  Place place = std::move(folders_.front());
+  folders_.pop_front();
+  ++listing_;
+  return place;
+}
+
+bool FolderWalk::TakeFile(File& file) {
+  while (!files_.empty()) {
+    file = std::move(files_.front());
+    files_.pop_front();
+    const auto [writing, free] = writing_.try_emplace(file.paths.localPath);
+    if (free) {
+      failedBefore_.erase(file.paths.localPath);
+      ChooseRecord(file);
+      return true;
+    }
+    writing->second.push_back(std::move(file));
+  }
+  return false;
+}
+
+// The record that stands for the file already, else one that can be done without. No half fetched
+// file waits, so that of four records one is free.
+void FolderWalk::ChooseRecord(File& file) {
+  const auto records = task_->Files();
+  for (const Record& record : records) {
+    if (std::ranges::count(taken_, record) != 0) {
+      continue;
+    }
+    const std::string present = record->LocalPath();
+    file.halfFetched = present == file.paths.localPath;
+    if (file.halfFetched || !file.record || present.empty()) {
+      file.record = record;
+    }
+    if (file.halfFetched) {
+      break;
+    }
+  }
+  if (!file.record ||
+      (!file.halfFetched && !file.record->LocalPath().empty() && records.size() < kWorkers)) {
+    file.record = task_->AddFile();
+  }
+  taken_.push_back(file.record);
+}
+
+// One worker for each task that waits for one.
+bool FolderWalk::GivesWay() {
+  const std::lock_guard lock(mutex_);
+  return workers_ > 1 && context_.slotWanted.exchange(false);
+}
+
+// A run that was stopped, or for which nobody lists any more at the program's end, leaves the state
+// alone.
+void FolderWalk::Finish() {
+  if (first_.code == result::kOk && !failedBefore_.empty()) {
+    first_ = failedBefore_.begin()->second;
+  }
+  if (!ended_ && !run_->Stopping()) {
+    task_->WalkEnds();
+    ForgetWhatIsGone();
+  }
+  const auto state = first_.code == result::kOk ? TransferState::Finished : TransferState::Failed;
+  if (!listerGone_ && task_->record->SetStateUnlessStopped(state)) {
+    task_->childRecord->state = state;
+  }
+  EndTaskRun(context_, *task_, first_);
+}
+
+// Half fetched files that the service has no more: told once.
+void FolderWalk::ForgetWhatIsGone() {
+  for (const Record& file : task_->Files()) {
+    if (failedBefore_.contains(file->LocalPath())) {
+      file->StartFile({});
+    }
+  }
+}
+
+void FolderWalk::Do(const Job& job, FileTransfers& transfers) {
+  if (const auto* const half = std::get_if<HalfFetched>(&job)) {
+    Move(half->record, half->listed, transfers);
+  } else if (const auto* const file = std::get_if<File>(&job)) {
+    Fetch(*file, transfers);
+  } else {
+    List(std::get<Place>(job), transfers);
+  }
+}
+
+void FolderWalk::List(const Place& place, FileTransfers& transfers) {
+  ListingAnswer listing;
+  if (const std::string local = WithoutSlash(place.local); !MakeFolder(local)) {
+    Fail({result::kFileOpen, errno, local});
+  } else {
+    listing = transfers.List(place.remote);
+  }
   if (listing.result.end == SessionResult::End::Cancelled) {
-    listerGone_ = true;
+    const std::lock_guard lock(mutex_);
+    listerGone_ = listerGone_ || !ended_;
     ended_ = true;
   } else if (!listing.result.Done()) {
     Fail(ResultOf(listing.result, place.remote));
   }
-  for (const DirectoryEntry& entry : listing.entries) {
-    if (Ended()) {
-      return;
-    }
-    if (!IsItselfOrParent(entry.name)) {
-      Entry(place, entry);
-    }
-  }
+  std::erase_if(listing.entries, [&](const DirectoryEntry& entry) {
+    return IsItselfOrParent(entry.name) ||
+           (place.remote == top_ && IsOwnHeader(ownName_, entry.name));
+  });
+  Sort(place, listing.entries);
 }
 
-void Walk::Entry(const WalkPlace& place, const DirectoryEntry& entry) {
-  const bool folder = entry.type == kEntryFolder;
-  if (!folder && entry.type != kEntryFile) {
+void FolderWalk::Sort(const Place& place, const DirectoryList& entries) {
+  std::uint32_t files = 0;
+  std::uint64_t bytes = 0;
+  const std::lock_guard lock(mutex_);
+  --listing_;
+  for (const DirectoryEntry& entry : entries) {
+    const bool folder = entry.type == kEntryFolder;
+    if (!folder && entry.type != kEntryFile) {
+      continue;
+    }
+    if (!folder) {
+      ++files;
+      bytes += entry.size;
+    }
+    RecordPaths paths{place.remote + entry.name, place.local + entry.name};
+    // The "/" behind a folder's name bounds the depth: each level takes two bytes of 260.
+    if (!IsSafeName(entry.name) || !place.Fits(folder ? entry.name + "/" : entry.name)) {
+      FailLocked({result::kBadCharacters, 0, std::move(paths.remotePath)});
+    } else if (folder) {
+      folders_.push_back({paths.remotePath + "/", paths.localPath + "/"});
+    } else {
+      files_.push_back({std::move(paths), entry.size, nullptr});
+    }
+  }
+  task_->FilesListed(files, bytes);
+}
+
+void FolderWalk::Fetch(const File& file, FileTransfers& transfers) {
+  const std::string& local = file.paths.localPath;
+  if (LocalFileSize(local) == file.size && (file.size != 0 || PathExists(local))) {
+    file.record->StartFile({});
+    task_->FileIsThere(file.size);
+    const std::lock_guard lock(mutex_);
+    Release(file.record, local);
     return;
   }
-  // The "/" behind a folder's name bounds the depth: each level takes two bytes of 260.
-  if (!IsSafeName(entry.name) || !place.Fits(folder ? entry.name + "/" : entry.name)) {
-    Fail({result::kBadCharacters, 0, place.remote + entry.name});
-  } else if (!folder) {
-    File(place, entry);
-  } else if (const std::string local = place.local + entry.name; MakeFolder(local)) {
-    Folder(place.Inside(entry.name));
-  } else {
-    Fail({result::kFileOpen, errno, local});
+  if (!file.halfFetched) {
+    file.record->StartFile(file.paths);
   }
+  Move(file.record, true, transfers);
 }
 
-void Walk::File(const WalkPlace& place, const DirectoryEntry& entry) {
-  const std::string localPath = place.local + entry.name;
-  task_.childRecord->StartFile({place.remote + entry.name, localPath});
-  const bool there =
-      LocalFileSize(localPath) == entry.size && (entry.size != 0 || PathExists(localPath));
-  if (!there && ReadyChild()) {
-    MoveChild();
+// `listed`: this walk has it from a listing. Otherwise one is to come, which counts it, and fetches
+// it anew if it has failed.
+void FolderWalk::Move(const Record& record, bool listed, FileTransfers& transfers) {
+  const std::string local = record->LocalPath();
+  TransferResult ended;
+  if (Ready(*record)) {
+    ended = transfers.Move(*record);
   }
-}
-
-// Takes the counts of a child that ended Finished up into the folder record.
-void Walk::MoveChild() {
-  TransferResult ended = transfers_.Move(*task_.childRecord);
-  if (task_.childRecord->state == TransferState::Finished) {
-    task_.TakeUpChild();
+  const TransferState state = record->state;
+  if (state == TransferState::Finished) {
+    task_->TakeUpFile(*record, listed);
+  }
+  const std::lock_guard lock(mutex_);
+  if (state == TransferState::Queued && ended.code == result::kOk) {
+    halfFetched_.push_back({record, listed});  // it gave way
+  } else if (ended.code != result::kOk && (listed || EndsTheWalk(ended))) {
+    FailLocked(std::move(ended));
   } else if (ended.code != result::kOk) {
-    Fail(std::move(ended));
+    failedBefore_.insert_or_assign(local, std::move(ended));
   }
+  Release(record, local);
 }
 
-// Somebody may stop the task while the child is made ready: the task is stopped before its child,
-// so looking at the task behind the child's change misses nothing.
-bool Walk::ReadyChild() {
-  task_.childRecord->state = TransferState::Queued;
-  if (task_.record->state == TransferState::Stopped) {
-    task_.childRecord->state = TransferState::Stopped;
+// Somebody may stop the task while a file is made ready: the task is stopped before its child, so
+// looking at the task behind the file's change misses nothing.
+bool FolderWalk::Ready(TransferRecord& record) const {
+  record.state = TransferState::Queued;
+  if (task_->record->state == TransferState::Stopped) {
+    record.state = TransferState::Stopped;
     return false;
   }
   return true;
 }
 
-void Walk::Fail(TransferResult failure) {
-  ended_ = ended_ || EndsTheWalk(failure);
-  if (first_.code == result::kOk) {
-    first_ = std::move(failure);
+// What waited for the path has its turn.
+void FolderWalk::Release(const Record& record, const std::string& localPath) {
+  std::erase(taken_, record);
+  auto node = writing_.extract(localPath);
+  for (File& file : node.mapped()) {
+    files_.push_front(std::move(file));
   }
 }
 
-}  // namespace
+void FolderWalk::Fail(TransferResult failure) {
+  const std::lock_guard lock(mutex_);
+  FailLocked(std::move(failure));
+}
 
-TransferResult RunFolderTask(TransferTask& task, FileTransfers& transfers) {
-  return Walk(task, transfers).Run();
+// Behind a stop, failures come from the cut.
+void FolderWalk::FailLocked(TransferResult failure) {
+  if (Ended()) {
+    return;
+  }
+  const bool ends = EndsTheWalk(failure);
+  if (first_.code == result::kOk) {
+    first_ = std::move(failure);
+  }
+  if (ends) {
+    ended_ = true;
+    run_->Cut();
+  }
+}
+
+void FolderWalk::End(TransferResult failure) {
+  const std::lock_guard lock(mutex_);
+  FailLocked(std::move(failure));
+  ended_ = true;
+  run_->Cut();
+}
+
+bool FolderWalk::Ended() const {
+  return ended_ || run_->Stopping() || task_->record->state == TransferState::Stopped;
 }
 
 }  // namespace updown

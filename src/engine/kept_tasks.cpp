@@ -2,6 +2,8 @@
 
 #include <memory>
 
+#include "service/result_codes.h"
+
 namespace updown {
 
 std::vector<StoredRecord> KeptRecords(const RecordList& records, const PackageCache& cache) {
@@ -32,6 +34,20 @@ RecordList RestoredRecords(const std::vector<StoredRecord>& list, const PackageC
     records.push_back(std::move(record));
   }
   return records;
+}
+
+TransferResult StoredFailure(const TransferRecord& record) {
+  if (record.state != TransferState::Failed || record.resultCode == 0) {
+    return {};
+  }
+  const int code = -static_cast<int>(record.resultCode);
+  TransferResult failure{code, static_cast<int>(record.systemError), {}};
+  if (code == result::kFileOpen || code == result::kFileWrite) {
+    failure.path = record.LocalPath();
+  } else if (code != result::kNotEncodable) {
+    failure.path = record.RemotePath();
+  }
+  return failure;
 }
 
 }  // namespace updown

@@ -5,6 +5,7 @@
 
 #include "engine/cache.h"
 #include "localdata/transfer_record.h"
+#include "service/transfer_result.h"
 
 namespace updown {
 
@@ -17,5 +18,9 @@ std::vector<StoredRecord> KeptRecords(const RecordList& records, const PackageCa
 // The records of a loaded list as they go on: to be kept again. Earlier versions stored the fetches
 // of headers too, and what those have left unfinished in the cache is removed.
 RecordList RestoredRecords(const std::vector<StoredRecord>& list, const PackageCache& cache);
+
+// Why a restored record is Failed, as far as the list tells: the path is the end of the transfer
+// that such a code is about, of a folder its top. Code 0 if it tells nothing.
+TransferResult StoredFailure(const TransferRecord& record);
 
 }  // namespace updown

@@ -34,7 +34,7 @@ void RecordIndex::Add(const TransferRecord& record) {
   usedIds_.insert(record.recordId);
   freed_.erase(record.recordId);
   if (record.parentRecordId == 0 && record.keepAcrossRestart != 0) {  // others meet nothing
-    unnamed_.push_back(&record);
+    unnamed_.insert(&record);
   }
 }
 
@@ -43,7 +43,7 @@ void RecordIndex::Remove(const TransferRecord& record) {
   if (record.recordId < next_ && record.recordId != 0) {
     freed_.insert(record.recordId);
   }
-  std::erase(unnamed_, &record);
+  unnamed_.erase(&record);
   if (const auto key = keys_.find(&record); key != keys_.end()) {
     const auto [first, last] = byPath_.equal_range(key->second);
     byPath_.erase(

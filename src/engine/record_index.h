@@ -6,15 +6,14 @@
 #include <string_view>
 #include <unordered_map>
 #include <unordered_set>
-#include <vector>
 
 #include "localdata/transfer_record.h"
 
 namespace updown {
 
 // What the records are asked for again and again, without a walk: the lowest free number, and
-// the records that a service path meets. A refresh makes thousands of records in a row. Refers to
-// the store's records and owns none; to be told when one leaves it. Main thread only.
+// the records that a service path meets. Refers to the store's records and owns none; to be told
+// when one leaves it. Main thread only.
 class RecordIndex {
  public:
   void Rebuild(const RecordList& records);
@@ -36,7 +35,7 @@ class RecordIndex {
   std::set<std::uint32_t> freed_;
   mutable std::unordered_multimap<std::string, const TransferRecord*> byPath_;
   mutable std::unordered_map<const TransferRecord*, std::string> keys_;  // in byPath_
-  mutable std::vector<const TransferRecord*> unnamed_;  // had no path when last looked at
+  mutable std::unordered_set<const TransferRecord*> unnamed_;  // had no path when last looked at
 };
 
 }  // namespace updown

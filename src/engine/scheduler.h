@@ -1,55 +1,21 @@
 #pragma once
 
-#include <array>
 #include <chrono>
-#include <cstdint>
+#include <cstddef>
 #include <memory>
-#include <vector>
 
-#include "engine/engine_events.h"
-#include "engine/task_queue.h"
-#include "engine/worker_session.h"
-#include "platform/event.h"
+#include "engine/scheduler_context.h"
 #include "platform/thread.h"
-#include "service/operations.h"
-#include "wire/sockets.h"
 
 namespace updown {
 
-inline constexpr std::size_t kWorkerSlots = 10;
 inline constexpr std::chrono::milliseconds kIdleWait{10000};  // while no worker runs
-inline constexpr std::size_t kHeaderSlots = 8;  // of them, for what nobody has asked for by hand
-// From the request of one block to that of the next of the same file.
-inline constexpr std::chrono::milliseconds kPace{1000};
+inline constexpr std::size_t kHeaderSlots = 8;  // for what nobody has asked for by hand
 inline constexpr std::chrono::milliseconds kExitWait{60000};  // for workers, at the end
 
-// What window, scheduler and workers share. Held by shared_ptr, because a worker that is stuck in
-// the system outlives the window until the process ends.
-struct SchedulerContext {
-  struct Slot {
-    std::unique_ptr<Thread> worker;
-    TaskPointer task;
-  };
-
-  std::shared_ptr<TaskQueue> queue;
-  std::shared_ptr<EngineEvents> events;
-  Event schedulerExit;
-  Event schedulerWake;                   // "look again", no more
-  std::array<Slot, kWorkerSlots> slots;  // the scheduler's alone
-
-  const FileService* service = nullptr;  // outlives all threads
-  WorkerSession* session = nullptr;      // so does it; stopped before the scheduler
-  SocketGroup connections;               // of all workers; cut at exit
-  ThreadStarter startThread = &Thread::Start;
-  std::chrono::milliseconds pace = kPace;
-  // Before each new connection for one that was lost in mid-transfer; then the task fails.
-  std::vector<std::chrono::milliseconds> reconnectDelays{
-      std::chrono::seconds(2), std::chrono::seconds(4), std::chrono::seconds(8),
-      std::chrono::seconds(16), std::chrono::seconds(30)};
-};
-
 // Runs until schedulerExit: keeps up to ten workers on runnable tasks, in the queue's order, from
-// the first session on that the service grants; whoever holds the session wakes it then. At its end
+// the first session on that the service grants; whoever holds the session wakes it then. What is
+// left behind the user's tasks helps their folders, then fetches headers. At its end
 // running tasks go to Stopped, their connections are cut, and it waits for the workers, at most
 // kExitWait.
 void SchedulerThread(const std::shared_ptr<SchedulerContext>& context);
@@ -70,10 +36,5 @@ class Scheduler {
   std::shared_ptr<SchedulerContext> context_;
   std::unique_ptr<Thread> thread_;
 };
-
-// One task, whose run has begun, to EndRun on the calling worker thread; returns its result code.
-// Tells TaskEnded before the run's end and SaveNeeded behind it. When memory or another resource
-// runs out, the task ends Failed with result::kNotEncodable.
-int RunTransferWorker(SchedulerContext& context, const TaskPointer& task);
 
 }  // namespace updown

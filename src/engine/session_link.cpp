@@ -89,6 +89,7 @@ std::optional<SessionResult> SessionLink::TryOnce(Attempt& attempt) {
     return ResultOf(login);
   }
   Close();
+  userName_.clear();  // not to be sent once more if the person gives up here
   return AskLogin(attempt, true) ? std::nullopt : std::optional(GivenUp());
 }
 

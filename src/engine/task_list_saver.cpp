@@ -30,6 +30,11 @@ void TaskListSaver::Save(std::vector<StoredRecord> snapshot) {
   const std::lock_guard lock(state_->mutex);
   state_->newest = std::move(snapshot);
   state_->changed.notify_one();
+  StartThread();
+}
+
+// Under the mutex.
+void TaskListSaver::StartThread() {
   if (!thread_) {
     thread_ = Thread::Start([state = state_] { Run(*state); });
     if (!thread_) {
@@ -79,6 +84,9 @@ bool TaskListSaver::Finish(std::chrono::steady_clock::time_point deadline) {
     state_->ending = true;
     state_->report = nullptr;
     state_->changed.notify_one();
+    if (state_->newest) {
+      StartThread();  // the system may have refused it before
+    }
   }
   if (thread_) {
     const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(

@@ -39,6 +39,7 @@ class TaskListSaver {
 
  private:
   struct State;
+  void StartThread();
   static void Run(State& state);
   static void Tell(State& state, int error);
 

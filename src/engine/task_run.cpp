@@ -3,6 +3,9 @@
 namespace updown {
 
 bool TaskRun::WaitUntil(Clock::time_point time) {
+  if (Clock::now() >= time) {  // a pace that is over needs no help of the system's
+    return !Stopping();
+  }
   std::unique_lock lock(mutex_);
   stopped_.wait_until(lock, stop_.get_token(), time, [] { return false; });
   return !Stopping();
@@ -10,20 +13,26 @@ bool TaskRun::WaitUntil(Clock::time_point time) {
 
 bool TaskRun::BeginBlock() {
   const std::lock_guard lock(mutex_);
-  inBlock_ = !Stopping();
-  return inBlock_;
+  if (Stopping()) {
+    return false;
+  }
+  ++blocks_;
+  return true;
 }
 
 void TaskRun::EndBlock() {
   const std::lock_guard lock(mutex_);
-  inBlock_ = false;
-  cutAt_.reset();
+  if (--blocks_ == 0 && cutAt_) {
+    // What else is under way has no block to bring home.
+    cutAt_.reset();
+    sockets_.CutAll();
+  }
 }
 
 void TaskRun::EndSoon() {
   stop_.request_stop();
   const std::lock_guard lock(mutex_);
-  if (inBlock_) {
+  if (blocks_ > 0) {
     cutAt_ = Clock::now() + kBlockInHand;
   } else {
     sockets_.CutAll();

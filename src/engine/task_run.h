@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
@@ -10,8 +11,8 @@
 
 namespace updown {
 
-// One run of a task on its worker, and how others bring it to its end. The worker calls what stands
-// first, any thread the rest.
+// One run of a task on its worker, or on the workers of a folder, and how others bring it to its
+// end. Workers call what stands first, any thread the rest.
 class TaskRun {
  public:
   using Clock = std::chrono::steady_clock;
@@ -27,9 +28,13 @@ class TaskRun {
   std::stop_token StopToken() const { return stop_.get_token(); }
   // Waits; false as soon as the run is to end.
   bool WaitUntil(Clock::time_point time);
-  // A block is under way from the one to the other. False if the run is to end instead.
+  // A block is under way from the one to the other, or several are. False if the run is to end
+  // instead, and then there is no block to end.
   bool BeginBlock();
   void EndBlock();
+  // A block has come.
+  void NoteBlock() { moved_ = true; }
+  bool HasMoved() const { return moved_; }
 
   bool Stopping() const { return stop_.stop_requested(); }
   // Ends all waits. A block in hand has until CutAt(), everything else is cut at once.
@@ -41,10 +46,11 @@ class TaskRun {
 
  private:
   std::stop_source stop_;
+  std::atomic<bool> moved_{false};
   SocketGroup sockets_;
   mutable std::mutex mutex_;  // guards what follows
   std::condition_variable_any stopped_;
-  bool inBlock_ = false;
+  int blocks_ = 0;
   std::optional<Clock::time_point> cutAt_;
 };
 

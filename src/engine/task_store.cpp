@@ -1,12 +1,14 @@
 #include "engine/task_store.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
 
 #include "localdata/files.h"
 #include "platform/text.h"
+#include "service/result_codes.h"
 
 namespace updown {
 namespace {
@@ -25,10 +27,14 @@ void Cut(const TransferTask& task) {
   }
 }
 
+bool IsInside(std::string_view path, std::string_view folder) {
+  return path.size() > folder.size() && path.starts_with(folder) && path[folder.size()] == '/';
+}
+
 bool Writes(const TransferTask& task, std::string_view path) {
   const std::string target = task.record->LocalPath();
   return task.record->direction != 1 &&
-         (target == path || (task.isFolder && path.starts_with(target + "/")));
+         (target == path || IsInside(target, path) || (task.isFolder && IsInside(path, target)));
 }
 
 bool FitsBuffer(std::string_view path) { return path.size() < kPathCapacity; }
@@ -56,7 +62,14 @@ std::shared_ptr<TransferRecord> TaskStore::MakeRecord() const {
 
 void TaskStore::AppendRecord(const std::shared_ptr<TransferRecord>& record) {
   Index().Add(*record);
-  records_.push_back(record);
+  places_.insert_or_assign(record.get(), records_.insert(records_.end(), record));
+}
+
+void TaskStore::ForgetRecord(const std::shared_ptr<TransferRecord>& record) {
+  if (const auto place = places_.extract(record.get())) {
+    Index().Remove(*record);
+    records_.erase(place.mapped());
+  }
 }
 
 void TaskStore::AddStoredRecord(const std::shared_ptr<TransferRecord>& record) {
@@ -64,19 +77,43 @@ void TaskStore::AddStoredRecord(const std::shared_ptr<TransferRecord>& record) {
   AppendRecord(record);
 }
 
-TaskPointer TaskStore::AddDownload(const TaskDraft& draft, const std::string& localPath,
-                                   bool keep) {
+std::shared_ptr<TransferRecord> TaskStore::MakeTopRecord(const TaskDraft& draft,
+                                                         const std::string& localPath, bool keep) {
   if (draft.displayName.empty() || !FitsBuffer(draft.remotePath) || !FitsBuffer(localPath)) {
     return nullptr;
   }
-  const auto record = MakeRecord();
+  auto record = keep ? MakeRecord() : std::make_shared<TransferRecord>();
   record->SetPaths({draft.remotePath, localPath});
   record->keepAcrossRestart = keep ? 1 : 0;
-  AppendRecord(record);
-  auto task = std::make_shared<TransferTask>();
+  return record;
+}
+
+TaskPointer TaskStore::AddDownload(const TaskDraft& draft, const std::string& localPath,
+                                   bool keep) {
+  const auto record = MakeTopRecord(draft, localPath, keep);
+  return record ? AddTask(draft, record) : nullptr;
+}
+
+TaskPointer TaskStore::AddFolderDownload(const TaskDraft& draft, const std::string& localFolder) {
+  const auto record = MakeTopRecord(draft, localFolder, true);
+  if (!record) {
+    return nullptr;
+  }
+  record->isFolder = 1;
+  return AddTask(draft, record);
+}
+
+TaskPointer TaskStore::AddTask(const TaskDraft& draft,
+                               const std::shared_ptr<TransferRecord>& record) {
+  if (record->keepAcrossRestart != 0) {
+    AppendRecord(record);
+  }
+  TaskPointer task = MakeTask(record);
   task->serverName = draft.serverName;
   task->serverPort = draft.serverPort;
-  task->record = record;
+  if (task->isFolder) {
+    task->childRecord = MakeChild(*record);
+  }
   // Last of all: from here on the scheduler may run it.
   queue_->Append(task);
   return task;
@@ -89,13 +126,8 @@ bool TaskStore::IsDuplicate(std::string_view wantedPath) const {
 std::vector<TaskId> TaskStore::FollowRename(const std::string& oldPath,
                                             const std::string& newPath) {
   std::vector<TaskId> moved;
-  queue_->ForEach([&](const TransferTask& task) {
-    if (!task.record || task.record->state == TransferState::Finished) {
-      return;
-    }
-    const bool top = task.record->MoveRemotePath(oldPath, newPath);
-    const bool child = task.childRecord && task.childRecord->MoveRemotePath(oldPath, newPath);
-    if (top || child) {
+  queue_->ForEachKept([&](TransferTask& task) {
+    if (task.record->state != TransferState::Finished && task.MoveRemotePath(oldPath, newPath)) {
       moved.push_back(task.id);
     }
   });
@@ -105,11 +137,8 @@ std::vector<TaskId> TaskStore::FollowRename(const std::string& oldPath,
 
 bool TaskStore::StreamLimitReached() const {
   std::uint32_t unfinished = 0;
-  queue_->ForEach([&unfinished](const TransferTask& task) {
-    if (task.record && task.record->keepAcrossRestart != 0 &&
-        task.record->state != TransferState::Finished) {
-      ++unfinished;
-    }
+  queue_->ForEachKept([&unfinished](const TransferTask& task) {
+    unfinished += task.record->state != TransferState::Finished ? 1 : 0;
   });
   return unfinished >= kStreamLimit;
 }
@@ -128,17 +157,39 @@ bool TaskStore::RestoreTasks(const std::function<void(TaskId)>& announce) {
       firstChildOf.try_emplace(record->parentRecordId, record);
     }
   }
+  std::vector<TaskPointer> tasks;
   for (const auto& record : topRecords) {
-    TaskPointer task = MakeTask(record);
-    if (task->isFolder) {
+    tasks.push_back(MakeTask(record));
+    if (tasks.back()->isFolder) {
       const auto child = firstChildOf.find(record->recordId);
-      task->childRecord = child == firstChildOf.end() ? MakeChild(*record) : child->second;
+      tasks.back()->childRecord = child == firstChildOf.end() ? MakeChild(*record) : child->second;
     }
+  }
+  FailDoubledTargets(tasks);
+  for (TaskPointer& task : tasks) {
     // Announced first, so that no news of its worker comes before.
     announce(task->id);
     queue_->Append(std::move(task));
   }
   return !topRecords.empty();
+}
+
+void TaskStore::FailDoubledTargets(const std::vector<TaskPointer>& tasks) {
+  std::unordered_map<std::string, TaskPointer> firstOf;
+  for (const TaskPointer& task : tasks) {
+    const std::string target = task->record->LocalPath();
+    if (task->record->direction == 1 || target.empty()) {
+      continue;
+    }
+    const auto [first, isFirst] = firstOf.try_emplace(target, task);
+    if (!isFirst) {
+      first->second->ForgetProgress();
+      task->ForgetProgress();
+      task->record->state = TransferState::Failed;
+      task->record->resultCode = result::WithoutSign(result::kFileOpen);
+      task->record->systemError = EEXIST;
+    }
+  }
 }
 
 TaskPointer TaskStore::MakeTask(const std::shared_ptr<TransferRecord>& record) {
@@ -181,34 +232,78 @@ void TaskStore::Pause(TaskId id) {
   }
   if (const auto run = task->Run()) {
     run->EndSoon();
+    queue_->News().Set();  // the scheduler cuts it in time
   }
 }
 
-void TaskStore::Resume(TaskId id) {
-  if (const TaskPointer task = queue_->Find(id)) {
-    QueueAgainWhenEnded(task, false);
-  }
-}
-
-void TaskStore::Redo(TaskId id) {
+bool TaskStore::Resume(TaskId id) {
   const TaskPointer task = queue_->Find(id);
   if (!task) {
-    return;
+    return true;
   }
-  task->Stop();
-  Cut(*task);
-  QueueAgainWhenEnded(task, true);
+  if (!TakesTarget(*task)) {
+    return false;
+  }
+  task->QueueAgain();
+  queue_->MakeReady(id);
+  return true;
 }
 
-void TaskStore::QueueAgainWhenEnded(const TaskPointer& task, bool fromNothing) {
-  task->WhenEnded([task, fromNothing, queue = queue_] {
-    if (fromNothing) {
-      DeleteTarget(*task->record);
-      task->ForgetProgress();
+bool TaskStore::Redo(TaskId id) {
+  const TaskPointer task = queue_->Find(id);
+  if (!task) {
+    return true;
+  }
+  if (!TakesTarget(*task)) {
+    return false;
+  }
+  task->Stop();
+  const bool idle = task->ClearAtEnd(
+      [task] {
+        DeleteTarget(*task->record);
+        task->ForgetProgress();
+      },
+      true);
+  if (idle) {
+    task->ForgetProgress();
+  }
+  EndOrCut(task, idle);
+  return true;
+}
+
+// A run that was begun to clear what is there, or a worker's.
+void TaskStore::EndOrCut(const TaskPointer& task, bool idle) {
+  idle ? queue_->AddEnding(task) : Cut(*task);
+}
+
+// Two that write one file do so one after the other, and the second finds nothing of its own.
+bool TaskStore::TakesTarget(TransferTask& task) {
+  const std::string target = task.record->LocalPath();
+  if (task.record->direction == 1 || target.empty()) {
+    return true;
+  }
+  bool free = true;
+  std::vector<TransferTask*> idle;
+  queue_->ForEachKept([&](TransferTask& other) {
+    if (&other == &task || !Writes(other, target)) {
+      return;
     }
-    task->QueueAgain();
-    queue->MakeReady(task->id);
+    free = free && other.record->state != TransferState::Queued && !other.Running();
+    if (other.record->state != TransferState::Finished) {
+      idle.push_back(&other);
+    }
   });
+  free = free && std::ranges::none_of(leaving_, [&](const auto& left) {
+           const TaskPointer other = left.lock();
+           return other && other->Running() && Writes(*other, target);
+         });
+  if (!free) {
+    return false;
+  }
+  for (TransferTask* const other : idle) {
+    other->ForgetProgress();
+  }
+  return true;
 }
 
 void TaskStore::RemoveTask(TaskId id, LocalFiles files) {
@@ -217,28 +312,31 @@ void TaskStore::RemoveTask(TaskId id, LocalFiles files) {
     return;
   }
   task->Stop();
-  Cut(*task);
+  bool idle = false;
+  if (files == LocalFiles::Remove) {
+    idle = task->ClearAtEnd(
+        [task] {
+          if (task->record->state != TransferState::Finished) {
+            DeleteTarget(*task->record);
+          }
+        },
+        false);
+  }
+  EndOrCut(task, idle);
   std::erase_if(leaving_, [](const auto& left) { return left.expired(); });
-  if (task->Running()) {
+  if (task->record->keepAcrossRestart != 0 && task->Running()) {
     leaving_.push_back(task);
   }
-  // Also in the place of a Redo that waits for the same end.
-  task->WhenEnded([task, files] {
-    if (files == LocalFiles::Remove && task->record->state != TransferState::Finished) {
-      DeleteTarget(*task->record);
-    }
-  });
   for (const auto& record : {task->record, task->childRecord}) {
     if (record) {
-      Index().Remove(*record);
-      std::erase(records_, record);
+      ForgetRecord(record);
     }
   }
 }
 
 bool TaskStore::IsTargetInUse(const std::string& localPath) const {
   bool inUse = false;
-  queue_->ForEach([&](const TransferTask& task) {
+  queue_->ForEachKept([&](const TransferTask& task) {
     const bool ended = task.record->state == TransferState::Finished && !task.Running();
     inUse = inUse || (!ended && Writes(task, localPath));
   });
@@ -251,6 +349,7 @@ bool TaskStore::IsTargetInUse(const std::string& localPath) const {
 void TaskStore::Clear() {
   queue_->Clear();
   records_.clear();
+  places_.clear();
   indexStale_ = true;
 }
 

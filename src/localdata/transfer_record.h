@@ -3,11 +3,11 @@
 #include <array>
 #include <atomic>
 #include <cstdint>
+#include <list>
 #include <memory>
 #include <mutex>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace updown {
 
@@ -40,17 +40,6 @@ struct StoredRecord {
   std::uint32_t systemError = 0;  // errno behind it; 0: none
 };
 
-// Statistics of the status window. Main thread only; ticks in ms, rates in bytes per second.
-struct TransferStatistics {
-  std::uint32_t elapsedTicks = 0;
-  std::uint32_t lastSampleBytes = 0;
-  std::uint32_t startBytes = 0;
-  std::uint32_t lastSampleTick = 0;
-  std::uint32_t startTick = 0;
-  std::array<float, 5> rateSamples{};
-  std::int16_t rateIndex = -1;  // -1: no sample yet
-};
-
 // The persisted description of one thing to fetch and how far it got.
 //
 // Threads: the record's worker and the main thread share it. `state` and the byte counts are single
@@ -62,7 +51,7 @@ class TransferRecord {
   TransferRecord() = default;
   explicit TransferRecord(const StoredRecord& stored);
 
-  std::uint32_t recordId = 0;        // unique in the list, never 0
+  std::uint32_t recordId = 0;        // unique in the list, never 0 there
   std::uint32_t parentRecordId = 0;  // 0 on a top record, else the folder record's id
   std::uint32_t isFolder = 0;        // non-zero: stands for a folder tree and has a child record
   std::uint32_t direction = 0;       // 0 download; 1 swaps the two paths on show, nothing more
@@ -80,7 +69,6 @@ class TransferRecord {
   std::atomic<std::uint32_t> systemError{0};  // errno behind it; 0: none
 
   std::uint32_t keepAcrossRestart = 0;  // set before a worker knows the record; 0: never stored
-  TransferStatistics statistics;        // main thread only
 
   RecordPaths Paths() const;
   std::string LocalPath() const;
@@ -108,6 +96,6 @@ class TransferRecord {
 };
 
 // In the order of their making, which the task list file keeps.
-using RecordList = std::vector<std::shared_ptr<TransferRecord>>;
+using RecordList = std::list<std::shared_ptr<TransferRecord>>;
 
 }  // namespace updown

@@ -1,37 +1,54 @@
 #include "packages/attachment_list.h"
 
-#include <QHeaderView>
-#include <QMenu>
-#include <array>
+#include <algorithm>
+#include <set>
 
-#include "platform/qt/text.h"
+#include "packages/column_header.h"
 #include "resources/qt/texts.h"
 #include "resources/string_id.h"
+#include "widgets/link_delegate.h"
 
 namespace updown {
-namespace {
 
-// Size, type and time have no width: the tip tells them.
-constexpr std::array<int, attachment_column::kCount> kColumnWidths{350, 0, 0, 0, 50};
-
-}  // namespace
-
-AttachmentList::AttachmentList(QWidget* parent) : CLinkListCtrl(parent) {
-  setObjectName(QStringLiteral("attachmentList"));
+AttachmentList::AttachmentList(PackageCommands& commands, QWidget* parent)
+    : RowListView(parent),
+      commands_(commands),
+      save_(MakeAction(this, StringId::MenuFileSave, u"saveFile"_qs,
+                       {Qt::Key_Enter, Qt::Key_Return})),
+      delete_(MakeAction(this, StringId::MenuFileDelete, u"deleteFiles"_qs, {Qt::Key_Delete})) {
+  setObjectName(u"attachmentList"_qs);
   setAccessibleName(Text(StringId::GroupAttachments));
-  header()->setStretchLastSection(false);
-  header()->setMinimumSectionSize(0);
-  setHeaderHidden(true);
-  setModel(&model_);
-  for (int column = 0; column < attachment_column::kCount; ++column) {
-    const int width = kColumnWidths.at(static_cast<std::size_t>(column));
-    setColumnWidth(column, width);
-    setColumnHidden(column, width == 0);
+  setSelectionMode(ExtendedSelection);
+  sorted_.setSourceModel(&model_);
+  sorted_.setSortRole(AttachmentModel::kValueRole);
+  sorted_.setSortCaseSensitivity(Qt::CaseInsensitive);
+  setModel(&sorted_);
+  setHeader(new ColumnHeader({30, 10, 16, 18, 8}, attachment_column::kName, this));
+  setSortingEnabled(true);
+  auto* const links = new LinkDelegate(this);
+  setItemDelegate(links);
+  connect(links, &LinkDelegate::Activated, this,
+          [this](const QModelIndex& index) { commands_.SaveFile(AttachmentRecord(At(index))); });
+  connect(this, &QAbstractItemView::doubleClicked, save_, &QAction::trigger);
+  connect(save_, &QAction::triggered, this, &AttachmentList::SaveSelected);
+  connect(delete_, &QAction::triggered, this, [this] { commands_.DeleteFiles(Selected()); });
+  addActions({save_, commands_.SaveAllAction(), delete_});
+  UpdateActions();
+}
+
+const AttachmentRecord& AttachmentList::At(const QModelIndex& index) const {
+  return model_.At(sorted_.mapToSource(index));
+}
+
+// Those that are not on their way out already.
+std::vector<AttachmentRecord> AttachmentList::Selected() const {
+  std::vector<AttachmentRecord> files;
+  for (const QModelIndex& row : selectionModel()->selectedRows()) {
+    if (!At(row).removing) {
+      files.push_back(At(row));
+    }
   }
-  connect(this, &CLinkListCtrl::CellClicked, this, &AttachmentList::OnCellClicked);
-  connect(this, &CLinkListCtrl::RowActivated, this, &AttachmentList::SaveSelected);
-  connect(this, &RowListView::RowMenuRequested, this,
-          [this](int, const QPoint& globalPosition) { ShowMenu(globalPosition); });
+  return files;
 }
 
 void AttachmentList::Show(const std::string& package, const PackageFiles& files) {
@@ -43,52 +60,36 @@ void AttachmentList::Show(const std::string& package, const PackageFiles& files)
   if (records == model_.Records()) {
     return;
   }
-  const AttachmentRecord* selected = model_.Find(SelectedRow());
-  const std::string path = selected == nullptr ? std::string() : selected->Path();
-  DeleteAllTips();
+  std::set<std::string> selected;
+  for (const QModelIndex& row : selectionModel()->selectedRows()) {
+    selected.insert(At(row).Path());
+  }
   model_.SetRecords(std::move(records));
-  for (int row = 0; row < model_.rowCount(); ++row) {
-    SetCellTip(row, attachment_column::kName, ToQString(AttachmentTip(model_.Find(row)->entry)));
-    AddLink(row, attachment_column::kSave);
-    if (model_.Find(row)->Path() == path) {
-      SelectRow(row);
+  for (int row = 0; row < RowCount(); ++row) {
+    if (selected.contains(At(CellAt(row, 0)).Path())) {
+      selectionModel()->setCurrentIndex(CellAt(row, 0),
+                                        QItemSelectionModel::Select | QItemSelectionModel::Rows);
     }
   }
-}
-
-void AttachmentList::OnCellClicked(int row, int column) {
-  InvalidateCell(lastRow, lastColumn);
-  InvalidateCell(row, column);
-  lastRow = row;
-  lastColumn = column;
-  if (column == attachment_column::kSave) {
-    SaveSelected();
-  }
+  UpdateActions();
 }
 
 void AttachmentList::SaveSelected() {
-  if (const AttachmentRecord* file = model_.Find(SelectedRow())) {
-    Q_EMIT SaveWanted(AttachmentRecord(*file));
-  } else {
-    Q_EMIT TransfersWanted();
+  if (const auto files = Selected(); files.size() == 1) {
+    commands_.SaveFile(files.front());
   }
 }
 
-void AttachmentList::ShowMenu(const QPoint& globalPosition) {
-  const AttachmentRecord* file = model_.Find(SelectedRow());
-  if (file == nullptr) {
-    return;
-  }
-  auto* menu = new QMenu(this);
-  menu->setObjectName(QStringLiteral("attachmentMenu"));
-  menu->setAttribute(Qt::WA_DeleteOnClose);
-  // The file that the menu was opened on, whatever the list shows by then.
-  const QAction* save = menu->addAction(Text(StringId::MenuFileSave));
-  connect(save, &QAction::triggered, this, [this, record = *file] { Q_EMIT SaveWanted(record); });
-  const QAction* remove = menu->addAction(Text(StringId::MenuFileDelete));
-  connect(remove, &QAction::triggered, this,
-          [this, record = *file] { Q_EMIT DeleteWanted(record); });
-  menu->popup(globalPosition);
+void AttachmentList::selectionChanged(const QItemSelection& selected,
+                                      const QItemSelection& deselected) {
+  RowListView::selectionChanged(selected, deselected);
+  UpdateActions();
+}
+
+void AttachmentList::UpdateActions() {
+  const std::size_t count = Selected().size();
+  save_->setEnabled(count == 1);
+  delete_->setEnabled(count > 0);
 }
 
 }  // namespace updown

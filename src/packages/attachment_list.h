@@ -1,33 +1,40 @@
 #pragma once
 
+#include <QAction>
+#include <QSortFilterProxyModel>
+
 #include "packages/attachment_model.h"
 #include "packages/package_area.h"
-#include "widgets/link_list_ctrl.h"
+#include "packages/package_commands.h"
+#include "widgets/row_list_view.h"
 
 namespace updown {
 
-// The files of a package, each with a link to save it. What starts from them is the owner's
-// business; a file names its own folder.
-class AttachmentList : public CLinkListCtrl {
+// The files of a package, each with a link to save it; several can be selected for deletion. A file
+// names its own folder.
+class AttachmentList : public RowListView {
   Q_OBJECT
 
  public:
-  explicit AttachmentList(QWidget* parent = nullptr);
+  AttachmentList(PackageCommands& commands, QWidget* parent);  // the commands outlive it
 
-  // The same package again leaves the selection on its file.
+  // The same package again leaves the selection on its files.
   void Show(const std::string& package, const PackageFiles& files);
 
- Q_SIGNALS:
-  void SaveWanted(const AttachmentRecord& file);
-  void DeleteWanted(const AttachmentRecord& file);
-  void TransfersWanted();  // Save without a file
+ protected:
+  void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
 
  private:
-  void OnCellClicked(int row, int column);
+  const AttachmentRecord& At(const QModelIndex& index) const;
+  std::vector<AttachmentRecord> Selected() const;
   void SaveSelected();
-  void ShowMenu(const QPoint& globalPosition);
+  void UpdateActions();
 
+  PackageCommands& commands_;
   AttachmentModel model_;
+  QSortFilterProxyModel sorted_;
+  QAction* save_;
+  QAction* delete_;
 };
 
 }  // namespace updown

@@ -40,8 +40,11 @@ void HeaderQueue::Fill() {
 void HeaderQueue::Fetch(Package& package) {
   for (const bool start : {false, true}) {
     HeaderFile& state = package.File(start);
+    if (state != HeaderFile::Missing || Full()) {
+      continue;
+    }
     const std::string file = HeaderFileOf(package.Name(), start);
-    if (state != HeaderFile::Missing || Full() || underWay_.contains(file)) {
+    if (underWay_.contains(file)) {
       continue;
     }
     if (fetches_.FetchHeader(package.Name(), file)) {

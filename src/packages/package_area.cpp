@@ -2,6 +2,7 @@
 
 #include <QTimerEvent>
 #include <array>
+#include <utility>
 
 #include "platform/qt/text.h"
 #include "resources/qt/texts.h"
@@ -15,9 +16,10 @@ namespace {
 
 constexpr std::size_t kMostCellCharacters = 259;  // more is never drawn
 
-constexpr std::array kHeadings{StringId::TimeReceived, StringId::From,   StringId::To,
-                               StringId::Subject,      StringId::Status, StringId::FolderTreeName};
-static_assert(kHeadings.size() == package_column::kCount);
+constexpr std::array kPackageHeadings{StringId::TimeReceived, StringId::From,
+                                      StringId::To,           StringId::Subject,
+                                      StringId::Status,       StringId::FolderTreeName};
+static_assert(kPackageHeadings.size() == package_column::kCount);
 
 QString Shortened(const std::u16string& value) {
   return ToQString(std::u16string_view(value).substr(0, kMostCellCharacters));
@@ -26,20 +28,26 @@ QString Shortened(const std::u16string& value) {
 }  // namespace
 
 PackageArea::PackageArea(Session& session, HeaderFetches& fetches, const PackageCache& cache,
-                         const LaunchState& launch, AreaTimes times, QObject* parent)
+                         const LaunchState& launch, std::string seenFile, AreaTimes times,
+                         QObject* parent)
     : QAbstractItemModel(parent),
       session_(session),
       cache_(cache),
       codePage_(launch.CodePage()),
       times_(times),
       image_(LoadIcon(Icon::Folder)),
-      headers_(rows_, fetches) {
+      headers_(rows_, fetches),
+      seen_(std::move(seenFile)) {
+  boldFont_.setBold(true);
   refresh_.start(static_cast<int>(times_.refresh.count()), this);
 }
 
 PackageArea::~PackageArea() {
   session_.Drop(rootRequest_);
   session_.Drop(filesRequest_);
+  for (const Session::RequestId change : changes_) {
+    session_.Drop(change);
+  }
 }
 
 void PackageArea::timerEvent(QTimerEvent* event) {
@@ -94,13 +102,17 @@ QVariant PackageArea::data(const QModelIndex& index, int role) const {
     return RootData(index, role);
   }
   const int column = index.column();
+  const bool names = column == package_column::kTime || column == package_column::kName;
   switch (role) {
     case Qt::DisplayRole:
     case Qt::EditRole:
       return CellText(rows_.At(index.row()), column);
     case Qt::DecorationRole:
-      return column == package_column::kTime || column == package_column::kName ? QVariant(image_)
-                                                                                : QVariant();
+      return names ? QVariant(image_) : QVariant();
+    case Qt::FontRole:
+      return IsNew(index) ? QVariant(boldFont_) : QVariant();
+    case Qt::AccessibleDescriptionRole:
+      return names && IsNew(index) ? Text(StringId::NewPackage) : QVariant();
     default:
       return {};
   }
@@ -135,7 +147,7 @@ QVariant PackageArea::headerData(int section, Qt::Orientation orientation, int r
       section >= package_column::kCount) {
     return QAbstractItemModel::headerData(section, orientation, role);
   }
-  return Text(kHeadings.at(static_cast<std::size_t>(section)));
+  return Text(kPackageHeadings.at(static_cast<std::size_t>(section)));
 }
 
 Qt::ItemFlags PackageArea::flags(const QModelIndex& index) const {
@@ -191,9 +203,13 @@ const PackageTexts& PackageArea::TextsOf(Package& package) const {
   return *package.texts;
 }
 
-void PackageArea::RowChanged(const Package& package) {
+void PackageArea::RowLooksChanged(const Package& package) {
   Q_EMIT dataChanged(createIndex(package.row, 0, kPackageId),
                      createIndex(package.row, package_column::kCount - 1, kPackageId));
+}
+
+void PackageArea::RowChanged(const Package& package) {
+  RowLooksChanged(package);
   if (package.Name() == selected_) {
     Q_EMIT HeaderChanged();
   }

@@ -3,6 +3,7 @@
 #include <QAbstractItemModel>
 #include <QBasicTimer>
 #include <QElapsedTimer>
+#include <QFont>
 #include <QIcon>
 #include <chrono>
 #include <cstdint>
@@ -17,6 +18,7 @@
 #include "engine/session.h"
 #include "packages/header_queue.h"
 #include "packages/package_rows.h"
+#include "packages/seen_packages.h"
 
 namespace updown {
 
@@ -51,20 +53,24 @@ struct AreaTimes {
 // for changes; it alone asks the session and has headers fetched.
 //
 // As an item model: one row "/" and below it one row for each package, the newest on top. It says
-// what changed by row. A header is read when its row is shown or sorted by. Main thread.
+// what changed by row. A header is read when its row is shown, sorted or filtered by. Packages that
+// have come since the last look are bold until they are selected. Main thread.
 class PackageArea final : public QAbstractItemModel {
   Q_OBJECT
 
  public:
-  // All four outlive it.
+  // The references outlive it. `seenFile` keeps which packages the user has looked at (see
+  // SeenPackages).
   PackageArea(Session& session, HeaderFetches& fetches, const PackageCache& cache,
-              const LaunchState& launch, AreaTimes times = {}, QObject* parent = nullptr);
+              const LaunchState& launch, std::string seenFile = {}, AreaTimes times = {},
+              QObject* parent = nullptr);
   ~PackageArea() override;
 
   enum class Connection {
     Connecting,  // nothing has been listed yet, or the user has asked to try again
     There,
-    Lost,  // the last request failed; rows stay
+    Lost,     // the last request failed; rows stay
+    GivenUp,  // somebody has cancelled what was to connect
   };
   Connection State() const { return connection_; }
   bool Refreshing() const { return rootRequest_ != 0; }
@@ -83,6 +89,7 @@ class PackageArea final : public QAbstractItemModel {
   const PackageFiles& Files() const { return files_; }
   PackageHeader SelectedHeader() const;
   bool SelectedIsComplete() const;
+  bool IsBusy(const std::string& name) const;  // with a change on the service
 
   // Changes on the service. The rows follow when the service has agreed; ChangeFailed tells if not.
   void Rename(const std::string& name, const std::string& newName);
@@ -133,12 +140,16 @@ class PackageArea final : public QAbstractItemModel {
   static constexpr quintptr kRootId = 0;
   static constexpr quintptr kPackageId = 1;
 
+  bool IsNew(const QModelIndex& package) const {
+    return seen_.IsNew(rows_.At(package.row()).Name());
+  }
   QVariant RootData(const QModelIndex& index, int role) const;
   QString CellText(Package& package, int column) const;
   QString StatusText(const Package& package) const;
   const PackageTexts& TextsOf(Package& package) const;
   std::string ReadPathOf(const Package& package) const;
   void RowChanged(const Package& package);
+  void RowLooksChanged(const Package& package);  // not what the form shows of it
 
   void OnListed(const ListingAnswer& answer);
   void TakeUpListing(const std::vector<DirectoryEntry>& entries);
@@ -160,7 +171,10 @@ class PackageArea final : public QAbstractItemModel {
   void AfterFailure(const ChangeAnswer& answer);
   void OnRenamed(const FolderRename& rename, const std::string& name, const std::string& newName,
                  const ChangeAnswer& answer);
-  void RenameRow(const std::string& name, const std::string& newName);
+  void RenameRow(const FolderRename& rename, const std::string& name, const std::string& newName,
+                 const std::string& failedName);
+  void DeleteFromCache(const std::string& name) const;
+  void RenameInCache(const FolderRename& rename, const std::string& failedName) const;
   void OnPackageRemoved(const std::string& name, const ChangeAnswer& answer);
   void OnFileRemoved(const std::string& package, const std::string& file,
                      const ChangeAnswer& answer);
@@ -170,6 +184,7 @@ class PackageArea final : public QAbstractItemModel {
   const AnsiCodePage codePage_;
   const AreaTimes times_;
   const QIcon image_;
+  QFont boldFont_;
 
   mutable PackageRows rows_;  // texts are read where they are asked for
   HeaderQueue headers_;
@@ -185,6 +200,9 @@ class PackageArea final : public QAbstractItemModel {
   int inserted_ = 0;
   int readFrom_ = -1;  // row at which reading headers goes on; -1: nobody waits for it
 
+  std::vector<Session::RequestId> changes_;      // all that were asked for
+  std::unordered_set<std::string> formerNames_;  // of packages that were renamed in this run
+  SeenPackages seen_;
   std::string selected_;
   PackageFiles files_;
   Session::RequestId filesRequest_ = 0;

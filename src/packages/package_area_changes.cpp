@@ -12,6 +12,7 @@ namespace updown {
 // The row tells of it once it has taken a while.
 void PackageArea::BeginWork(Package& package, PackageWork work) {
   package.work = work;
+  RowChanged(package);
   QTimer::singleShot(times_.quiet, this, [this, name = package.Name(), work] {
     Package* busy = rows_.Find(name);
     if (busy != nullptr && busy->work == work) {
@@ -51,9 +52,10 @@ void PackageArea::Rename(const std::string& name, const std::string& newName) {
     }
   }
   BeginWork(*package, PackageWork::Renaming);
-  session_.Rename(rename, [this, rename, name, newName](const ChangeAnswer& answer) {
-    OnRenamed(rename, name, newName, answer);
-  });
+  changes_.push_back(
+      session_.Rename(rename, [this, rename, name, newName](const ChangeAnswer& answer) {
+        OnRenamed(rename, name, newName, answer);
+      }));
 }
 
 void PackageArea::OnRenamed(const FolderRename& rename, const std::string& name,
@@ -62,22 +64,37 @@ void PackageArea::OnRenamed(const FolderRename& rename, const std::string& name,
   // What fails behind the folder itself leaves that with its new name.
   const bool folderFailed = answer.failedName.empty() || answer.failedName == rename.oldPath;
   if (answer.result.Done() || !folderFailed) {
-    RenameRow(name, newName);
+    RenameRow(rename, name, newName, answer.failedName);
     Q_EMIT PackageRenamed(name, newName);
     Refresh(AskedBy::Program);
   }
   AfterFailure(answer);
 }
 
-void PackageArea::RenameRow(const std::string& name, const std::string& newName) {
-  const bool remains = IsPackageName(newName) && !rows_.Has(newName);
-  for (const bool start : {true, false}) {
-    if (remains) {
-      cache_.Rename(HeaderFileOf(name, start), HeaderFileOf(newName, start));
+// The service goes by the files in their order up to the one that it refuses. That and what stands
+// behind it have their old names there, and are no header files any more.
+void PackageArea::RenameInCache(const FolderRename& rename, const std::string& failedName) const {
+  bool done = true;
+  for (const auto& file : rename.files) {
+    done = done && failedName != rename.newPath + "/" + file.oldName;
+    if (done) {
+      cache_.Rename(file.oldName, file.newName);
     } else {
-      cache_.Delete(HeaderFileOf(name, start));
+      cache_.Delete(file.oldName);
     }
   }
+}
+
+void PackageArea::RenameRow(const FolderRename& rename, const std::string& name,
+                            const std::string& newName, const std::string& failedName) {
+  const bool remains = IsPackageName(newName) && !rows_.Has(newName);
+  if (remains) {
+    RenameInCache(rename, failedName);
+  } else {
+    DeleteFromCache(name);
+  }
+  formerNames_.insert(name);
+  seen_.FollowRename(name, newName);
   Package* package = rows_.Find(name);
   if (package == nullptr) {
     return;
@@ -90,11 +107,12 @@ void PackageArea::RenameRow(const std::string& name, const std::string& newName)
   if (listed_.erase(name) != 0) {
     listed_.insert(newName);  // of a listing from before, still being taken up
   }
+  const auto cached = cache_.Names();
   for (const bool start : {true, false}) {
-    if (package->File(start) != HeaderFile::Here) {
-      package->File(start) = HeaderFile::Missing;
-    }
+    const bool here = cached.contains(HeaderFileOf(newName, start));
+    package->File(start) = here ? HeaderFile::Here : HeaderFile::Missing;
   }
+  package->texts.reset();
   RowChanged(*package);
   if (selected_ == name) {
     Select(newName);
@@ -107,17 +125,21 @@ void PackageArea::RemovePackage(const std::string& name) {
     return;
   }
   BeginWork(*package, PackageWork::Removing);
-  session_.RemovePackage(
-      "/" + name, [this, name](const ChangeAnswer& answer) { OnPackageRemoved(name, answer); });
+  changes_.push_back(session_.RemovePackage(
+      "/" + name, [this, name](const ChangeAnswer& answer) { OnPackageRemoved(name, answer); }));
+}
+
+void PackageArea::DeleteFromCache(const std::string& name) const {
+  for (const bool start : {true, false}) {
+    cache_.Delete(HeaderFileOf(name, start));
+  }
 }
 
 void PackageArea::OnPackageRemoved(const std::string& name, const ChangeAnswer& answer) {
   EndWork(name);
   const Package* package = rows_.Find(name);
   if (answer.result.Done()) {
-    for (const bool start : {true, false}) {
-      cache_.Delete(HeaderFileOf(name, start));
-    }
+    DeleteFromCache(name);
     if (package != nullptr) {
       RemoveRows(package->row, 1);
     }
@@ -137,9 +159,9 @@ void PackageArea::RemoveFile(const std::string& package, const std::string& file
     }
     QTimer::singleShot(times_.quiet, this, &PackageArea::FilesChanged);
   }
-  session_.RemoveFile(
+  changes_.push_back(session_.RemoveFile(
       "/" + package + "/" + file,
-      [this, package, file](const ChangeAnswer& answer) { OnFileRemoved(package, file, answer); });
+      [this, package, file](const ChangeAnswer& answer) { OnFileRemoved(package, file, answer); }));
 }
 
 void PackageArea::OnFileRemoved(const std::string& package, const std::string& file,

@@ -2,10 +2,21 @@
 #include <utility>
 
 #include "packages/package_area.h"
+#include "service/result_codes.h"
 
 // The selected package and its files.
 
 namespace updown {
+namespace {
+
+// The service has answered; the connection is as good as before.
+bool IsRefusal(const SessionResult& result) {
+  return result.end == SessionResult::End::Failed &&
+         (result.report == result::WithoutSign(result::kAccessRefused) ||
+          result.report == result::WithoutSign(result::kNoSuchRemoteFile));
+}
+
+}  // namespace
 
 void PackageArea::Select(const std::string& name) {
   if (name == selected_) {
@@ -15,6 +26,10 @@ void PackageArea::Select(const std::string& name) {
   DropFilesRequest();
   files_ = {};
   if (!selected_.empty()) {
+    if (const Package* package = rows_.Find(selected_);
+        seen_.MarkSeen(selected_) && package != nullptr) {
+      RowLooksChanged(*package);
+    }
     files_.state = PackageFiles::State::Asked;
     // Not at once: who holds an arrow key down passes many packages.
     askForFiles_.start(0, this);
@@ -51,19 +66,28 @@ void PackageArea::OnFilesListed(ListingAnswer answer) {
     files_.state = PackageFiles::State::Failed;
     files_.report = answer.result.report;
   }
-  TakeResult(answer.result, AskedBy::Program);
+  if (!answer.result.Done() && IsRefusal(answer.result)) {
+    Refresh(AskedBy::Program);  // somebody else may have removed the package
+  } else {
+    TakeResult(answer.result, AskedBy::Program);
+  }
   Q_EMIT FilesChanged();
 }
 
 // Also those of another package: they are no attachments wherever they lie.
 bool PackageArea::IsHeaderFile(const std::string& file) const {
   const auto name = ParseHeaderFile(file);
-  return name && rows_.Has(name->package);
+  return name && (rows_.Has(name->package) || formerNames_.contains(name->package));
 }
 
 PackageHeader PackageArea::SelectedHeader() const {
   const Package* package = rows_.Find(selected_);
   return package == nullptr ? PackageHeader{} : ReadPackageHeader(ReadPathOf(*package), codePage_);
+}
+
+bool PackageArea::IsBusy(const std::string& name) const {
+  const Package* package = rows_.Find(name);
+  return package != nullptr && package->work != PackageWork::None;
 }
 
 bool PackageArea::SelectedIsComplete() const {

@@ -35,7 +35,7 @@ void PackageArea::Refresh(AskedBy by) {
   rootAskedBy_ = by;
   rootRequest_ = session_.ListFolder("/", ListAgain::Once, by,
                                      [this](const ListingAnswer& answer) { OnListed(answer); });
-  if (connection_ == Connection::Lost && by == AskedBy::Person) {
+  if (connection_ != Connection::There && by == AskedBy::Person) {
     connection_ = Connection::Connecting;
   }
   refresh_.start(static_cast<int>(times_.refresh.count()), this);
@@ -79,13 +79,14 @@ void PackageArea::TakeResult(const SessionResult& result, AskedBy by) {
     Q_EMIT Recovered();
     return;
   }
-  const bool news = connection_ != Connection::Lost;
-  if (result.end == SessionResult::End::Cancelled && connection_ == Connection::There) {
-    return;
-  }
-  SetConnection(Connection::Lost);
-  if (result.end == SessionResult::End::Failed && (news || by == AskedBy::Person)) {
-    Q_EMIT Failed(result.report);
+  if (result.end == SessionResult::End::Failed) {
+    const bool news = connection_ != Connection::Lost;
+    SetConnection(Connection::Lost);
+    if (news || by == AskedBy::Person) {
+      Q_EMIT Failed(result.report);
+    }
+  } else if (result.end == SessionResult::End::NoLogin || connection_ != Connection::There) {
+    SetConnection(Connection::GivenUp);
   }
 }
 
@@ -104,6 +105,7 @@ void PackageArea::TakeUpListing(const std::vector<DirectoryEntry>& entries) {
       newEntries_.push_back(entry);
     }
   }
+  seen_.FollowListing(listed_);
   LookIntoCache();
   checkedFrom_ = rows_.Count();
   inserted_ = 0;

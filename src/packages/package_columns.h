@@ -1,16 +1,16 @@
 #pragma once
 
 #include <QSortFilterProxyModel>
-#include <optional>
-#include <utility>
+#include <functional>
+#include <vector>
 
 #include "packages/package_area.h"
 
 namespace updown {
 
-// The area as the list shows it: all columns but the name, sorted as the user wants it, by the
-// texts without regard to case. With very many packages a sort waits until their headers have been
-// read.
+// The area as the list shows it: all columns but the name, sorted and filtered as the user wants
+// it, by the texts without regard to case. With very many packages both wait until the headers have
+// been read.
 class PackageListColumns : public QSortFilterProxyModel {
   Q_OBJECT
 
@@ -19,12 +19,23 @@ class PackageListColumns : public QSortFilterProxyModel {
 
   void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
 
+  // Rows without this text in any column go; empty: none does.
+  void SetFilter(const QString& text);
+  const QString& Filter() const { return filter_; }
+  // True while rows come and go because of another filter, not because of the service.
+  bool Filtering() const { return filtering_; }
+
  protected:
+  bool filterAcceptsRow(int row, const QModelIndex& parent) const override;
   bool filterAcceptsColumn(int column, const QModelIndex& parent) const override;
 
  private:
+  void WhenRead(std::function<void()> work);
+
   PackageArea& area_;
-  std::optional<std::pair<int, Qt::SortOrder>> waiting_;
+  std::vector<std::function<void()>> waiting_;  // for the headers
+  QString filter_;
+  bool filtering_ = false;
 };
 
 // The area as the tree shows it: the root and the names.

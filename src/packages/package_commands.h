@@ -1,14 +1,21 @@
 #pragma once
 
-#include <QPointer>
+#include <QAction>
+#include <QKeySequence>
 #include <QString>
 #include <QWidget>
+#include <vector>
 
-#include "packages/attachment_record.h"
+#include "packages/attachment_model.h"
 #include "packages/package_area.h"
 #include "packages/package_downloads.h"
+#include "resources/string_id.h"
 
 namespace updown {
+
+// A command of one pane, whose keys act while that pane has the focus.
+QAction* MakeAction(QObject* owner, StringId text, const QString& name,
+                    const QList<QKeySequence>& keys);
 
 // What the user does to packages and files by hand: asks where something would be lost, hands the
 // wish to the area or to the transfers, and shows a box where it failed. Main thread.
@@ -19,21 +26,28 @@ class PackageCommands : public QObject {
   // All outlive it. Boxes stand before `owner`.
   PackageCommands(PackageArea& area, PackageDownloads& downloads, QWidget* owner);
 
-  void DeletePackage(const QString& name);
-  void RenamePackage(const QString& name, const QString& newName);
-  void DeleteFile(const AttachmentRecord& file);
+  // Saves the files of the selected package; for the menu of each pane that shows it.
+  QAction* SaveAllAction() { return saveAll_; }
+
+  void DeletePackage(const std::string& name);
+  void DeleteFiles(const std::vector<AttachmentRecord>& files);
   void SaveFile(const AttachmentRecord& file);
 
  Q_SIGNALS:
   void TransfersWanted();  // the status window is to come forward
 
  private:
+  void RenamePackage(const QString& name, const QString& newName);
   void Report(std::uint32_t code, const QString& name = {});
-  bool Saved(const AttachmentRecord& file);
+  bool MayDelete(const AttachmentRecord& file);
+  bool Refused(const std::string& path);
+  void SavePackage();
+  bool Ask(const QString& question, StringId verb);
 
   PackageArea& area_;
   PackageDownloads& downloads_;
   QWidget* owner_;
+  QAction* saveAll_;
 };
 
 }  // namespace updown

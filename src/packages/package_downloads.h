@@ -15,6 +15,9 @@ class PackageDownloads {
   virtual bool IsDuplicate(const std::string& path) const = 0;
   // Asks for the target and makes the task; true if there is one.
   virtual bool SaveFile(const std::string& name, const std::string& path) = 0;
+  // Asks for a folder and makes a task that fetches the files of the package into a new one in
+  // there, which has the package's name; true if there is one.
+  virtual bool SavePackage(const std::string& package) = 0;
 };
 
 }  // namespace updown

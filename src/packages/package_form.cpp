@@ -1,12 +1,13 @@
 #include "packages/package_form.h"
 
-#include <QEvent>
-#include <algorithm>
+#include <QGridLayout>
+#include <QLabel>
+#include <QRegularExpression>
+#include <QStyleOptionGroupBox>
+#include <QStylePainter>
+#include <QVBoxLayout>
 
 #include "engine/result_texts.h"
-#include "packages/form_layout.h"
-#include "packages/group_frame.h"
-#include "packages/header_text.h"
 #include "platform/qt/text.h"
 #include "resources/qt/texts.h"
 #include "resources/string_id.h"
@@ -14,33 +15,80 @@
 namespace updown {
 namespace {
 
-void Place(QWidget& widget, const Box& box) {
-  widget.setGeometry(box.left, box.top, std::max(box.right - box.left, 0),
-                     std::max(box.bottom - box.top, 0));
-}
+constexpr int kLeastLines = 4;  // of notes and attachments
+constexpr int kGroupMargin = 4;
+constexpr qreal kLineOpacity = 0.375;
+constexpr int kLineGap = 2;
+
+struct Field {
+  StringId label;
+  const char* name;
+  std::u16string PackageHeader::*value;
+  int row;
+  int column;
+  int columns;
+};
+constexpr std::array<Field, 5> kFields{
+    Field{StringId::From, "fieldFrom", &PackageHeader::from, 0, 0, 1},
+    Field{StringId::TimeReceived, "fieldTime", &PackageHeader::sendTime, 0, 2, 1},
+    Field{StringId::To, "fieldTo", &PackageHeader::to, 1, 0, 3},
+    Field{StringId::Cc, "fieldCc", &PackageHeader::cc, 2, 0, 3},
+    Field{StringId::Subject, "fieldSubject", &PackageHeader::subject, 3, 0, 3}};
+
+// Its frame shows on a dark ground too: drawn in place of the style's.
+class Group : public QGroupBox {
+ public:
+  using QGroupBox::QGroupBox;
+
+ protected:
+  void paintEvent(QPaintEvent*) override {
+    QStyleOptionGroupBox option;
+    initStyleOption(&option);
+    option.subControls &= ~QStyle::SC_GroupBoxFrame;
+    QStylePainter painter(this);
+    painter.drawComplexControl(QStyle::CC_GroupBox, option);
+    const QRect inside =
+        style()->subControlRect(QStyle::CC_GroupBox, &option, QStyle::SC_GroupBoxContents, this);
+    QColor line = palette().color(QPalette::Text);
+    line.setAlphaF(kLineOpacity);
+    painter.setPen(line);
+    painter.drawRect(inside.adjusted(-kLineGap, -kLineGap, kLineGap - 1, kLineGap - 1));
+  }
+};
 
 }  // namespace
 
-PackageForm::PackageForm(PackageArea& area, QWidget* parent)
-    : QWidget(parent),
+PackageForm::PackageForm(PackageArea& area, PackageCommands& commands, QWidget* parent)
+    : QScrollArea(parent),
       area_(area),
-      headerText_(new HeaderLabel(this)),
-      noteGroup_(new GroupFrame(this)),
-      notesEdit_(new CEditNoMenu(this)),
-      attachmentGroup_(new GroupFrame(this)),
-      attachments_(new AttachmentList(this)) {
-  setObjectName(QStringLiteral("packageForm"));
+      notes_(new QPlainTextEdit),
+      attachments_(new AttachmentList(commands, nullptr)),
+      onTheWay_(new FieldValue) {
+  setObjectName(u"packageForm"_qs);
   setAccessibleName(Text(StringId::PackageFormName));
-  setMinimumSize(1, 1);  // the pane can be made as small as its splitter lets it
-  setBackgroundRole(QPalette::Base);
-  setAutoFillBackground(true);
-  headerText_->setObjectName(QStringLiteral("packageHeader"));
-  noteGroup_->setObjectName(QStringLiteral("noteGroup"));
-  noteGroup_->setTitle(Text(StringId::GroupNote));
-  notesEdit_->setObjectName(QStringLiteral("packageNotes"));
-  notesEdit_->setAccessibleName(Text(StringId::GroupNote));
-  attachmentGroup_->setObjectName(QStringLiteral("attachmentGroup"));
-  attachmentGroup_->setTitle(Text(StringId::GroupAttachments));
+  setFrameShape(NoFrame);
+  setWidgetResizable(true);
+  setFocusPolicy(Qt::NoFocus);
+  viewport()->setBackgroundRole(QPalette::Base);
+  notes_->setObjectName(u"packageNotes"_qs);
+  notes_->setAccessibleName(Text(StringId::GroupNote));
+  notes_->setReadOnly(true);
+  notes_->setTabChangesFocus(true);
+  notes_->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+  onTheWay_->setObjectName(u"filesOnTheWay"_qs);
+  onTheWay_->setAccessibleName(Text(StringId::GroupAttachments));
+  onTheWay_->SetValue(Text(StringId::FilesOnTheWay));
+
+  auto* const content = new QWidget;
+  content->setBackgroundRole(QPalette::Base);
+  auto* const column = new QVBoxLayout(content);
+  column->addLayout(MakeFields());
+  column->addWidget(MakeGroup(StringId::GroupNote, u"noteGroup"_qs, notes_), 1);
+  attachmentGroup_ = MakeGroup(StringId::GroupAttachments, u"attachmentGroup"_qs, attachments_);
+  column->addWidget(attachmentGroup_, 1);
+  column->addWidget(onTheWay_);
+  setWidget(content);
+
   slow_.setSingleShot(true);
   slow_.setInterval(area_.Quiet());
   connect(&slow_, &QTimer::timeout, this,
@@ -56,19 +104,52 @@ PackageForm::PackageForm(PackageArea& area, QWidget* parent)
   ShowHeader();
 }
 
+// The time stands in the same place whatever the sender's length.
+QLayout* PackageForm::MakeFields() {
+  auto* const grid = new QGridLayout;
+  for (std::size_t i = 0; i < kFields.size(); ++i) {
+    const Field& field = kFields.at(i);
+    auto* const label = new QLabel(Text(field.label) + Text(StringId::Colon));
+    auto* const value = new FieldValue;
+    value->setObjectName(QString::fromLatin1(field.name));
+    label->setBuddy(value);
+    grid->addWidget(label, field.row, field.column);
+    grid->addWidget(value, field.row, field.column + 1, 1, field.columns);
+    fields_.at(i) = value;
+  }
+  grid->setVerticalSpacing(0);
+  grid->setColumnStretch(1, 3);
+  grid->setColumnStretch(3, 2);
+  return grid;
+}
+
+QGroupBox* PackageForm::MakeGroup(StringId title, const QString& name, QWidget* inside) {
+  auto* const group = new Group(Text(title));
+  group->setObjectName(name);
+  inside->setMinimumHeight(kLeastLines * fontMetrics().lineSpacing());
+  auto* const column = new QVBoxLayout(group);
+  column->setContentsMargins(kGroupMargin, kGroupMargin, kGroupMargin, kGroupMargin);
+  column->addWidget(inside);
+  return group;
+}
+
 // Without a package the layout stays as it is.
 void PackageForm::ShowHeader() {
   const PackageHeader header = area_.SelectedHeader();
-  QString text = ToQString(HeaderText(header));
-  headerText_->setText(text.remove(u'\r'));
-  const QString notes = ToQString(BreakLongLines(header.notes)).remove(u'\r');
-  if (notesEdit_->toPlainText() != notes) {
-    notesEdit_->setPlainText(notes);
+  for (std::size_t i = 0; i < kFields.size(); ++i) {
+    fields_.at(i)->SetValue(ToQString(header.*kFields.at(i).value));
   }
-  if (!area_.Selected().empty()) {
-    complete_ = area_.SelectedIsComplete();
+  QString notes = ToQString(header.notes).remove(u'\r');
+  // A line without a place to break takes seconds to lay out.
+  static const QRegularExpression endless(u"(\\S{1000})"_qs);
+  notes.replace(endless, u"\\1\u200B"_qs);
+  if (notes_->toPlainText() != notes) {
+    notes_->setPlainText(notes);
   }
-  LayoutForm();
+  const bool complete =
+      area_.Selected().empty() ? !attachmentGroup_->isHidden() : area_.SelectedIsComplete();
+  attachmentGroup_->setVisible(complete);
+  onTheWay_->setVisible(!complete);
 }
 
 void PackageForm::ShowFiles() {
@@ -81,36 +162,6 @@ void PackageForm::ShowFiles() {
                                                        : QString());
   } else if (!slow_.isActive()) {
     slow_.start();
-  }
-}
-
-void PackageForm::LayoutForm() {
-  if (lineHeight_ == 0) {
-    lineHeight_ = headerText_->LineHeight();
-  }
-  const FormLayout layout = LayOutForm(width(), height(), lineHeight_, complete_);
-  Place(*headerText_, layout.header);
-  Place(*noteGroup_, layout.noteGroup);
-  Place(*notesEdit_, layout.notes);
-  if (complete_) {
-    Place(*attachmentGroup_, layout.attachmentGroup);
-    Place(*attachments_, layout.attachments);
-  }
-  attachmentGroup_->setVisible(complete_);
-  attachments_->setVisible(complete_);
-  update();
-}
-
-void PackageForm::resizeEvent(QResizeEvent* event) {
-  QWidget::resizeEvent(event);
-  LayoutForm();
-}
-
-void PackageForm::changeEvent(QEvent* event) {
-  QWidget::changeEvent(event);
-  if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) {
-    lineHeight_ = 0;
-    LayoutForm();
   }
 }
 

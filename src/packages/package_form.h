@@ -1,45 +1,41 @@
 #pragma once
 
 #include <QGroupBox>
-#include <QLabel>
+#include <QPlainTextEdit>
+#include <QScrollArea>
 #include <QTimer>
+#include <array>
 
 #include "packages/attachment_list.h"
-#include "packages/edit_no_menu.h"
-#include "packages/header_label.h"
+#include "packages/field_value.h"
 #include "packages/package_area.h"
 
 namespace updown {
 
 // The lower right pane: header, notes and, for a complete package, the attachments of the package
-// that is selected in the area.
-class PackageForm : public QWidget {
+// that is selected in the area. Where it is small it scrolls.
+class PackageForm : public QScrollArea {
   Q_OBJECT
 
  public:
-  // The area outlives the form.
-  PackageForm(PackageArea& area, QWidget* parent = nullptr);
+  // Both outlive the form.
+  PackageForm(PackageArea& area, PackageCommands& commands, QWidget* parent = nullptr);
 
   AttachmentList& Attachments() { return *attachments_; }
 
- protected:
-  void resizeEvent(QResizeEvent* event) override;
-  void changeEvent(QEvent* event) override;
-
  private:
+  QLayout* MakeFields();
+  QGroupBox* MakeGroup(StringId title, const QString& name, QWidget* inside);
   void ShowHeader();
   void ShowFiles();
-  void LayoutForm();
 
   PackageArea& area_;
-  HeaderLabel* headerText_;
-  QGroupBox* noteGroup_;
-  CEditNoMenu* notesEdit_;
-  QGroupBox* attachmentGroup_;
+  std::array<FieldValue*, 5> fields_{};
+  QPlainTextEdit* notes_;
   AttachmentList* attachments_;
+  QGroupBox* attachmentGroup_ = nullptr;
+  FieldValue* onTheWay_;  // in the place of the attachments
   QTimer slow_;           // runs while nothing needs to be said yet of the files asked for
-  bool complete_ = true;  // the package shown last; before the first one all parts show
-  int lineHeight_ = 0;    // of the header; 0: not worked out yet
 };
 
 }  // namespace updown

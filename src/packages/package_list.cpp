@@ -1,54 +1,68 @@
 #include "packages/package_list.h"
 
-#include <QHeaderView>
-#include <QMenu>
 #include <QScopedValueRollback>
-#include <array>
 #include <utility>
 
-#include "platform/qt/text.h"
+#include "packages/column_header.h"
 #include "resources/qt/texts.h"
 #include "resources/string_id.h"
 
 namespace updown {
 namespace {
 
-constexpr std::array kColumnWidths{160, 160, 160, 160, 80};
 constexpr int kInViewDelay = 50;  // ms
 
 }  // namespace
 
-PackageList::PackageList(PackageArea& area, QString service, QWidget* parent)
-    : RowListView(parent), area_(area), columns_(area), service_(std::move(service)) {
-  setObjectName(QStringLiteral("packageList"));
+PackageList::PackageList(PackageArea& area, PackageCommands& commands, QString service,
+                         QWidget* parent)
+    : RowListView(parent),
+      area_(area),
+      columns_(area),
+      service_(std::move(service)),
+      delete_(MakeAction(this, StringId::MenuPackageDelete, u"deletePackage"_qs,
+                         {QKeySequence::Delete})) {
+  setObjectName(u"packageList"_qs);
   setAccessibleName(Text(StringId::PackageListName));
-  setMinimumSize(1, 1);  // the pane can be made as small as its splitter lets it
   setModel(&columns_);
   setRootIndex(columns_.mapFromSource(area_.Root()));
-  InitHeader();
+  setHeader(new ColumnHeader({23, 20, 20, 40, 12}, package_column::kSubject, this));
+  setSortingEnabled(true);
+  addActions({commands.SaveAllAction(), delete_});
+  connect(delete_, &QAction::triggered, this,
+          [this, &commands] { commands.DeletePackage(area_.Selected()); });
   slow_.setSingleShot(true);
   inView_.setSingleShot(true);
   connect(&slow_, &QTimer::timeout, this, [this] { ShowConnection(true); });
   connect(&inView_, &QTimer::timeout, this, &PackageList::TellRowsInView);
-  connect(&columns_, &QAbstractItemModel::layoutChanged, this,
-          [this] { inView_.start(kInViewDelay); });
+  FollowSorting();
   connect(&area_, &PackageArea::SelectionChanged, this, &PackageList::ShowSelection);
+  connect(&area_, &PackageArea::HeaderChanged, this,
+          [this] { delete_->setEnabled(!area_.IsBusy(area_.Selected())); });
   connect(&area_, &PackageArea::ConnectionChanged, this, &PackageList::FollowConnection);
-  connect(this, &RowListView::RowMenuRequested, this,
-          [this](int, const QPoint& globalPosition) { ShowMenu(globalPosition); });
+  connect(&area_, &PackageArea::HeadersRead, this, [this] { ShowConnection(false); });
   FollowConnection();
+  ShowSelection();
 }
 
-void PackageList::InitHeader() {
-  header()->setObjectName(QStringLiteral("sortHeader"));
-  header()->setSortIndicator(-1, Qt::AscendingOrder);  // else column 0 would be sorted at once
-  header()->setSectionsMovable(false);
-  header()->setStretchLastSection(false);
-  header()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
-  setSortingEnabled(true);
-  for (std::size_t column = 0; column < kColumnWidths.size(); ++column) {
-    setColumnWidth(static_cast<int>(column), kColumnWidths.at(column));
-  }
+// Headers that arrive can move the selected row too.
+void PackageList::FollowSorting() {
+  connect(&columns_, &QAbstractItemModel::layoutAboutToBeChanged, this, [this] {
+    selectedInView_ = visualRect(CellAt(SelectedRow(), 0)).intersects(viewport()->rect());
+  });
+  connect(&columns_, &QAbstractItemModel::layoutChanged, this, [this] {
+    if (selectedInView_) {
+      scrollTo(CellAt(SelectedRow(), 0));
+    }
+    inView_.start(kInViewDelay);
+  });
+}
+
+// What is selected and does not show any more shows again with its row.
+void PackageList::SetFilter(const QString& text) {
+  columns_.SetFilter(text);
+  ShowSelection();
+  ShowConnection(false);
 }
 
 void PackageList::selectionChanged(const QItemSelection& selected,
@@ -66,6 +80,7 @@ void PackageList::ShowSelection() {
   if (row.row() != SelectedRow()) {
     SelectRow(row.row());
   }
+  delete_->setEnabled(!area_.Selected().empty() && !area_.IsBusy(area_.Selected()));
   inView_.start(kInViewDelay);
 }
 
@@ -73,15 +88,16 @@ void PackageList::ShowSelection() {
 void PackageList::rowsInserted(const QModelIndex& parent, int first, int last) {
   RowListView::rowsInserted(parent, first, last);
   inView_.start(kInViewDelay);
-  if (last - first + 1 == RowCount()) {
+  if (last - first + 1 == RowCount() && columns_.Filter().isEmpty() && !columns_.Filtering()) {
     SelectRow(0);
   }
 }
 
-// The row below takes the place of one that goes; below the last one there is none.
+// The row below takes the place of one that goes; below the last one there is none. In the place of
+// one that is filtered away stands nothing that the user has chosen.
 void PackageList::rowsAboutToBeRemoved(const QModelIndex& parent, int first, int last) {
   if (const int row = SelectedRow(); row >= first && row <= last) {
-    SelectRow(last + 1 < RowCount() ? last + 1 : -1);
+    SelectRow(last + 1 < RowCount() && !columns_.Filtering() ? last + 1 : -1);
   }
   RowListView::rowsAboutToBeRemoved(parent, first, last);
   inView_.start(kInViewDelay);
@@ -104,8 +120,12 @@ void PackageList::ShowConnection(bool slow) {
     case PackageArea::Connection::Lost:
       SetHint(Text(StringId::HintNotReached).arg(service_));
       break;
+    case PackageArea::Connection::GivenUp:
+      SetHint(Text(StringId::HintNotConnected).arg(service_));
+      break;
     case PackageArea::Connection::There:
-      SetHint(Text(StringId::EmptyHint).remove(u'\r'));
+      SetHint(columns_.Filter().isEmpty() ? Text(StringId::EmptyHint).remove(u'\r')
+                                          : Text(StringId::HintNoneFound));
       break;
   }
   viewport()->setCursor(slow ? Qt::BusyCursor : Qt::ArrowCursor);
@@ -129,19 +149,6 @@ void PackageList::resizeEvent(QResizeEvent* event) {
 void PackageList::scrollContentsBy(int dx, int dy) {
   RowListView::scrollContentsBy(dx, dy);
   inView_.start(kInViewDelay);
-}
-
-void PackageList::ShowMenu(const QPoint& globalPosition) {
-  auto* menu = new QMenu(this);
-  menu->setObjectName(QStringLiteral("packageMenu"));
-  menu->setAttribute(Qt::WA_DeleteOnClose);
-  const QAction* refresh =
-      menu->addAction(Text(StringId::MenuPackageRefresh) + QStringLiteral("\tF5"));
-  connect(refresh, &QAction::triggered, this, [this] { area_.Refresh(AskedBy::Person); });
-  const QAction* remove = menu->addAction(Text(StringId::MenuPackageDelete));
-  connect(remove, &QAction::triggered, this,
-          [this, name = FromUtf8(area_.Selected())] { Q_EMIT DeleteWanted(name); });
-  menu->popup(globalPosition);
 }
 
 }  // namespace updown

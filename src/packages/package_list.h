@@ -1,23 +1,26 @@
 #pragma once
 
+#include <QAction>
 #include <QTimer>
 
 #include "packages/package_columns.h"
+#include "packages/package_commands.h"
 #include "widgets/row_list_view.h"
 
 namespace updown {
 
-// The upper right pane: one row for each package, with what its header says. It shows the area's
-// selection and changes it; a heading sorts. Instead of rows it tells why there are none.
+// One row for each package, with what its header says. It shows the area's selection and changes
+// it; a heading sorts. Instead of rows it tells why there are none.
 class PackageList : public RowListView {
   Q_OBJECT
 
  public:
-  // `service` as the user knows it. The area outlives the list.
-  PackageList(PackageArea& area, QString service, QWidget* parent = nullptr);
+  // `service` as the user knows it. Area and commands outlive the list.
+  PackageList(PackageArea& area, PackageCommands& commands, QString service,
+              QWidget* parent = nullptr);
 
- Q_SIGNALS:
-  void DeleteWanted(const QString& package);
+  // Shows the packages alone that have this text in any column; empty: all.
+  void SetFilter(const QString& text);
 
  protected:
   void rowsInserted(const QModelIndex& parent, int first, int last) override;
@@ -27,19 +30,20 @@ class PackageList : public RowListView {
   void scrollContentsBy(int dx, int dy) override;
 
  private:
-  void InitHeader();
+  void FollowSorting();
   void ShowSelection();
   void FollowConnection();
   void ShowConnection(bool slow);
   void TellRowsInView();
-  void ShowMenu(const QPoint& globalPosition);
 
   PackageArea& area_;
   PackageListColumns columns_;
   const QString service_;
+  QAction* delete_;
   QTimer slow_;    // runs while nothing needs to be said yet of a request
   QTimer inView_;  // once for all that moves the rows in a short while
   bool following_ = false;
+  bool selectedInView_ = false;  // when a sort began
 };
 
 }  // namespace updown

@@ -3,24 +3,23 @@
 #include <QDropEvent>
 #include <QMouseEvent>
 #include <QScopedValueRollback>
-#include <QStyledItemDelegate>
 
-#include "platform/qt/text.h"
 #include "resources/qt/texts.h"
 #include "resources/string_id.h"
+#include "widgets/cell_delegate.h"
 #include "widgets/icons.h"
 
 namespace updown {
 namespace {
 
 // The selected folder stands open.
-class FolderDelegate : public QStyledItemDelegate {
+class FolderDelegate : public CellDelegate {
  public:
-  using QStyledItemDelegate::QStyledItemDelegate;
+  using CellDelegate::CellDelegate;
 
  protected:
   void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
-    QStyledItemDelegate::initStyleOption(option, index);
+    CellDelegate::initStyleOption(option, index);
     if ((option->state & QStyle::State_Selected) != 0) {
       option->icon = open_;
     }
@@ -38,24 +37,47 @@ void TakeDrop(QDropEvent& event) {
 
 }  // namespace
 
-PackageTree::PackageTree(PackageArea& area, QWidget* parent)
-    : QTreeView(parent), area_(area), columns_(area) {
+PackageTree::PackageTree(PackageArea& area, PackageCommands& commands, QWidget* parent)
+    : ItemView(parent),
+      area_(area),
+      columns_(area),
+      rename_(MakeAction(this, StringId::Rename, u"renamePackage"_qs, {Qt::Key_F2})),
+      delete_(MakeAction(this, StringId::MenuPackageDelete, u"deletePackage"_qs,
+                         {QKeySequence::Delete})) {
   setObjectName(QStringLiteral("packageTree"));
   setAccessibleName(Text(StringId::FolderTreeName));
   setHeaderHidden(true);
   setUniformRowHeights(true);
   setSelectionMode(SingleSelection);
-  setEditTriggers(SelectedClicked | EditKeyPressed);
+  setEditTriggers(SelectedClicked);
   setDragDropMode(DropOnly);
   setItemDelegate(new FolderDelegate(this));
   setModel(&columns_);
+  addActions({rename_, delete_});
+  connect(rename_, &QAction::triggered, this, [this] { edit(currentIndex()); });
+  connect(delete_, &QAction::triggered, this,
+          [this, &commands] { commands.DeletePackage(CurrentPackage()); });
+  connect(this, &ItemView::MenuAboutToOpen, this, &PackageTree::UpdateActions);
   connect(&area_, &PackageArea::SelectionChanged, this, &PackageTree::ShowSelection);
+  connect(&area_, &PackageArea::HeaderChanged, this, &PackageTree::UpdateActions);
+  UpdateActions();
+}
+
+std::string PackageTree::CurrentPackage() const {
+  return area_.NameAt(columns_.mapToSource(currentIndex()));
+}
+
+void PackageTree::UpdateActions() {
+  const std::string package = CurrentPackage();
+  const bool enabled = !package.empty() && !area_.IsBusy(package);
+  rename_->setEnabled(enabled);
+  delete_->setEnabled(enabled);
 }
 
 void PackageTree::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
   QTreeView::currentChanged(current, previous);
-  const std::string name = area_.NameAt(columns_.mapToSource(current));
-  if (!following_ && !name.empty()) {
+  UpdateActions();
+  if (const std::string name = CurrentPackage(); !following_ && !name.empty()) {
     area_.Select(name);
   }
 }

@@ -37,12 +37,16 @@ DebugStream& StandardOutput() {
 std::string Format(const char* format, va_list arguments) {
   va_list again;
   va_copy(again, arguments);
+  constexpr std::size_t kMostLines = 255;  // are shorter, and are formatted once
+  std::string text(kMostLines, '\0');
   // The check loses sight of a list that is handed on.
-  const int length =
-      std::vsnprintf(nullptr, 0, format, again);  // NOLINT(clang-analyzer-valist.Uninitialized)
+  // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized)
+  const int length = std::vsnprintf(text.data(), text.size() + 1, format, again);
   va_end(again);
-  std::string text(length > 0 ? static_cast<std::size_t>(length) : 0, '\0');
-  std::vsnprintf(text.data(), text.size() + 1, format, arguments);
+  text.resize(length > 0 ? static_cast<std::size_t>(length) : 0);
+  if (text.size() > kMostLines) {
+    std::vsnprintf(text.data(), text.size() + 1, format, arguments);
+  }
   return text;
 }
 

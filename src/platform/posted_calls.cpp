@@ -30,7 +30,8 @@ struct PostedCalls::State {
   bool RunOne(std::unique_lock<std::mutex>& lock);
 };
 
-// Leaves the lock for the call, and takes it again.
+// Leaves the lock for the call, and takes it again. A call that throws has woken nobody: the next
+// one tries again.
 void PostedCalls::State::Wake(std::unique_lock<std::mutex>& lock) {
   if (wakePending || closed) {
     return;
@@ -38,8 +39,14 @@ void PostedCalls::State::Wake(std::unique_lock<std::mutex>& lock) {
   wakePending = true;
   ++wakesRunning;
   lock.unlock();
-  wake();
+  bool thrown = false;
+  try {
+    wake();
+  } catch (...) {
+    thrown = true;
+  }
   lock.lock();
+  wakePending = wakePending && !thrown;
   --wakesRunning;
   wakesEnded.notify_all();
 }

@@ -11,8 +11,9 @@ namespace updown {
 
 namespace {
 
-// A reply's head and what its path may take; the rest of a block stays in the socket.
-constexpr std::size_t kHeadBytes = 512;
+// A block's reply head and what its path may take. All further heads of a file are as long as the
+// first one turns out to be, so that nothing but the head is taken out of the socket by hand.
+constexpr std::size_t kMostHeadBytes = 512;
 // Less than this passes through the buffer, which costs no pipe.
 constexpr std::uint32_t kWorthAPipe = 65536;
 
@@ -47,6 +48,7 @@ class Download {
   DownloadTarget target_;
   BlockPipe pipe_;
   bool pipeWorks_ = true;
+  std::size_t headBytes_ = kMostHeadBytes;  // of the next block, at most
   TransferPosition position_;
   TransferResult failure_;  // of the local file; its code is 0 as long as there is none
 };
@@ -152,8 +154,12 @@ int Download::RequestBlock(BlockRequest& block) {
   ServiceReply reply;
   const int result =
       Exchange(dialect_, connection_, message::kReadBlock,
-               Bytes(list).first(static_cast<std::size_t>(size)), buffer_, reply, kHeadBytes);
-  return result == result::kOk ? DecodeBlockReply(reply, block) : result;
+               Bytes(list).first(static_cast<std::size_t>(size)), buffer_, reply, headBytes_);
+  if (result != result::kOk) {
+    return result;
+  }
+  headBytes_ = buffer_.Capacity() - buffer_.Free() - buffer_.Unread();
+  return DecodeBlockReply(reply, block);
 }
 
 // A block that lies anywhere but where it was asked for, runs past the file's end or is empty is

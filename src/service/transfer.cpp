@@ -11,12 +11,12 @@ namespace updown {
 TransferResult RunTaskTransfer(const FileService& service, std::string_view serverName,
                                std::uint16_t serverPort, const std::string& sessid,
                                TransferRecord& record, TransferProgress* progress,
-                               SocketGroup* group) {
+                               SocketGroup* group, std::chrono::milliseconds silence) {
   Connection connection(group);
   if (const int opened = connection.Open(serverName, serverPort); opened != result::kOk) {
     return SettleFailure({opened, connection.LastError(), record.RemotePath()}, record, progress);
   }
-  connection.SetSilenceLimit(kTransferSilence);
+  connection.SetSilenceLimit(silence);
   try {
     return service.Ops().DownloadFile(connection, sessid, record, progress);
   } catch (const std::bad_alloc&) {

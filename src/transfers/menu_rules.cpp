@@ -3,15 +3,15 @@
 namespace updown {
 
 EnabledCommands CommandsFor(TransferState state, bool running, bool bytesMoved) {
-  //                                pause  resume redo   delete file   folder move
-  constexpr EnabledCommands kWaiting{true, false, false, true, false, false, false};
-  constexpr EnabledCommands kMoving{true, false, true, true, false, true, false};
-  constexpr EnabledCommands kStarting{true, false, true, true, false, false, false};
-  constexpr EnabledCommands kHalted{true, false, false, true, false, true, false};
-  constexpr EnabledCommands kStopping{false, false, false, true, false, true, false};
-  constexpr EnabledCommands kIdle{false, true, true, true, false, true, false};
-  constexpr EnabledCommands kFinished{false, false, true, true, true, true, true};
-  constexpr EnabledCommands kForeign{false, false, false, true, false, false, false};
+  //                                pause  resume redo   delete file   folder move   copy
+  constexpr EnabledCommands kWaiting{true, false, false, true, false, false, false, true};
+  constexpr EnabledCommands kMoving{true, false, true, true, false, true, false, true};
+  constexpr EnabledCommands kStarting{true, false, true, true, false, false, false, true};
+  constexpr EnabledCommands kHalted{true, false, false, true, false, true, false, true};
+  constexpr EnabledCommands kStopping{false, false, false, true, false, true, false, true};
+  constexpr EnabledCommands kIdle{false, true, true, true, false, true, false, true};
+  constexpr EnabledCommands kFinished{false, false, true, true, true, true, true, true};
+  constexpr EnabledCommands kForeign{false, false, false, true, false, false, false, true};
   switch (state) {
     case TransferState::Queued:
       if (!running) {

@@ -106,7 +106,9 @@ std::optional<std::string> MoveInBox(QWidget* owner, const std::string& path,
   }
   const QPointer<QWidget> alive(owner);
   const bool replace = IsFile(path) && IsFile(*target);
-  if (replace && (!Confirm(owner, Text(StringId::ConfirmReplace).arg(NameOf(path))) || !alive)) {
+  if (replace &&
+      (!Confirm(owner, Text(StringId::ConfirmReplace).arg(NameOf(path)), Text(StringId::Replace)) ||
+       !alive)) {
     return std::nullopt;
   }
   const std::error_code error = Move(owner, path, *target, replace);

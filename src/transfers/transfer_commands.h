@@ -1,42 +1,45 @@
 #pragma once
 
 #include <QWidget>
+#include <optional>
+#include <vector>
 
-#include "platform/ticks.h"
 #include "resources/string_id.h"
 #include "transfers/desktop.h"
 #include "transfers/menu_rules.h"
-#include "transfers/row_updates.h"
 #include "transfers/transfer_model.h"
 #include "transfers/transfer_tasks.h"
 
 namespace updown {
 
-// What the seven commands do to the task of a row. Main thread only. The commands that ask wait for
-// the user with `owner` in front; the rows may have changed by then, and `owner` and this object
-// may be gone, in which case the command ends there.
+// What the commands do to selected transfers: each to those that allow it. Main thread only. The
+// commands that ask wait for the user with `owner` in front; the rows may have changed by then, and
+// `owner` and this object may be gone, in which case the command ends there.
 class TransferCommands {
  public:
-  TransferCommands(TransferTasks& tasks, const TickCounter& ticks, TransferModel& model,
-                   RowUpdates& rows, Desktop desktop, QWidget* owner);
+  TransferCommands(TransferTasks& tasks, TransferModel& model, Desktop desktop, QWidget* owner);
 
-  void Run(StatusCommand command, int row);
+  // A command is offered if one of the transfers allows it.
+  EnabledCommands Offered(const std::vector<TaskId>& selected) const;
+  void Run(TransferCommand command, const std::vector<TaskId>& selected);
+
+  void ClearFinished();
+  void ResumeAllFailed();
 
  private:
-  void PauseTask(const TransferTask& task);
-  void ResumeTask(const TransferTask& task);
-  void RedoTask(const TaskPointer& task);
-  void DeleteRow(int row);
-  void OpenTaskFile(const TransferTask& task);
-  void OpenTaskFolder(const TransferTask& task);
-  void MoveTaskFile(const TaskPointer& task);
+  using Tasks = std::vector<TaskPointer>;
 
-  bool Asked(StringId question);
+  Tasks Allowing(TransferCommand command, const std::vector<TaskId>& selected) const;
+  void Pause(const Tasks& tasks);
+  void Resume(const Tasks& tasks);
+  void Redo(const Tasks& tasks);
+  std::optional<StringId> RefusalOfRedo(const TransferTask& task) const;
+  void Delete(const Tasks& tasks, const std::vector<TaskId>& rows);
+  void Move(const Tasks& tasks);
+  bool Asked(const QString& question, StringId verb);
 
   TransferTasks& tasks_;
-  const TickCounter& ticks_;
   TransferModel& model_;
-  RowUpdates& rows_;
   Desktop desktop_;
   QWidget* owner_;
 };

@@ -1,76 +1,104 @@
 #pragma once
 
 #include <QAbstractTableModel>
-#include <QString>
+#include <QBasicTimer>
+#include <QIcon>
 #include <array>
-#include <cstdint>
-#include <memory>
-#include <unordered_map>
 #include <vector>
 
 #include "engine/transfer_task.h"
+#include "platform/ticks.h"
+#include "transfers/transfer_row.h"
 
 namespace updown {
 
-enum class StatusColumn : int { SourceEnd, TargetEnd, Transferred, Progress, Rate, Remaining };
-inline constexpr int kStatusColumns = 6;
+// For QSortFilterProxyModel::setSortRole: numbers sort as numbers.
+inline constexpr int kTransferSortRole = Qt::UserRole + 201;
 
-// The image of a row, in column 0.
-enum class RowImage : int { WaitingUpload, WaitingDownload, Finished, Failed, Stopped };
-inline constexpr int kRowImages = 5;
+// What the line below the rows tells.
+struct TransferTotals {
+  float rate = 0;  // bytes per second
+  int running = 0;
+  int waiting = 0;
+  int failed = 0;
+};
 
-// The image for a state, or `otherwise` for a state that has none.
-RowImage ImageOfState(TransferState state, std::uint32_t direction, RowImage otherwise);
-
-// The rows of the status window: six texts and an image each, as they were last set, and the task
-// that they tell of. A row does not keep its task alive: once the task is gone from the queue and
-// from its worker, the row has none. Main thread only.
+// The rows of the transfers window, in the order in which their tasks were made, kept in step with
+// what the engine announces. News about tasks without a row (those of the package cache, and those
+// that are gone) do nothing. A state shows at once; blocks that come in quick succession show
+// together, a moment later. Main thread only; the tick counter outlives it.
 class TransferModel : public QAbstractTableModel {
   Q_OBJECT
 
  public:
-  explicit TransferModel(QObject* parent = nullptr);
+  explicit TransferModel(const TickCounter& ticks, QObject* parent = nullptr);
 
-  using Texts = std::array<QString, kStatusColumns>;
-  void Append(const TaskPointer& task, Texts texts, RowImage image);
-  void Remove(int row);
+  // Null does nothing.
+  void Add(const TaskPointer& task);
+  // One call for many costs little more than one for one.
+  void Remove(std::vector<TaskId> tasks);
 
-  TaskPointer TaskAt(int row) const;  // null if the row's task is gone, or there is no such row
-  int RowOfTask(TaskId id) const;     // -1 if there is none
+  const TransferRow& RowAt(int row) const { return rows_[static_cast<std::size_t>(row)]; }
+  TaskId TaskAt(int row) const { return RowAt(row).id; }
+  int RowOf(TaskId task) const;           // -1 if there is none
+  TaskPointer TaskOf(TaskId task) const;  // null if it has no row, or is gone
+  std::vector<TaskId> TasksIn(ShownState state) const;
+  TransferTotals Totals() const;
 
-  const QString& TextAt(int row, StatusColumn column) const;
-  void SetText(int row, StatusColumn column, const QString& text);
-  // The tip of the Transferred cell, in lines; empty: the cell's own text.
-  void SetDetails(int row, const QString& details);
-  RowImage ImageAt(int row) const;
-  void SetImage(int row, RowImage image);
+  // A path of the task is another one.
+  void ShowPaths(TaskId task);
+  // A run of the task has begun; a block has arrived; the run waits to make its connection anew; it
+  // has ended.
+  void ShowStarted(TaskId task);
+  void ShowBlock(TaskId task);
+  void ShowReconnecting(TaskId task) { SetCourse({task}, TransferCourse::Reconnecting); }
+  void ShowEnded(TaskId task, const TransferResult& result);
+  // The user has paused these, or has had them queued again.
+  void ShowPaused(const std::vector<TaskId>& tasks) { SetCourse(tasks, TransferCourse::None); }
+  void ShowQueued(const std::vector<TaskId>& tasks) {
+    SetCourse(tasks, TransferCourse::QueuedAgain);
+  }
 
-  // Tells the views that the task behind the row has changed, whatever the texts say.
-  void Touch(int row);
-
-  int rowCount(const QModelIndex& parent = {}) const override;
-  int columnCount(const QModelIndex& parent = {}) const override;
+  int rowCount(const QModelIndex& parent = {}) const override {
+    return parent.isValid() ? 0 : static_cast<int>(rows_.size());
+  }
+  int columnCount(const QModelIndex& parent = {}) const override {
+    return parent.isValid() ? 0 : kTransferColumns;
+  }
   QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
-  bool setData(const QModelIndex& index, const QVariant& value, int role = Qt::EditRole) override;
   QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
+  // Finished files can be dragged to other programs, which get copies.
+  Qt::ItemFlags flags(const QModelIndex& index) const override;
+  QMimeData* mimeData(const QModelIndexList& indexes) const override;
+  Qt::DropActions supportedDragActions() const override { return Qt::CopyAction; }
+
+ protected:
+  void timerEvent(QTimerEvent* event) override;
+
  private:
-  struct Row {
-    TaskId id = 0;
-    std::weak_ptr<TransferTask> task;
-    Texts texts;
-    RowImage image = RowImage::WaitingDownload;
-    QString details;
-  };
+  using Rows = std::vector<TransferRow>;
 
-  const Row& At(int row) const { return rows_[static_cast<std::size_t>(row)]; }
-  Row& At(int row) { return rows_[static_cast<std::size_t>(row)]; }
-  bool Holds(int row) const { return row >= 0 && static_cast<std::size_t>(row) < rows_.size(); }
-  QString TipText(int row, StatusColumn column) const;
-  QVariant AccessibleText(int row, StatusColumn column) const;
+  Rows::iterator Find(TaskId task);
+  TransferRow* RowWith(TaskId task);
+  int Number(const TransferRow& row) const { return static_cast<int>(&row - rows_.data()); }
+  void GatherAtEnd(const std::vector<TaskId>& tasks);
+  void SetCourse(const std::vector<TaskId>& tasks, TransferCourse course);
+  void ShowBlocks();
+  void Measure(TransferRow& row);
+  void EndStalledRates();
+  void ShowRows(std::vector<int> rows, TransferColumn from = TransferColumn::Name,
+                TransferColumn to = TransferColumn::State);
+  static QVariant SortValue(const TransferRow& row, TransferColumn column);
+  QIcon IconOf(const TransferRow& row) const;
 
-  std::vector<Row> rows_;
-  std::unordered_map<TaskId, int> rowOfTask_;
+  const TickCounter& ticks_;
+  Rows rows_;                    // ascending by id
+  std::vector<TaskId> blocks_;   // tasks whose blocks do not show yet
+  std::uint32_t lastShown_ = 0;  // when blocks were shown last
+  QBasicTimer blockTimer_;
+  QBasicTimer stallTimer_;  // while a row has a rate
+  std::array<QIcon, 5> icons_;
 };
 
 }  // namespace updown

@@ -1,6 +1,7 @@
 #include "transfers/transfer_texts.h"
 
 #include <algorithm>
+#include <array>
 
 #include "widgets/size_texts.h"
 
@@ -15,19 +16,13 @@ std::string TwoDigits(std::uint64_t value) {
 }  // namespace
 
 std::string FormatRate(float rate) {
-  constexpr float kStep = 1.0F / 1024;
-  if (rate < 1024) {
-    return FormatFixed(rate, 0) + " B/s";
+  constexpr float kStep = 1024;
+  constexpr std::array kUnits{" B/s", " KB/s", " MB/s", " GB/s"};
+  std::size_t unit = 0;
+  for (; rate >= kStep && unit + 1 < kUnits.size(); ++unit) {
+    rate /= kStep;
   }
-  rate *= kStep;
-  if (rate < 1024) {
-    return FormatFixed(rate, 2) + " KB/s";
-  }
-  rate *= kStep;
-  if (rate < 1024) {
-    return FormatFixed(rate, 2) + " MB/s";
-  }
-  return FormatFixed(rate * kStep, 2) + " GB/s";
+  return FormatFixed(rate, unit == 0 ? 0 : 2) + kUnits[unit];
 }
 
 std::string FormatRemaining(double seconds) {

@@ -1,13 +1,12 @@
 #pragma once
 
-class QAccessibleInterface;
+#include <QAccessibleInterface>
+#include <QTreeView>
 
 namespace updown {
 
-class RowListView;
-
-// The list as a table of cells for a screen reader: header cells first, then the rows' cells, link
-// cells with the role of a link.
-QAccessibleInterface* MakeAccessibleRows(RowListView* list);
+// What a screen reader finds of a view: a table, or else a tree in which only the last one of any
+// siblings has children.
+QAccessibleInterface* MakeAccessibleRows(QTreeView* view);
 
 }  // namespace updown

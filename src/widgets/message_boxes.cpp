@@ -55,11 +55,6 @@ int RunBox(const QPointer<QMessageBox>& box) {
   return pressed;
 }
 
-QMessageBox* MakeQuestion(QWidget* owner, const QString& question) {
-  return MakeBox(owner, question, Text(StringId::ProgramTitle), BoxIcon::Question,
-                 QMessageBox::Ok | QMessageBox::Cancel);
-}
-
 }  // namespace
 
 void ShowBox(QWidget* owner, const QString& text, const QString& caption, BoxIcon icon) {
@@ -76,14 +71,10 @@ void ShowNotice(QWidget* owner, StringId text) {
   ShowBox(owner, Text(text), Text(StringId::ProgramTitle), BoxIcon::Information);
 }
 
-bool Confirm(QWidget* owner, StringId question) { return Confirm(owner, Text(question)); }
-
-bool Confirm(QWidget* owner, const QString& question) {
-  return RunBox(MakeQuestion(owner, question)) == QMessageBox::Ok;
-}
-
-bool ConfirmLoss(QWidget* owner, const QString& question) {
-  QMessageBox* box = MakeQuestion(owner, question);
+bool Confirm(QWidget* owner, const QString& question, const QString& acceptText) {
+  QMessageBox* box = MakeBox(owner, question, Text(StringId::ProgramTitle), BoxIcon::Question,
+                             QMessageBox::Ok | QMessageBox::Cancel);
+  box->button(QMessageBox::Ok)->setText(acceptText);
   box->setDefaultButton(QMessageBox::Cancel);
   return RunBox(box) == QMessageBox::Ok;
 }

@@ -20,10 +20,8 @@ void TellBox(QWidget* owner, const QString& text, const QString& caption, BoxIco
 // The string with the program's title as caption and the information icon.
 void ShowNotice(QWidget* owner, StringId text);
 
-// OK and Cancel with the question icon; true unless Cancel.
-bool Confirm(QWidget* owner, const QString& question);
-bool Confirm(QWidget* owner, StringId question);
-// The same, with Cancel as default.
-bool ConfirmLoss(QWidget* owner, const QString& question);
+// Asks before something is lost or ended: true for the button that carries the verb, `acceptText`
+// (& marks its key). Cancel is the other one, the default and what Escape does.
+bool Confirm(QWidget* owner, const QString& question, const QString& acceptText);
 
 }  // namespace updown

@@ -48,10 +48,13 @@ NoticeBar::NoticeBar(QWidget* parent)
 }
 
 void NoticeBar::SetNotice(Source source, const QString& text) {
+  const bool stood = isVisible();
   notices_.insert(source, text);
   Refresh();
-  QAccessibleEvent alert(this, QAccessible::Alert);
-  QAccessible::updateAccessibility(&alert);
+  if (stood) {  // the toolkit tells it when it comes
+    QAccessibleEvent shown(this, QAccessible::ObjectShow);
+    QAccessible::updateAccessibility(&shown);
+  }
 }
 
 void NoticeBar::ClearNotice(Source source) {
@@ -61,6 +64,7 @@ void NoticeBar::ClearNotice(Source source) {
 
 void NoticeBar::Refresh() {
   text_->setText(QStringList(notices_.values()).join(u'\n'));
+  setAccessibleName(text_->text());
   tryAgain_->setVisible(notices_.contains(Source::Service));
   setVisible(!notices_.isEmpty());
 }

@@ -1,9 +1,9 @@
 #include "widgets/row_list_view.h"
 
-#include <QContextMenuEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
+#include <algorithm>
 
 namespace updown {
 namespace {
@@ -18,12 +18,10 @@ QRect HintRect(QRect view, int lineHeight) {
 
 }  // namespace
 
-RowListView::RowListView(QWidget* parent) : QTreeView(parent) {
-  InstallAccessibleFactory();
+RowListView::RowListView(QWidget* parent) : ItemView(parent) {
   setRootIsDecorated(false);
   setItemsExpandable(false);
   setUniformRowHeights(true);
-  setAllColumnsShowFocus(true);
   setSelectionMode(SingleSelection);
   setSelectionBehavior(SelectRows);
   setEditTriggers(NoEditTriggers);
@@ -46,7 +44,11 @@ int RowListView::SelectedRow() const {
     return -1;
   }
   const QModelIndexList rows = selectionModel()->selectedRows();
-  return rows.isEmpty() ? -1 : rows.front().row();
+  const QModelIndex current = currentIndex().siblingAtColumn(0);
+  if (rows.isEmpty() || rows.contains(current)) {
+    return rows.isEmpty() ? -1 : current.row();
+  }
+  return std::min_element(rows.begin(), rows.end())->row();
 }
 
 void RowListView::SelectRow(int row) {
@@ -70,56 +72,46 @@ void RowListView::SetHint(const QString& hint) {
 }
 
 void RowListView::paintEvent(QPaintEvent* event) {
-  QTreeView::paintEvent(event);
+  ItemView::paintEvent(event);
   if (RowCount() == 0 && !hint_.isEmpty()) {
     QPainter painter(viewport());
     painter.setPen(palette().color(QPalette::Text));
     painter.drawText(HintRect(viewport()->rect(), fontMetrics().height()),
                      Qt::AlignHCenter | Qt::AlignTop | Qt::TextWordWrap, hint_);
   }
+  if (RowCount() == 0 && hasFocus()) {  // which has no row to show itself on
+    QPainter painter(viewport());
+    painter.setPen(palette().color(QPalette::Highlight));
+    painter.drawRect(viewport()->rect().adjusted(0, 0, -1, -1));
+  }
 }
 
 void RowListView::keyPressEvent(QKeyEvent* event) {
-  if (event->key() == Qt::Key_F10 && event->modifiers() == Qt::ShiftModifier) {
-    OpenMenuByKey();
-    event->accept();
-    return;
-  }
   // Without this the first arrow key would step over the current row, and a single row could not be
   // reached at all; nor could the first and last one by Home and End when they are current.
   const bool step = event->key() == Qt::Key_Down || event->key() == Qt::Key_Up;
   const bool jump = event->key() == Qt::Key_Home || event->key() == Qt::Key_End;
-  if ((step || jump) && SelectCurrentRow() && step) {
+  const bool plain = (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
+  if (plain && (step || jump) && SelectCurrentRow() && step) {
     event->accept();
     return;
   }
-  QTreeView::keyPressEvent(event);
+  ItemView::keyPressEvent(event);
 }
 
 void RowListView::mousePressEvent(QMouseEvent* event) {
-  QTreeView::mousePressEvent(event);
-  if (selectionModel() != nullptr && !indexAt(event->position().toPoint()).isValid()) {
+  ItemView::mousePressEvent(event);
+  if (selectionModel() != nullptr && !indexAt(event->position().toPoint()).isValid() &&
+      event->modifiers() == Qt::NoModifier) {
     selectionModel()->clear();
   }
 }
 
 void RowListView::mouseMoveEvent(QMouseEvent* event) {
-  // A drag selects nothing: each selection of a package asks the service for its files.
-  if (event->buttons() == Qt::NoButton) {
-    QTreeView::mouseMoveEvent(event);
-  }
-}
-
-void RowListView::contextMenuEvent(QContextMenuEvent* event) {
-  event->accept();
-  if (event->reason() == QContextMenuEvent::Keyboard) {
-    OpenMenuByKey();
-    return;
-  }
-  const QModelIndex index = indexAt(event->pos());
-  if (index.isValid()) {
-    SelectRow(index.row());
-    Q_EMIT RowMenuRequested(index.row(), event->globalPos());
+  // Where one row is selected a drag selects nothing: each selection of a package asks the service
+  // for its files.
+  if (event->buttons() == Qt::NoButton || selectionMode() != SingleSelection || dragEnabled()) {
+    ItemView::mouseMoveEvent(event);
   }
 }
 
@@ -130,18 +122,6 @@ bool RowListView::SelectCurrentRow() {
   }
   SelectRow(currentIndex().row());
   return true;
-}
-
-void RowListView::OpenMenuByKey() {
-  SelectCurrentRow();
-  const int row = SelectedRow();
-  if (row < 0) {
-    return;
-  }
-  const QModelIndex index = CellAt(row, 0);
-  scrollTo(index);
-  const QRect inView = visualRect(index) & viewport()->rect();
-  Q_EMIT RowMenuRequested(row, viewport()->mapToGlobal(inView.bottomLeft()));
 }
 
 }  // namespace updown

@@ -12,7 +12,7 @@ constexpr std::uint32_t kGiga = 1U << 30U;
 
 }  // namespace
 
-std::string FormatSize(std::uint32_t bytes) {
+std::string FormatSize(std::uint64_t bytes) {
   if (bytes == 0) {
     return {};
   }
@@ -23,12 +23,12 @@ std::string FormatSize(std::uint32_t bytes) {
     return FormatKiloBytes(bytes);
   }
   if (bytes < kGiga) {
-    return FormatFixed(static_cast<float>(bytes * 0x1p-20), 2) + " MB";
+    return FormatFixed(static_cast<float>(bytes) * 0x1p-20F, 2) + " MB";
   }
-  return FormatFixed(static_cast<float>(bytes * 0x1p-30), 3) + " GB";
+  return FormatFixed(static_cast<float>(bytes) * 0x1p-30F, 3) + " GB";
 }
 
-std::string FormatKiloBytes(std::uint32_t bytes) { return std::to_string(bytes / kKilo) + " KB"; }
+std::string FormatKiloBytes(std::uint64_t bytes) { return std::to_string(bytes / kKilo) + " KB"; }
 
 // Not by printf: the toolkit sets the user's locale, whose decimal point may be a comma.
 std::string FormatFixed(float value, int digits) {

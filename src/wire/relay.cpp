@@ -28,7 +28,6 @@ constexpr std::uint8_t kReplyCode = 19;
 
 constexpr std::size_t kResolveRequestSize = 1024;
 constexpr std::size_t kConnectRequestSize = 512;
-constexpr std::size_t kResolveReplySize = 2048;
 constexpr std::size_t kReplyStart = 4;  // version, code and length: what tells the rest's size
 
 constexpr std::size_t kVariableSize = 260;
@@ -97,27 +96,23 @@ void AppendAddresses(std::string_view text, std::size_t valueSize,
   }
 }
 
+// As its first bytes tell; 0 for what is no reply or too long.
+std::size_t ResolveReplySize(const std::uint8_t* packet) {
+  const std::size_t total = ReadBigEndian16(packet + 2);
+  return IsReplyHead(packet) && total >= kHeadSize && total < kResolveReplySize ? total : 0;
+}
+
 int ReadResolveReply(int socket, std::vector<Ipv4Address>& addressList, std::uint32_t deadline) {
   std::array<std::uint8_t, kResolveReplySize> packet{};
-  if (ReceiveAll(socket, std::span(packet).first(kReplyStart), deadline) != 0 ||
-      !IsReplyHead(packet.data())) {
+  if (ReceiveAll(socket, std::span(packet).first(kReplyStart), deadline) != 0) {
     return -1;
   }
-  const std::size_t total = ReadBigEndian16(&packet[2]);
-  if (total >= kResolveReplySize || total < kHeadSize ||
-      ReceiveAll(socket, std::span(packet).subspan(kReplyStart, total - kReplyStart), deadline) !=
-          0) {
+  const std::size_t total = ResolveReplySize(packet.data());
+  if (total == 0 || ReceiveAll(socket, std::span(packet).subspan(kReplyStart, total - kReplyStart),
+                               deadline) != 0) {
     return -1;
   }
-  AttributeTable table;
-  const Bytes list(packet.data() + kHeadSize, total - kHeadSize);
-  if (DecodeAttributes(table, list) <= 0 || table.length[tag::kAddresses] == 0) {
-    return -1;
-  }
-  const std::uint8_t* value = table.value[tag::kAddresses];
-  const auto toEnd = static_cast<std::size_t>(packet.data() + packet.size() - value);
-  AppendAddresses(AsText({value, toEnd}), table.length[tag::kAddresses], addressList);
-  return 0;
+  return DecodeResolveReply(packet, addressList);
 }
 
 int ResolveOn(int socket, std::string_view name, std::vector<Ipv4Address>& addressList,
@@ -176,6 +171,23 @@ std::optional<RelayParameters> ReadRelayParameters() {
   relay.applicationNumber =
       LeadingNumber(LetterDecode(read(kVariableApplication), kVariableSize).bytes);
   return relay;
+}
+
+int DecodeResolveReply(std::span<const std::uint8_t, kResolveReplySize> packet,
+                       std::vector<Ipv4Address>& addressList) {
+  const std::size_t total = ResolveReplySize(packet.data());
+  if (total == 0) {
+    return -1;
+  }
+  AttributeTable table;
+  const Bytes list(packet.data() + kHeadSize, total - kHeadSize);
+  if (DecodeAttributes(table, list) <= 0 || table.length[tag::kAddresses] == 0) {
+    return -1;
+  }
+  const std::uint8_t* value = table.value[tag::kAddresses];
+  const auto toEnd = static_cast<std::size_t>(packet.data() + packet.size() - value);
+  AppendAddresses(AsText({value, toEnd}), table.length[tag::kAddresses], addressList);
+  return 0;
 }
 
 int RelayReplyResult(std::span<const std::uint8_t> head) {

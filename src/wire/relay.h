@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -61,6 +62,13 @@ int ResolveThroughRelay(std::string_view name, std::vector<Ipv4Address>& address
 int RelayConnect(const RelayParameters& relay, std::string_view extraText,
                  const ServiceTarget& target, int transport, std::uint8_t kind,
                  const RelayLimits& limits = {});
+
+inline constexpr std::size_t kResolveReplySize = 2048;  // a longer reply is refused
+
+// What a resolve exchange has brought: the reply, head included, and zeros up to the buffer's end.
+// Appends to `addressList`. 0 or -1.
+int DecodeResolveReply(std::span<const std::uint8_t, kResolveReplySize> packet,
+                       std::vector<Ipv4Address>& addressList);
 
 // What the head of a reply to RelayConnect says, for the kinds that have one: 0, the status
 // negated, or kWrongRelayHead.

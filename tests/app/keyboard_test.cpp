@@ -1,7 +1,10 @@
 // Where the keyboard goes in the main window.
 #include <gtest/gtest.h>
 
+#include <QApplication>
 #include <QTest>
+#include <QTextBrowser>
+#include <algorithm>
 
 #include "app/main_window.h"
 #include "tests/app/served_launch.h"
@@ -10,7 +13,7 @@
 namespace updown {
 namespace {
 
-TEST(Keyboard, ReachesTheTreeOnlyWhereItCanBeSeen) {
+TEST(Keyboard, ReachesWhatCanBeSeenAndTheCommandsFromEachPane) {
   const ServedLaunch served;
   FileService service;
   auto made = InstanceEvent::CreateOrSignal("keyboard_test " + served.DataFolder());
@@ -25,7 +28,7 @@ TEST(Keyboard, ReachesTheTreeOnlyWhereItCanBeSeen) {
 
   const auto tabMeetsTree = [&] {
     bool met = false;
-    for (int i = 0; i < 8; ++i) {
+    for (int i = 0; i < 10; ++i) {  // more than there are stops
       QTest::keyClick(window.focusWidget(), Qt::Key_Tab);
       met = met || tree->hasFocus();
     }
@@ -47,10 +50,58 @@ TEST(Keyboard, ReachesTheTreeOnlyWhereItCanBeSeen) {
     EXPECT_EQ(list->SelectedRow(), 0) << key;
   }
 
-  auto* const note = window.findChild<QWidget*>(u"packageNotes"_qs);
-  note->setFocus();
-  QTest::keyClick(note, Qt::Key_F5);
-  EXPECT_TRUE(window.Area().Refreshing()) << "wherever the keyboard is";
+  // The window of this name once it is the active one.
+  const auto active = [](const QString& name) -> QWidget* {
+    const auto now = [&] {
+      QWidget* const one = QApplication::activeWindow();
+      return one != nullptr && one->objectName() == name ? one : nullptr;
+    };
+    return QTest::qWaitFor([&] { return now() != nullptr; }, kPatienceMs) ? now() : nullptr;
+  };
+  for (const char* name : {"packageList", "packageTree", "packageNotes", "attachmentList"}) {
+    auto* const pane = window.findChild<QWidget*>(QLatin1String(name));
+    const auto press = [&](int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+      window.activateWindow();
+      ASSERT_TRUE(active(u"mainWindow"_qs));
+      pane->setFocus();
+      QTest::keyClick(pane, static_cast<Qt::Key>(key), modifiers);
+    };
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !window.Area().Refreshing(); }, kPatienceMs));
+    press(Qt::Key_F5);
+    EXPECT_TRUE(window.Area().Refreshing()) << name;
+    press(Qt::Key_J, Qt::ControlModifier);
+    QWidget* const transfers = active(u"transferStatus"_qs);
+    ASSERT_TRUE(transfers) << name;
+    QTest::keyClick(transfers, Qt::Key_F1);
+    QWidget* const help = active(u"helpWindow"_qs);
+    ASSERT_TRUE(help) << "from the transfers too";
+    QTest::keyClick(help, Qt::Key_J, Qt::ControlModifier);
+    ASSERT_TRUE(active(u"transferStatus"_qs)) << name;
+    help->activateWindow();
+    QTest::keyClick(active(u"helpWindow"_qs), Qt::Key_W, Qt::ControlModifier);
+    EXPECT_FALSE(help->isVisible()) << name;
+    press(Qt::Key_F, Qt::ControlModifier);
+    QWidget* const line = window.focusWidget();
+    EXPECT_EQ(line->objectName(), u"findLine"_qs) << name;
+    QTest::keyClick(line, Qt::Key_Escape);
+    EXPECT_FALSE(line->isVisible()) << name;
+    press(Qt::Key_W, Qt::ControlModifier);
+    EXPECT_TRUE(window.isVisible()) << name;
+    press(Qt::Key_F6);
+    EXPECT_EQ(tree->hasFocus(), pane != tree) << name;
+  }
+  window.activateWindow();
+  ASSERT_TRUE(active(u"mainWindow"_qs));
+  QTest::keyClick(list, Qt::Key_F1);
+  QWidget* const help = active(u"helpWindow"_qs);
+  ASSERT_TRUE(help);
+  QTest::keyClick(help->focusWidget(), Qt::Key_Tab);
+  EXPECT_EQ(help->focusWidget()->objectName(), u"helpAbout"_qs) << "behind the page";
+  const QString page = window.findChild<QTextBrowser*>(u"helpPage"_qs)->toPlainText();
+  for (const QAction* action : list->actions()) {
+    EXPECT_TRUE(page.contains(action->shortcut().toString(QKeySequence::NativeText)))
+        << qPrintable(action->text());
+  }
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QSplitter>
@@ -16,6 +17,7 @@
 #include <map>
 
 #include "localdata/tasklist.h"
+#include "platform/qt/text.h"
 #include "service/messages.h"
 #include "tests/app/served_launch.h"
 
@@ -26,11 +28,11 @@ using Kind = peer::Fault::Kind;
 
 class MainWindowTest : public ::testing::Test {
  protected:
-  void SetUp() override { Start({}); }
+  void SetUp() override { Start(); }
 
-  void Start(peer::Options options) {
+  void Start() {
     window_.reset();
-    served_.emplace(std::move(options));
+    served_.emplace();
     std::filesystem::create_directory(served_->AreaFolder() + "/notes");
     std::ofstream(served_->AreaFolder() + "/notes/x.bin") << std::string(200000, 'x');
     auto made = InstanceEvent::CreateOrSignal("main_window_test " + served_->DataFolder());
@@ -98,10 +100,10 @@ TEST_F(MainWindowTest, AnOldWindowIsRaisedByASecondStart) {
   EXPECT_TRUE(QTest::qWaitFor([this] { return !window_->isMinimized(); }, kPatienceMs));
 }
 
-// A block, the session's answer, the relay's two: each holds a worker in another place.
+// A block and the relay's answer hold a worker in two places.
 TEST_F(MainWindowTest, EndsInTimeWhateverAWorkerWaitsFor) {
-  for (const std::uint32_t stalled : {message::kReadBlock, message::kAttachSession, 1U, 2U}) {
-    Start({});
+  for (const std::uint32_t stalled : {message::kReadBlock, 1U}) {
+    Start();
     Open();
     ASSERT_TRUE(Listed());
     served_->Service().AddFault({.kind = Kind::Stall, .message = stalled, .times = 0});
@@ -114,10 +116,10 @@ TEST_F(MainWindowTest, EndsInTimeWhateverAWorkerWaitsFor) {
   }
 }
 
-// Resolve, connect, opening, listing: the window is there before and does not wait.
+// Resolving and listing: the window is there before and does not wait.
 TEST_F(MainWindowTest, EndsInTimeWhateverTheSessionWaitsFor) {
-  for (const std::uint32_t stalled : {1U, 2U, message::kOpenSession, message::kList}) {
-    Start({});
+  for (const std::uint32_t stalled : {1U, message::kList}) {
+    Start();
     served_->Service().AddFault({.kind = Kind::Stall, .message = stalled, .times = 0});
     Open();
     EXPECT_TRUE(window_->isVisible() && !served_->Saw(1)) << "on the screen before it asks";
@@ -143,24 +145,6 @@ TEST_F(MainWindowTest, OneNoticeTellsAnOutageAndOffersToTryAgain) {
   EXPECT_TRUE(QTest::qWaitFor(
       [&] { return window_->Area().State() == PackageArea::Connection::There; }, kPatienceMs));
   EXPECT_FALSE(bar->isVisible());
-}
-
-TEST_F(MainWindowTest, EndsInTimeWhileAWorkerAsksForAListing) {
-  std::filesystem::create_directories(served_->DataFolder() + "/oxapp");
-  SaveTaskList(
-      {{{.paths = {"/notes", served_->DataFolder() + "/notes"}, .recordId = 1, .isFolder = 1}}},
-      served_->TaskListFile());
-  Open();
-  QElapsedTimer patience;
-  patience.start();
-  bool running = false;
-  while (!running && patience.elapsed() < kPatienceMs) {
-    QTest::qWait(1);
-    window_->Tasks().Queue().ForEach([&](const TransferTask& task) { running |= task.Running(); });
-  }
-  ASSERT_TRUE(running);
-  ExpectEndsInTime();
-  EXPECT_EQ(Stored().front().isFolder, 1U);
 }
 
 TEST_F(MainWindowTest, KeepsUserTasksAndDropsHiddenOnesAtItsEnd) {
@@ -206,6 +190,40 @@ TEST_F(MainWindowTest, FetchesAHeaderAgainThatWasCutOff) {
 }
 
 // A folder in the place of the temporary file makes every save fail.
+TEST_F(MainWindowTest, SavesAPackageIntoANewFolderOfItsOwn) {
+  Open();
+  ASSERT_TRUE(Listed());
+  Downloads& downloads = window_->AllDownloads();
+  const std::string name = window_->Area().Selected();
+  const std::string chosen = served_->DataFolder() + "/chosen";
+  std::filesystem::create_directories(chosen + "/" + name);
+  bool renames = false;
+  QTimer person;
+  QObject::connect(&person, &QTimer::timeout, &person, [&] {
+    if (auto* const dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget())) {
+      if (renames) {
+        downloads.FollowRename(name, name + "#");
+      }
+      dialog->findChild<QLineEdit*>()->setText(FromUtf8(chosen));
+      QMetaObject::invokeMethod(dialog, "accept");
+    }
+  });
+  person.start(0);
+  for (const bool renamed : {false, false, true}) {
+    renames = renamed;
+    ASSERT_TRUE(downloads.SavePackage(name));
+  }
+  std::vector<std::string> paths;
+  for (const auto& record : window_->Tasks().Records()) {
+    if (record->isFolder != 0) {
+      paths.push_back(record->Paths().remotePath + " to " +
+                      record->LocalPath().substr(chosen.size()));
+    }
+  }
+  const std::string moved = "/" + name + "# to /" + name;
+  EXPECT_EQ(paths, (std::vector<std::string>{moved + " (2)", moved + " (3)", moved + "#"}));
+}
+
 TEST_F(MainWindowTest, TellsThatTheListIsNotSaved) {
   Open();
   ASSERT_TRUE(Listed());
@@ -222,35 +240,6 @@ TEST_F(MainWindowTest, TellsThatTheListIsNotSaved) {
   std::filesystem::remove(hindrance);
   window_.reset();
   EXPECT_EQ(Stored().size(), 1U) << "the end tries once more";
-}
-
-TEST_F(MainWindowTest, AsksForALoginAgainWithTheNameThatWasTyped) {
-  peer::Options options;
-  options.login = peer::Login{"ann", "secret", "office"};
-  Start(options);
-  int asked = 0;
-  QTimer typist;
-  QObject::connect(&typist, &QTimer::timeout, &typist, [&] {
-    auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-    if (dialog == nullptr || dialog->objectName() != u"loginDialog"_qs) {
-      return;
-    }
-    ++asked;
-    const bool refused = dialog->findChild<QWidget*>(u"loginNotice"_qs) != nullptr;
-    EXPECT_EQ(refused, asked > 1);
-    auto* password = dialog->findChild<QLineEdit*>(u"loginPassword"_qs);
-    EXPECT_EQ(password->echoMode(), QLineEdit::Password);
-    auto* user = dialog->findChild<QLineEdit*>(u"loginUser"_qs);
-    EXPECT_EQ(user->text(), asked == 1 ? QString() : u"ann@office"_qs);
-    user->setText(u"ann@office"_qs);
-    password->setText(asked == 1 ? u"wrong"_qs : u"secret"_qs);
-    dialog->accept();
-  });
-  typist.start(20);
-  Open();
-  EXPECT_EQ(asked, 0) << "the window comes first";
-  EXPECT_TRUE(Listed());
-  EXPECT_EQ(asked, 2);
 }
 
 }  // namespace

@@ -138,6 +138,27 @@ TEST(LaunchVariablesTest, NamesWhatIsMissingOrUnusable) {
   EXPECT_TRUE(FindLaunchFaults()[0].missing);
 }
 
+TEST(LaunchVariablesTest, ThePaceIsASecondUnlessANumberSaysOtherwise) {
+  const std::pair<std::string, int> cases[] = {
+      {"0", 0},
+      {"250", 250},
+      {"3600000", 3600000},
+      {"3600001", 1000},
+      {"", 1000},
+      {"-1", 1000},
+      {"1s", 1000},
+      {" 5", 1000},
+      {"2.5", 1000},
+      {"4294967296", 1000},
+      {"0000000000000000", 1000},
+  };
+  EXPECT_EQ(ReadBlockPace().count(), 1000);
+  for (const auto& [text, pace] : cases) {
+    const test::ScopedEnvironment environment({{kVariableBlockPace, text}});
+    EXPECT_EQ(ReadBlockPace().count(), pace) << text;
+  }
+}
+
 TEST(LaunchIdentityTest, DecodesTheApplication) {
   EXPECT_EQ(DecodeAppid("DBDC"), "12");
   EXPECT_EQ(DecodeAppid("DBD"), "");

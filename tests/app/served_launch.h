@@ -30,6 +30,7 @@ class ServedLaunch {
       setenv(name.c_str(), value.c_str(), 1);
     }
     setenv("XDG_DATA_HOME", DataFolder().c_str(), 1);
+    setenv("XDG_STATE_HOME", StateFolder().c_str(), 1);
     setenv("HOME", folder_.Path().c_str(), 1);
     launch_ = ReadLaunchState();
     launch_.serverName = "fileservice";
@@ -46,6 +47,7 @@ class ServedLaunch {
   const LaunchState& Launch() const { return launch_; }
   std::string AreaFolder() const { return folder_.Path() + "/area"; }
   std::string DataFolder() const { return folder_.Path() + "/data"; }
+  std::string StateFolder() const { return folder_.Path() + "/state"; }
   std::string TaskListFile() const {
     return DataFolder() + "/oxapp/" + launch_.identityHash + ".lst";
   }

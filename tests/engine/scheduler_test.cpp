@@ -48,49 +48,6 @@ TEST_P(Transfers, StatesBeforeAndAfter) {
   EXPECT_EQ(ReadFile(world.local.File("good")), Pattern(10000));
 }
 
-TEST_P(Transfers, PauseResumeRedo) {
-  EngineWorld world(Dialect(GetParam()));
-  const std::string bytes = Pattern(400000);
-  WriteFile(world.served.File("f"), bytes);
-  const TaskPointer task = world.Fetch("f");
-  TransferRecord& record = *task->record;
-  world.Start();
-  ASSERT_TRUE(world.told->Until([&] { return record.doneBytes > 0; }));
-  world.Pause(task);
-  ASSERT_TRUE(world.WaitForState(*task, TransferState::Stopped));
-  const std::uint32_t paused = record.doneBytes;
-  EXPECT_LT(paused, bytes.size());
-  EXPECT_EQ(ReadFile(world.local.File("f")), bytes.substr(0, paused));
-
-  world.peer.ForgetRequests();
-  world.Run(task);
-  ASSERT_TRUE(world.WaitForState(*task, TransferState::Finished));
-  EXPECT_EQ(world.Count(message::kReadBlock), (bytes.size() - paused + 4095) / 4096);
-  EXPECT_EQ(ReadFile(world.local.File("f")), bytes);
-
-  world.Redo(task);
-  ASSERT_TRUE(world.WaitForState(*task, TransferState::Finished));
-  EXPECT_EQ(ReadFile(world.local.File("f")), bytes);
-}
-
-TEST_P(Transfers, DeletedTasksEndAndAreFreed) {
-  EngineWorld world(Dialect(GetParam()));
-  WriteFile(world.served.File("f"), Pattern(4000000));
-  std::vector<std::weak_ptr<TransferTask>> deleted;
-  world.Start();
-  for (int i = 0; i < 4; ++i) {
-    const TaskPointer task = world.Fetch("f");
-    ASSERT_TRUE(world.told->Until([&] { return task->record->doneBytes > 0; }));
-    world.store->RemoveTask(task->id);
-    EXPECT_EQ(world.store->Find(task->id), nullptr);
-    deleted.push_back(task);
-  }
-  EXPECT_TRUE(world.told->Until([&] {
-    return std::all_of(deleted.begin(), deleted.end(), [](const auto& t) { return t.expired(); });
-  }));
-  EXPECT_TRUE(world.store->Records().empty());
-}
-
 INSTANTIATE_TEST_SUITE_P(Dialects, Transfers, ::testing::Values(1, 2));
 
 TEST(Scheduler, TenRunTwoWaitInQueueOrder) {

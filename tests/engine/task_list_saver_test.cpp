@@ -8,6 +8,7 @@
 #include <optional>
 
 #include "engine/kept_tasks.h"
+#include "service/result_codes.h"
 #include "tests/support/temporary_folder.h"
 
 namespace updown {
@@ -157,6 +158,25 @@ TEST(KeptTasks, FetchesOfHeadersAreNeitherStoredNorRestored) {
     kept.push_back(stored.recordId);
   }
   EXPECT_EQ(kept, (std::vector<std::uint32_t>{1, 4}));
+}
+
+TEST(KeptTasks, AStoredFailureNamesTheEndThatItIsAbout) {
+  const std::tuple<TransferState, int, const char*> cases[] = {
+      {TransferState::Failed, result::kFileWrite, "/local"},
+      {TransferState::Failed, result::kNoSuchRemoteFile, "/remote"},
+      {TransferState::Failed, result::kNotEncodable, ""},
+      {TransferState::Failed, 0, ""},
+      {TransferState::Stopped, result::kFileOpen, ""},
+  };
+  for (const auto& [state, code, path] : cases) {
+    StoredRecord stored;
+    stored.paths = {"/remote", "/local"};
+    stored.state = state;
+    stored.resultCode = result::WithoutSign(code);
+    const TransferResult failure = StoredFailure(TransferRecord(stored));
+    EXPECT_EQ(failure.code, state == TransferState::Failed ? code : 0);
+    EXPECT_EQ(failure.path, path) << code;
+  }
 }
 
 }  // namespace

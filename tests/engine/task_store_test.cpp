@@ -2,6 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cerrno>
+#include <ctime>
+#include <filesystem>
+
+#include "tests/support/temporary_folder.h"
+
 namespace updown {
 namespace {
 
@@ -92,8 +99,8 @@ TEST_F(Tasks, WhatIsUnfinishedFollowsARenamedFolder) {
 }
 
 TEST_F(Tasks, DraftsThatDoNotFitMakeNothing) {
-  EXPECT_NE(Add("/" + std::string(258, 'x')), nullptr);
-  EXPECT_EQ(Add("/" + std::string(259, 'x')), nullptr);
+  EXPECT_NE(Add(std::string(258, 'x').insert(0, 1, '/')), nullptr);
+  EXPECT_EQ(Add(std::string(259, 'x').insert(0, 1, '/')), nullptr);
   EXPECT_EQ(store.AddDownload({"", "/x", "", 80}, "/local", true), nullptr);
   EXPECT_EQ(store.AddDownload({"x", "/x", "", 80}, std::string(260, 'l'), true), nullptr);
   EXPECT_EQ(store.Records().size(), 1U);
@@ -153,16 +160,92 @@ TEST_F(Tasks, RestoreMakesATaskForEachTopRecordInOrder) {
   EXPECT_EQ(tasks[2]->record->state, TransferState::Stopped) << "its worker would run on";
 }
 
-TEST_F(Tasks, ATaskNeverHasTwoWorkers) {
-  const TaskPointer task = Add("/x");
-  EXPECT_EQ(queue->NextRunnableTask(), task);
-  task->BeginRun();
-  store.Pause(task->id);
-  store.Resume(task->id);
-  EXPECT_EQ(task->record->state, TransferState::Stopped) << "its worker would go on";
+// What the user says while a worker runs, and what follows the worker's end.
+TEST_F(Tasks, TheLastWordCounts) {
+  using enum TransferState;
+  const struct {
+    const char* words;  // Pause, Resume, reDo
+    TransferState during, after;
+    bool fromNothing;
+  } cases[] = {
+      {"p", Stopped, Stopped, false},   {"pr", Stopped, Queued, false},
+      {"prp", Stopped, Stopped, false}, {"d", Stopped, Queued, true},
+      {"dp", Stopped, Stopped, true},   {"dpr", Stopped, Queued, true},
+      {"r", Queued, Queued, false},
+  };
+  const test::TemporaryFolder folder;
+  for (const auto& c : cases) {
+    const TaskPointer task = store.AddDownload({"f", "/f", "server", 80}, folder.File("f"), true);
+    test::WriteFile(folder.File("f"), "part");
+    task->record->doneBytes = 4;
+    EXPECT_EQ(queue->NextRunnableTask(), task);
+    ASSERT_TRUE(task->BeginRun());
+    EXPECT_FALSE(task->BeginRun()) << "a task never has two workers";
+    for (const char word : std::string_view(c.words)) {
+      word == 'p' ? store.Pause(task->id)
+                  : void(word == 'r' ? store.Resume(task->id) : store.Redo(task->id));
+    }
+    EXPECT_EQ(task->record->state, c.during) << c.words;
+    EXPECT_EQ(queue->NextRunnableTask(), nullptr);
+    task->EndRun();
+    queue->MakeReady(task->id);
+    EXPECT_EQ(task->record->state, c.after) << c.words;
+    EXPECT_EQ(queue->NextRunnableTask(), c.after == Queued ? task : nullptr);
+    EXPECT_EQ(std::filesystem::exists(folder.File("f")), !c.fromNothing) << c.words;
+    EXPECT_EQ(task->Bytes(), c.fromNothing ? 0U : 4U);
+    store.RemoveTask(task->id);
+  }
+}
+
+// Without a worker files go on a thread of the scheduler's; the task waits for that.
+TEST_F(Tasks, FilesAreRemovedElsewhere) {
+  const test::TemporaryFolder folder;
+  const std::string file = folder.File("f");
+  const TaskPointer task = store.AddDownload({"f", "/f", "server", 80}, file, true);
+  test::WriteFile(file, "part");
+  task->record->doneBytes = 4;
+  task->record->state = TransferState::Failed;
+  EXPECT_TRUE(store.Redo(task->id));
+  EXPECT_EQ(task->record->state, TransferState::Queued);
+  EXPECT_EQ(task->Bytes(), 0U);
+  EXPECT_TRUE(std::filesystem::exists(file));
   EXPECT_EQ(queue->NextRunnableTask(), nullptr);
-  task->EndRun();
+  queue->EndRuns();
+  EXPECT_FALSE(std::filesystem::exists(file));
   EXPECT_EQ(queue->NextRunnableTask(), task);
+
+  test::WriteFile(file, "part");
+  store.RemoveTask(task->id, TaskStore::LocalFiles::Remove);
+  EXPECT_TRUE(store.IsTargetInUse(file));
+  queue->EndRuns();
+  EXPECT_FALSE(std::filesystem::exists(file));
+  EXPECT_FALSE(store.IsTargetInUse(file));
+}
+
+TEST_F(Tasks, OneAtATimeWritesATarget) {
+  const auto stored = [this](std::uint32_t id, TransferState state) {
+    const auto record = AddStored(id, 0, false);
+    record->SetPaths({"/remote" + std::to_string(id), "/local/f"});
+    record->state = state;
+    record->doneBytes = 4;
+    return record;
+  };
+  const auto first = stored(1, TransferState::Queued);
+  const auto second = stored(2, TransferState::Queued);
+  std::vector<TaskId> ids;
+  store.RestoreTasks([&](TaskId id) { ids.push_back(id); });
+  EXPECT_EQ(first->state, TransferState::Queued);
+  EXPECT_EQ(second->state, TransferState::Failed);
+  EXPECT_EQ(second->systemError, static_cast<std::uint32_t>(EEXIST));
+  EXPECT_EQ(first->doneBytes + second->doneBytes, 0U) << "nobody knows whose bytes are there";
+
+  EXPECT_FALSE(store.Resume(ids[1]));
+  EXPECT_FALSE(store.Redo(ids[1]));
+  first->state = TransferState::Stopped;
+  first->doneBytes = 4;
+  EXPECT_TRUE(store.Resume(ids[1]));
+  EXPECT_EQ(first->doneBytes, 0U);
+  EXPECT_FALSE(store.Resume(ids[0]));
 }
 
 TEST_F(Tasks, TheUsersGoBeforeHeaders) {
@@ -188,6 +271,39 @@ TEST_F(Tasks, ATargetIsInUseUntilItsWorkerHasEnded) {
   EXPECT_TRUE(store.IsTargetInUse("/local"));
   task->EndRun();
   EXPECT_FALSE(store.IsTargetInUse("/local"));
+}
+
+// Each of 20,000 headers, and of as many tasks of the user's, costs what each of 2,500 does:
+// adding, choosing, removing from the front, and what the window asks meanwhile.
+TEST_F(Tasks, CostsDoNotGrowWithTheirNumber) {
+  const auto cost = [this](int count, bool keep) {
+    std::vector<TaskId> ids;
+    const auto begun = std::clock();
+    for (int i = 0; i < count; ++i) {
+      const std::string name = std::to_string(i).insert(0, 1, '/');
+      ids.push_back(store.AddDownload({"x", name, "server", 80}, name, keep)->id);
+      if (!keep) {
+        store.StreamLimitReached();
+        store.IsTargetInUse("/x");
+        store.FollowRename("/x", "/y");
+      }
+    }
+    for (const TaskId id : ids) {
+      EXPECT_EQ(queue->NextRunnableTask()->id, id);
+      store.NextRecordId();
+      store.RemoveTask(id);
+    }
+    return static_cast<double>(std::clock() - begun) / count;
+  };
+  for (const bool keep : {false, true}) {
+    double best = 1e9;
+    for (int attempt = 0; attempt < 3 && best > 3; ++attempt) {
+      cost(2500, keep);  // warms up
+      const double few = cost(2500, keep);
+      best = std::min(best, cost(20000, keep) / few);
+    }
+    EXPECT_LT(best, 3) << "a walk over all of them would cost eight times as much for each";
+  }
 }
 
 TEST_F(Tasks, StopReachesRunningTasksAlone) {

@@ -60,7 +60,7 @@ class AreaWorld : public ::testing::Test {
   }
 
   PackageArea& MakeArea(AreaTimes times = {}) {
-    area_.emplace(*session_, fetches_, cache_, launch_, times);
+    area_.emplace(*session_, fetches_, cache_, launch_, seenFile_, times);
     tester_.emplace(&*area_, QAbstractItemModelTester::FailureReportingMode::Fatal);
     return *area_;
   }
@@ -134,6 +134,7 @@ class AreaWorld : public ::testing::Test {
   LaunchState launch_;
   NotedFetches fetches_;
   PackageCache cache_{cached_.Path()};
+  std::string seenFile_;
   std::optional<Session> session_;
   std::optional<PackageArea> area_;
   std::optional<QAbstractItemModelTester> tester_;

@@ -82,21 +82,6 @@ TEST_F(PackageAreaTest, AFailedListingRemovesNothingAndIsToldOnceForEachOutage) 
   EXPECT_THAT(Files(), ElementsAre("of" + kFirst + ".txt"));
 }
 
-TEST_F(PackageAreaTest, ARequestThatIsCancelledFailsWithoutANotice) {
-  AddPackage(kFirst);
-  PackageArea& area = MakeArea();
-  QSignalSpy failed(&area, &PackageArea::Failed);
-  peer_.AddFault({.kind = Fault::Kind::Stall, .message = message::kList});
-  area.Refresh(AskedBy::Program);
-  EXPECT_EQ(area.State(), Link::Connecting);
-  ASSERT_TRUE(Await([this] { return Requests(message::kList) == 1; }));
-  area.Cancel();
-  ASSERT_TRUE(Await([&area] { return area.State() == Link::Lost; }));
-  EXPECT_EQ(failed.size(), 0);
-  ASSERT_TRUE(Refresh());
-  EXPECT_THAT(Rows(), ElementsAre(kFirst));
-}
-
 TEST_F(PackageAreaTest, FetchesFewHeadersAtATimeAndThoseOnTheScreenFirst) {
   Names packages;
   for (int i = 10; i < 40; ++i) {
@@ -195,6 +180,7 @@ TEST_F(PackageAreaTest, ARenamedPackageKeepsRowHeaderAndSelection) {
 
 // The folder has its new name when one of the files in it cannot be renamed.
 TEST_F(PackageAreaTest, ARenameThatStopsHalfWaySaysWhereAndShowsWhatIsTrue) {
+  PutIntoCache(HeaderFileOf(kFirst, true), "Ann");
   PackageArea& area = Listed({kFirst});
   QSignalSpy failed(&area, &PackageArea::ChangeFailed);
   peer_.AddFault({.kind = Fault::Kind::WrongCode,
@@ -206,6 +192,10 @@ TEST_F(PackageAreaTest, ARenameThatStopsHalfWaySaysWhereAndShowsWhatIsTrue) {
   EXPECT_EQ(failed[0][0].toUInt(), 8199U);
   EXPECT_EQ(ToUtf8(failed[0][1].toString()), "/" + kThird + "/" + kFirst + ".ini");
   EXPECT_THAT(Rows(), ElementsAre(kThird));
+  EXPECT_THAT(cache_.Names(), IsEmpty()) << "neither header has its new name";
+  area.Select(kThird);
+  ASSERT_TRUE(Settle());
+  EXPECT_THAT(Files(), ElementsAre("of" + kFirst + ".txt")) << "the old ones are no attachments";
 
   failed.clear();
   const std::string longer = kThird + "#";
@@ -265,6 +255,60 @@ TEST_F(PackageAreaTest, AnUncertainAnswerIsFollowedByAListing) {
   peer_.AddFault({.kind = Fault::Kind::DropInside, .message = message::kRemoveFolder});
   area.RemovePackage(kFirst);
   EXPECT_TRUE(Await([&] { return Rows() == Names{kSecond}; }));
+}
+
+TEST_F(PackageAreaTest, PackagesThatHaveComeStandOutUntilTheyAreSelected) {
+  seenFile_ = cached_.File("seen");
+  const auto bold = [this] {
+    std::string packages;
+    for (const std::string& name : Rows()) {
+      packages += area_->IndexOf(name).data(Qt::FontRole).isValid() ? name.substr(13) : "";
+    }
+    return packages;
+  };
+  const auto restart = [&] {
+    area_.reset();
+    MakeArea();
+    ASSERT_TRUE(Refresh());
+  };
+  Listed({kFirst, kSecond});
+  EXPECT_EQ(bold(), "") << "at the very first start";
+  AddPackage(kThird);
+  AddPackage(kThird + "#");
+  ASSERT_TRUE(Refresh());
+  EXPECT_EQ(bold(), "3#3");
+  area_->Select(kThird);
+  EXPECT_EQ(bold(), "3#");
+  std::filesystem::remove_all(Served(kFirst));
+  restart();
+  EXPECT_EQ(bold(), "3#");
+  area_->Rename(kThird, kThird + "##");
+  ASSERT_TRUE(Await([&] { return area_->IndexOf(kThird + "##").isValid(); }));
+  AddPackage(kFirst);
+  ASSERT_TRUE(Refresh());
+  EXPECT_EQ(bold(), "13#") << "what has gone is forgotten";
+
+  for (const std::string& damage : {std::string(), std::string("seen 1\n\xFF\xFF\xFF\xFFx"),
+                                    ReadFile(seenFile_).substr(0, 20)}) {
+    area_.reset();
+    WriteFile(seenFile_, damage);
+    restart();
+    EXPECT_EQ(bold(), "") << damage.size();
+    AddPackage(kThird + "####" + std::string(damage.size() + 1, '#'));
+    ASSERT_TRUE(Refresh());
+    EXPECT_EQ(bold().size(), damage.size() + 6) << damage.size();
+  }
+}
+
+// Not an outage: the service has answered.
+TEST_F(PackageAreaTest, APackageThatSomebodyElseHasRemovedGoes) {
+  PackageArea& area = Listed({kFirst, kSecond});
+  QSignalSpy failed(&area, &PackageArea::Failed);
+  std::filesystem::remove_all(Served(kFirst));
+  area.Select(kFirst);
+  ASSERT_TRUE(Await([&] { return Rows() == Names{kSecond}; }));
+  EXPECT_EQ(failed.size(), 0);
+  EXPECT_EQ(area.State(), Link::There);
 }
 
 TEST_F(PackageAreaTest, RefreshesByItselfSilentlyAndAfterAWhileAway) {

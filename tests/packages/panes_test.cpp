@@ -1,14 +1,14 @@
 // Tree, list and form over one area.
+#include <QAccessible>
 #include <QHeaderView>
-#include <QLabel>
 #include <QLineEdit>
-#include <QMenu>
 #include <QPlainTextEdit>
+#include <QScrollBar>
 #include <QSplitter>
 
 #include "packages/package_commands.h"
 #include "packages/package_form.h"
-#include "packages/package_list.h"
+#include "packages/package_pane.h"
 #include "packages/package_tree.h"
 #include "tests/packages/area_world.h"
 #include "tests/support/person.h"
@@ -26,6 +26,10 @@ class NotedDownloads : public PackageDownloads {
   }
   bool limit = false;
   bool duplicate = false;
+  bool SavePackage(const std::string& package) override {
+    saved.push_back(package);
+    return true;
+  }
   Names saved;
 };
 
@@ -34,20 +38,16 @@ class PanesTest : public AreaWorld {
   void Show(AreaTimes times = {}) {
     PackageArea& area = MakeArea(times);
     window_.emplace();
-    window_->resize(1000, 700);
-    tree_ = new PackageTree(area);
-    list_ = new PackageList(area, u"the service"_qs);
-    form_ = new PackageForm(area);
-    for (QWidget* pane : {static_cast<QWidget*>(tree_), static_cast<QWidget*>(list_),
+    window_->resize(2400, 700);
+    commands_ = new PackageCommands(area, downloads_, &*window_);
+    tree_ = new PackageTree(area, *commands_);
+    pane_ = new PackagePane(area, *commands_, u"the service"_qs);
+    list_ = &pane_->List();
+    form_ = new PackageForm(area, *commands_);
+    for (QWidget* pane : {static_cast<QWidget*>(tree_), static_cast<QWidget*>(pane_),
                           static_cast<QWidget*>(form_)}) {
       window_->addWidget(pane);
     }
-    commands_ = new PackageCommands(area, downloads_, &*window_);
-    QObject::connect(list_, &PackageList::DeleteWanted, commands_, &PackageCommands::DeletePackage);
-    QObject::connect(&Attachments(), &AttachmentList::SaveWanted, commands_,
-                     &PackageCommands::SaveFile);
-    QObject::connect(&Attachments(), &AttachmentList::DeleteWanted, commands_,
-                     &PackageCommands::DeleteFile);
     QObject::connect(commands_, &PackageCommands::TransfersWanted, commands_,
                      [this] { ++transfersShown_; });
     window_->show();
@@ -86,9 +86,7 @@ class PanesTest : public AreaWorld {
     }
     return names;
   }
-  std::string Header() const {
-    return ToUtf8(form_->findChild<QLabel*>(u"packageHeader"_qs)->text());
-  }
+  std::string From() const { return ToUtf8(form_->findChild<QLineEdit*>(u"fieldFrom"_qs)->text()); }
   QModelIndex TreeItem(int package) const {
     return tree_->model()->index(package, 0, tree_->model()->index(0, 0));
   }
@@ -104,18 +102,14 @@ class PanesTest : public AreaWorld {
       QTest::mouseDClick(view->viewport(), Qt::LeftButton, Qt::NoModifier, at);
     }
   }
-  // Opens a row's menu and takes its second item.
-  void DeleteByMenu(RowListView* list, int row, const QString& menu) {
+  void DeleteRow(RowListView* list, int row, const QString& action) {
     list->SelectRow(row);
-    Q_EMIT list->RowMenuRequested(row, QPoint());
-    auto* const popup = window_->findChild<QMenu*>(menu);
-    ASSERT_NE(popup, nullptr);
-    QAction* const action = popup->actions().at(1);
-    popup->close();
-    action->trigger();
     ASSERT_TRUE(Settle());
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    list->findChild<QAction*>(action)->trigger();
+    ASSERT_TRUE(Settle());
   }
+  void DeletePackage(int row) { DeleteRow(list_, row, u"deletePackage"_qs); }
+  void DeleteFile(int row) { DeleteRow(&Attachments(), row, u"deleteFiles"_qs); }
   void EditLabel(const QString& text) {
     tree_->edit(tree_->currentIndex());
     auto* const editor = tree_->findChild<QLineEdit*>();
@@ -131,6 +125,7 @@ class PanesTest : public AreaWorld {
   Person person_;
   std::optional<QSplitter> window_;
   PackageTree* tree_ = nullptr;
+  PackagePane* pane_ = nullptr;
   PackageList* list_ = nullptr;
   PackageForm* form_ = nullptr;
   PackageCommands* commands_ = nullptr;
@@ -144,12 +139,14 @@ TEST_F(PanesTest, AllShowOneSelection) {
   EXPECT_TRUE(tree_->isExpanded(tree_->model()->index(0, 0)));
   EXPECT_EQ(tree_->currentIndex(), TreeItem(0));
   EXPECT_THAT(AttachmentNames(), ElementsAre("of" + kThird + ".txt"));
-  EXPECT_THAT(Header(), StartsWith("From:   f3\t\t"));
+  EXPECT_EQ(From(), "f3");
+  auto* const from = form_->findChild<QWidget*>(u"fieldFrom"_qs);
+  EXPECT_EQ(QAccessible::queryAccessibleInterface(from)->text(QAccessible::Name), u"From:"_qs);
   EXPECT_EQ(form_->findChild<QPlainTextEdit*>()->toPlainText(), u"a\nb"_qs);
 
   Click(tree_, TreeItem(1));
   EXPECT_EQ(list_->SelectedRow(), 1);
-  EXPECT_THAT(Header(), StartsWith("From:   f2\t\t"));
+  EXPECT_EQ(From(), "f2");
   EXPECT_THAT(AttachmentNames(), IsEmpty()) << "not those of another package";
   ASSERT_TRUE(Settle());
   EXPECT_THAT(AttachmentNames(), ElementsAre("of" + kSecond + ".txt"));
@@ -183,33 +180,16 @@ TEST_F(PanesTest, ARefreshKeepsSortingSelectionAndTheFilesOnShow) {
   EXPECT_EQ(Senders(), "f9 f2 f0 ");
 }
 
-TEST_F(PanesTest, SaveAndDeleteActOnTheFilesOnShowWhileAListingIsSlow) {
-  ShowListed({kFirst, kSecond});
-  Click(tree_, TreeItem(1));
-  ASSERT_TRUE(Settle());
-  ASSERT_THAT(AttachmentNames(), ElementsAre("of" + kFirst + ".txt"));
-  peer_.SetDelay({message::kList, 300});
-  area_->Refresh(AskedBy::Person);
-  Click(&Attachments(), Attachments().CellAt(0, attachment_column::kSave));
-  EXPECT_THAT(downloads_.saved,
-              ElementsAre("of" + kFirst + ".txt from /" + kFirst + "/of" + kFirst + ".txt"));
-  ASSERT_TRUE(area_->Refreshing());
-  DeleteByMenu(&Attachments(), 0, u"attachmentMenu"_qs);
-  EXPECT_FALSE(std::filesystem::exists(Served(kFirst + "/of" + kFirst + ".txt")));
-  EXPECT_TRUE(std::filesystem::exists(Served(kSecond + "/of" + kSecond + ".txt")));
-  EXPECT_THAT(AttachmentNames(), IsEmpty());
-}
-
 TEST_F(PanesTest, AHalfArrivedPackageHidesItsAttachments) {
   AddPackage(kFirst);
   Show();
   EXPECT_TRUE(Attachments().isVisible()) << "before the first package";
   ASSERT_TRUE(Refresh());
   EXPECT_FALSE(Attachments().isVisible());
-  EXPECT_THAT(Header(), StartsWith("From:   \t\t"));
+  EXPECT_EQ(From(), "");
   Arrive(kFirst, "late");
   EXPECT_TRUE(Attachments().isVisible());
-  EXPECT_THAT(Header(), StartsWith("From:   late\t\t"));
+  EXPECT_EQ(From(), "late");
 }
 
 TEST_F(PanesTest, TheEmptyListSaysWhatIsTrue) {
@@ -218,11 +198,59 @@ TEST_F(PanesTest, TheEmptyListSaysWhatIsTrue) {
   peer_.AddFault({.kind = Fault::Kind::Stall, .message = message::kList});
   area_->Refresh(AskedBy::Program);
   EXPECT_EQ(hint(), "") << "not yet";
+  const QSignalSpy failed(&*area_, &PackageArea::Failed);
   ASSERT_TRUE(Await([&] { return hint() == "Connecting to the service…"; }));
   area_->Cancel();
-  ASSERT_TRUE(Await([&] { return hint().find("F5") != std::string::npos; }));
+  ASSERT_TRUE(Await([&] { return hint().starts_with("Not connected to the service"); }));
+  EXPECT_EQ(failed.size(), 0) << "the person knows";
   ASSERT_TRUE(Refresh());
   EXPECT_THAT(hint(), ::testing::HasSubstr("No packages have been received"));
+}
+
+TEST_F(PanesTest, ALineFiltersTheListAndEscapeShowsAllAgain) {
+  ShowListed({kFirst, kSecond, kThird});
+  list_->SelectRow(1);
+  ASSERT_TRUE(Settle());
+  pane_->Find();
+  auto* const line = pane_->findChild<QLineEdit*>();
+  ASSERT_TRUE(line->hasFocus());
+  QTest::keyClicks(line, u"F2"_qs);
+  EXPECT_EQ(Senders(), "f2 ");
+  EXPECT_EQ(list_->SelectedRow(), 0);
+  EXPECT_EQ(From(), "f2");
+  QTest::keyClick(line, Qt::Key_Backspace);
+  EXPECT_EQ(Senders(), "f3 f2 f1 ") << "all end in a digit";
+  QTest::keyClicks(line, u"3"_qs);
+  EXPECT_EQ(Senders(), "f3 ");
+  EXPECT_EQ(area_->Selected(), "") << "nobody has chosen the row that is left";
+  EXPECT_EQ(From(), "");
+  PutIntoCache(HeaderFileOf(kThird + "#", true), "f33");
+  AddPackage(kThird + "#");
+  ASSERT_TRUE(Refresh());
+  EXPECT_EQ(Senders(), "f33 f3 ");
+  QTest::keyClicks(line, u"x"_qs);
+  EXPECT_EQ(ToUtf8(list_->accessibleDescription()), "No package contains this text.");
+  QTest::keyClick(line, Qt::Key_Escape);
+  EXPECT_EQ(Senders(), "f33 f3 f2 f1 ");
+  EXPECT_FALSE(line->isVisible());
+  EXPECT_TRUE(list_->hasFocus());
+}
+
+TEST_F(PanesTest, TheSelectedRowStaysInViewWhileHeadersMoveIt) {
+  Names packages;
+  for (int i = 10; i < 90; ++i) {
+    packages.push_back("200801150930" + std::to_string(i));
+  }
+  ShowListed(packages);
+  list_->sortByColumn(package_column::kFrom, Qt::AscendingOrder);
+  list_->SelectRow(0);
+  Arrive(area_->Selected(), "z");
+  EXPECT_EQ(list_->SelectedRow(), list_->RowCount() - 1);
+  const QRect row = list_->visualRect(list_->CellAt(list_->SelectedRow(), 0));
+  EXPECT_TRUE(list_->viewport()->rect().contains(row.center()));
+  list_->verticalScrollBar()->setValue(0);
+  Arrive(packages[40], "y");
+  EXPECT_EQ(list_->verticalScrollBar()->value(), 0) << "who looks elsewhere is left there";
 }
 
 struct DeletionCase {
@@ -247,11 +275,13 @@ TEST_P(Deletion, ShowsTheRowThatMovesUp) {
   const DeletionCase& c = GetParam();
   ShowListed({kFirst, kSecond, kThird});
   person_.answer = c.answer;
-  DeleteByMenu(list_, c.row, u"packageMenu"_qs);
-  EXPECT_THAT(person_.seen, ElementsAre("Are you sure you want to make this deletion?"));
+  DeletePackage(c.row);
+  const std::string name = Names{kThird, kSecond, kFirst}.at(static_cast<std::size_t>(c.row));
+  EXPECT_THAT(person_.seen,
+              ElementsAre(StartsWith("Delete the package “" + name + "” with its file")));
   EXPECT_EQ(Senders(), c.senders);
   EXPECT_EQ(list_->SelectedRow(), c.selected);
-  EXPECT_THAT(Header(), StartsWith(std::string("From:   ") + c.shown + "\t"));
+  EXPECT_EQ(From(), c.shown);
   EXPECT_EQ(AttachmentNames().size(), c.selected < 0 ? 0U : 1U);
 }
 
@@ -328,33 +358,52 @@ TEST_F(Attached, FilesAreSavedFromTheLinkADoubleClickAndEnter) {
 
 TEST_F(Attached, AFileIsDeletedIfItsNameIsSafeAndTheServiceAgrees) {
   ShowFiles();
-  DeleteByMenu(&Attachments(), 0, u"attachmentMenu"_qs);
+  DeleteFile(0);
   ASSERT_TRUE(Await([&] { return person_.seen.size() == 2; }));
   EXPECT_THAT(person_.seen[1], StartsWith("File or folder name contains")) << "another folder's";
-  DeleteByMenu(&Attachments(), 1, u"attachmentMenu"_qs);
+  DeleteFile(1);
   EXPECT_THAT(AttachmentNames(), ElementsAre("..\\up", "b.txt", longName_));
-  EXPECT_THAT(ToUtf8(Attachments().GetCellTip(1, 0)), StartsWith("Name:b.txt"));
   EXPECT_EQ(Attachments().SelectedRow(), -1);
   person_.answer = QMessageBox::Cancel;
-  DeleteByMenu(&Attachments(), 1, u"attachmentMenu"_qs);
+  DeleteFile(1);
   EXPECT_EQ(AttachmentNames().size(), 3U);
 }
 
-TEST_F(PanesTest, HeadersAreReadInTheCodePageOfTheLanguage) {
-  AddPackage(kFirst);
-  const std::tuple<std::int32_t, const char*, const char*> cases[] = {
-      {1033, "Ren\xE9", "René"}, {2052, "\xD6\xD0", "中"}, {1028, "\xA4\xA4", "中"}};
-  for (const auto& [language, bytes, text] : cases) {
-    window_.reset();
-    tester_.reset();
-    launch_.languageId = language;
-    PutIntoCache(HeaderFileOf(kFirst, true), bytes);
-    Show();
-    ASSERT_TRUE(Refresh());
-    EXPECT_EQ(Senders(), std::string(text) + " ");
-    EXPECT_THAT(Header(), ::testing::HasSubstr(text));
-  }
+TEST_F(Attached, SeveralAreDeletedByOneQuestionAndSizesSortAsNumbers) {
+  ShowFiles();
+  WriteFile(Served(kFirst + "/c.txt"), std::string(2000, 'c'));
+  ASSERT_TRUE(Refresh());
+  ASSERT_TRUE(Settle());
+  AttachmentList& list = Attachments();
+  list.sortByColumn(attachment_column::kSize, Qt::DescendingOrder);
+  EXPECT_THAT(AttachmentNames(), ElementsAre("c.txt", "A.txt", longName_, "b.txt", "..\\up"));
+  EXPECT_THAT(ToUtf8(list.CellAt(0, 0).data(Qt::ToolTipRole).toString()),
+              StartsWith("Name: c.txt\nSize: 1 KB (2,000 bytes)\nType: TEXT File\n"));
+  const auto* const save = list.findChild<QAction*>(u"saveFile"_qs);
+  list.SelectRow(0);
+  EXPECT_TRUE(save->isEnabled());
+  list.selectionModel()->select(list.CellAt(1, 0),
+                                QItemSelectionModel::Select | QItemSelectionModel::Rows);
+  EXPECT_FALSE(save->isEnabled()) << "saves one, or Save All all";
+  list.findChild<QAction*>(u"deleteFiles"_qs)->trigger();
+  ASSERT_TRUE(Await([this] { return AttachmentNames().size() == 3; }));
+  EXPECT_THAT(person_.seen, ElementsAre("Delete 2 files from the service?"));
+  EXPECT_THAT(AttachmentNames(), ElementsAre(longName_, "b.txt", "..\\up"));
 }
 
+TEST_F(Attached, AllFilesAreSavedWithinTheLimits) {
+  ShowFiles();
+  QAction* const all = commands_->SaveAllAction();
+  all->trigger();
+  EXPECT_THAT(std::exchange(downloads_.saved, {}), ElementsAre(kFirst));
+  downloads_.duplicate = true;
+  all->trigger();
+  downloads_.limit = true;
+  all->trigger();
+  ASSERT_EQ(person_.seen.size(), 2U);
+  EXPECT_THAT(person_.seen[1], ::testing::HasSubstr("Unfinished transfers that you started"));
+  EXPECT_THAT(downloads_.saved, IsEmpty());
+  EXPECT_EQ(transfersShown_, 3);
+}
 }  // namespace
 }  // namespace updown::test

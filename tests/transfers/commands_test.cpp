@@ -1,3 +1,5 @@
+#include <QClipboard>
+#include <QGuiApplication>
 #include <QMenu>
 #include <QTest>
 #include <filesystem>
@@ -18,6 +20,19 @@ class StatusCommands : public WindowWorld {
     WriteFile(task.record->LocalPath(), "part");
     return task.record->LocalPath();
   }
+  // The names of the commands of rows that are offered.
+  std::string Offered() {
+    QCoreApplication::processEvents();
+    std::string names;
+    for (const QAction* action : list_->actions()) {
+      const bool ofRows =
+          !action->objectName().contains(u"All"_qs) && action->objectName() != u"clearFinished";
+      names += ofRows && action->isEnabled() && action->isVisible() && !action->isSeparator()
+                   ? ToUtf8(action->objectName()) + " "
+                   : "";
+    }
+    return names;
+  }
 };
 
 TEST_F(StatusCommands, PauseStopsQueuedTasksOnly) {
@@ -34,12 +49,11 @@ TEST_F(StatusCommands, ResumeGoesOnWhereItStood) {
   // Paused in its last block: all is there, and the worker has only to say so.
   const TaskPointer task = AddTask(State::Stopped, 9000, 9000, true);
   task->childRecord->state = State::Failed;
-  ticks_.now = 77;
   Choose(0, u"resume"_qs);
   EXPECT_EQ(task->record->state, State::Queued);
   EXPECT_EQ(task->childRecord->state, State::Queued);
   EXPECT_EQ(task->record->doneBytes, 9000U);
-  EXPECT_EQ(task->record->statistics.lastSampleTick, 77U);
+  EXPECT_EQ(Cell(0, Column::State), "Waiting");
 }
 
 TEST_F(StatusCommands, RedoBeginsFromNothing) {
@@ -47,11 +61,8 @@ TEST_F(StatusCommands, RedoBeginsFromNothing) {
   TransferRecord& record = *task->record;
   fs::create_directory(record.LocalPath());
   WriteFile(record.LocalPath() + "/inside", "x");
-  record.remoteTime = 9;
   task->childRecord->doneBytes = 7;
   task->childRecord->state = State::Finished;
-  ticks_.now += 10;
-  EndTask(*task, 0);
 
   person_.answer = QMessageBox::Cancel;
   Choose(0, u"redo"_qs);
@@ -60,14 +71,12 @@ TEST_F(StatusCommands, RedoBeginsFromNothing) {
 
   person_.answer = QMessageBox::Ok;
   Choose(0, u"redo"_qs);
-  EXPECT_EQ(person_.seen.back(), "Are you sure you want to redo the task?");
+  EXPECT_THAT(person_.seen.back(), HasSubstr("“file1” once more"));
+  EXPECT_THAT(person_.seen.back(), HasSubstr("The folder “" + record.LocalPath() + "” is removed"));
   EXPECT_EQ(record.state, State::Queued);
-  EXPECT_EQ(record.totalBytes + record.doneBytes + record.remoteTime, 0U);
-  EXPECT_EQ(record.statistics.elapsedTicks + record.statistics.startBytes, 0U);
-  EXPECT_EQ(record.statistics.startTick, ticks_.now);
-  EXPECT_EQ(task->childRecord->doneBytes, 0U);
+  EXPECT_EQ(record.totalBytes + record.doneBytes + task->childRecord->doneBytes, 0U);
   EXPECT_EQ(task->childRecord->state, State::Queued);
-  EXPECT_EQ(Course(0), "4 KB|||");
+  EXPECT_EQ(Course(0), "0 KB||||Waiting");
   EXPECT_FALSE(fs::exists(record.LocalPath()));
 }
 
@@ -78,8 +87,7 @@ TEST_F(StatusCommands, RedoOfAFinishedTaskKeepsTheLimit) {
     AddTask(State::Stopped);
   }
   Choose(0, u"redo"_qs);
-  EXPECT_EQ(person_.seen.back(),
-            "The maximum number of data streams has been reached. Operation aborted.");
+  EXPECT_EQ(person_.seen.back().find("The maximum number of data streams has been reached."), 0U);
   EXPECT_EQ(finished->record->state, State::Finished);
   EXPECT_TRUE(fs::exists(file));
   Choose(1, u"redo"_qs);  // one of the five counts already
@@ -96,7 +104,8 @@ TEST_F(StatusCommands, DeleteTakesPartialFilesAlong) {
     EXPECT_EQ(task->record->state, state);
     person_.answer = QMessageBox::Ok;
     Choose(0, u"delete"_qs);
-    EXPECT_EQ(person_.seen.back(), "Are you sure you want to make this deletion?");
+    EXPECT_THAT(person_.seen.back(), HasSubstr(fs::path(file).filename().string()));
+    EXPECT_THAT(person_.seen.back(), HasSubstr(state == State::Finished ? "stay" : "removed"));
     EXPECT_EQ(fs::exists(file), state == State::Finished);
     EXPECT_EQ(Rows(), 0);
     EXPECT_EQ(tasks_.store.Find(task->id), nullptr);
@@ -114,6 +123,10 @@ TEST_F(StatusCommands, RedoAndDeleteWhileTheWorkerRuns) {
     EXPECT_TRUE(run->Stopping() && run->Sockets()->IsCut());
     EXPECT_EQ(held->record->state, State::Stopped);
     EXPECT_TRUE(fs::exists(file));
+    window_.ShowBlock(held->id);
+    window_.ShowWaiting(held->id);
+    EndTask(*held, 0);
+    EXPECT_EQ(Rows() == 0 ? "" : Cell(0, Column::State), redo ? "Waiting" : "");
     held->EndRun();
     EXPECT_FALSE(fs::exists(file));
     EXPECT_EQ(held->record->state, redo ? State::Queued : State::Stopped);
@@ -137,7 +150,7 @@ TEST_F(StatusCommands, DeleteLeavesWhatIsTheUsersOwn) {
   person_.first = [&second](QMessageBox&) { second->record->state = State::Finished; };
   Choose(1, u"delete"_qs);
   EXPECT_EQ(Rows(), 1);
-  EXPECT_EQ(Cell(0, Column::SourceEnd), "/pkg/file1");
+  EXPECT_EQ(Cell(0, Column::From), "/pkg/file1");
   EXPECT_TRUE(fs::exists(file));
 
   // An upload's target is no local path.
@@ -163,7 +176,7 @@ TEST_F(StatusCommands, OpensAndMoves) {
     chosenFolder_ = FromUtf8(folder);
     Choose(0, u"moveFile"_qs);
     EXPECT_EQ(task->record->LocalPath(), path);
-    EXPECT_EQ(Cell(0, Column::TargetEnd), path);
+    EXPECT_EQ(Cell(0, Column::To), path);
     EXPECT_EQ(ReadFile(path), "part");
   }
   EXPECT_THAT(person_.seen, ElementsAre(HasSubstr("could not be moved")));
@@ -180,26 +193,64 @@ TEST_F(StatusCommands, OpensAndMoves) {
   EXPECT_EQ(task->record->LocalPath(), file);
 }
 
+TEST_F(StatusCommands, OfManyThoseThatAllowIt) {
+  const TaskPointer running = AddTask(State::Queued, 1, 2);
+  const TaskPointer failed = AddTask(State::Failed, 1, 2);
+  const TaskPointer paused = AddTask(State::Stopped, 1, 2);
+  const TaskPointer folder = AddTask(State::Finished, 1, 2, true);
+  Select({0, 1, 3});
+  EXPECT_EQ(Offered(), "pause resume redo delete openFile openFolder moveFile copyPath ");
+  Select({0, 1});
+  EXPECT_EQ(Offered(), "pause resume redo delete openFolder copyPath ");
+  Trigger(u"pause"_qs);
+  EXPECT_EQ(running->record->state, State::Stopped);
+  EXPECT_EQ(failed->record->state, State::Failed);
+  Trigger(u"resumeAllFailed"_qs);
+  EXPECT_EQ(failed->record->state, State::Queued);
+  EXPECT_EQ(paused->record->state, State::Stopped);
+
+  Select({1, 3});
+  Trigger(u"openFile"_qs);
+  EXPECT_EQ(opened_, Log{"file " + folder->record->LocalPath()});
+  Trigger(u"delete"_qs);
+  EXPECT_EQ(person_.seen.back(),
+            "Delete 2 transfers?\nWhat has arrived of an unfinished file is removed from the "
+            "disk.\nFiles that have arrived whole stay on the disk.");
+  EXPECT_EQ(Rows(), 2);
+}
+
 TEST_F(StatusCommands, TheKeyboardReachesThemAll) {
-  window_.show();
+  window_.BringForward();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&window_));
   AddTask(State::Finished);
   const TaskPointer task = AddTask(State::Queued, 1, 2);
+  Select({0});
+  QTest::keyClick(list_, Qt::Key_Return);
+  EXPECT_EQ(opened_, Log{"file " + disk_.File("file1")});
+  QTest::keyClick(list_, Qt::Key_A, Qt::ControlModifier);
+  QTest::keyClick(list_, Qt::Key_C, Qt::ControlModifier);
+  EXPECT_EQ(ToUtf8(QGuiApplication::clipboard()->text()),
+            disk_.File("file1") + "\n" + disk_.File("file2"));
   list_->SelectRow(1);
   task->BeginRun();
+  const auto menu = [this] { return list_->findChild<QMenu*>(u"transferListMenu"_qs); };
   QTest::keyClick(list_, Qt::Key_F10, Qt::ShiftModifier);
-  auto* const menu = window_.findChild<QMenu*>(u"statusMenu"_qs);
-  ASSERT_TRUE(menu->isVisible());
-  std::string enabled;
-  for (const QAction* action : menu->actions()) {
-    enabled += action->isEnabled() ? ToUtf8(action->objectName()) + " " : "";
-  }
-  EXPECT_EQ(enabled, "pause redo delete openFolder ");
-  QTest::keyClick(menu, Qt::Key_Down);
-  QTest::keyClick(menu, Qt::Key_Return);
+  ASSERT_TRUE(menu() != nullptr && menu()->isVisible());
+  EXPECT_EQ(Offered(), "pause redo delete openFolder copyPath ");
+  QTest::keyClick(menu(), Qt::Key_P);
   EXPECT_EQ(task->record->state, State::Stopped);
+  task->EndRun();
+  person_.answer = QMessageBox::Ok;
   QTest::keyClick(list_, Qt::Key_Delete);
   EXPECT_EQ(Rows(), 1);
-  task->EndRun();
+
+  list_->SelectRow(-1);
+  EXPECT_EQ(Offered(), "");
+  EXPECT_TRUE(window_.findChild<QAction*>(u"clearFinished"_qs)->isEnabled());
+  const QPoint cell = list_->visualRect(list_->CellAt(0, 2)).center();
+  QTest::mouseClick(list_->viewport(), Qt::LeftButton, {}, cell);
+  QTest::mouseDClick(list_->viewport(), Qt::LeftButton, {}, cell);
+  EXPECT_EQ(opened_.size(), 2U);
 }
 
 }  // namespace

@@ -1,137 +1,245 @@
+#include <QHeaderView>
+#include <QLabel>
+#include <QMimeData>
 #include <QTest>
+#include <QTimerEvent>
+#include <QUrl>
 
 #include "service/result_codes.h"
 #include "tests/transfers/window_world.h"
+#include "widgets/progress_delegate.h"
 
 namespace updown::test {
 namespace {
 
-using StatusRows = WindowWorld;
+using Transfers = WindowWorld;
 
-TEST_F(StatusRows, ShowsAnAnnouncedTask) {
-  const TaskPointer task = AddTask(State::Queued, 5000, 10000);
-  EXPECT_EQ(Cell(0, Column::SourceEnd), "/pkg/file1");
-  EXPECT_EQ(Cell(0, Column::TargetEnd), disk_.File("file1"));
-  EXPECT_EQ(Course(0), "Waiting|||");
-  EXPECT_EQ(task->record->statistics.startBytes, 5000U);
-
+TEST_F(Transfers, ShowsBothEndsAndTheName) {
+  AddTask(State::Queued, 5000, 10000);
+  EXPECT_EQ(Cell(0, Column::Name), "file1");
+  EXPECT_EQ(Cell(0, Column::From), "/pkg/file1");
+  EXPECT_EQ(Cell(0, Column::To), disk_.File("file1"));
   const TaskPointer upload =
-      tasks_.store.AddDownload({"x", "/remote", "server", 80}, "/local", true);
+      tasks_.store.AddDownload({"x", "/remote", "server", 80}, "/local/fäil/", true);
   upload->record->direction = 1;
   window_.AddRow(upload->id);
-  EXPECT_EQ(Cell(1, Column::SourceEnd), "/local");
-  EXPECT_EQ(Cell(1, Column::TargetEnd), "/remote");
+  EXPECT_EQ(Cell(1, Column::Name), "fäil");
+  EXPECT_EQ(Cell(1, Column::From), "/local/fäil/");
+  EXPECT_EQ(Cell(1, Column::To), "/remote");
+  upload->record->SetLocalPath("/elsewhere/fäil");
+  window_.ShowPaths(upload->id);
+  EXPECT_EQ(Cell(1, Column::From), "/elsewhere/fäil");
 }
 
-TEST_F(StatusRows, FollowsATransferToItsEnd) {
-  const TaskPointer task = AddTask(State::Queued, 0, 4096 * 10);
-  window_.ShowStarted(task->id);
-  EXPECT_EQ(Course(0), "Processing ...|||");
-
-  ticks_.now += 1000;
-  task->record->doneBytes = 4096;
-  window_.ShowBlock(task->id);
-  EXPECT_EQ(Course(0), "4 KB||4.00 KB/s|00 : 00 : 09 ");
-
-  ticks_.now += 1000;
-  task->record->doneBytes = 4096 * 10;
-  task->record->state = State::Finished;
-  // A late start notice finds the state as it is.
-  for (const bool late : {false, true}) {
-    late ? window_.ShowStarted(task->id) : EndTask(*task, 0);
-    EXPECT_EQ(Course(0), "40 KB|Completed|20.00 KB/s|");
-  }
-}
-
-TEST_F(StatusRows, TellsOfTransfersWithoutARateOrASize) {
-  const TaskPointer empty = AddTask(State::Finished);
-  ticks_.now += 50;
-  EndTask(*empty, 0);
-  EXPECT_EQ(Course(0), "0 KB|Completed|N/A|");
-  const TaskPointer stalled = AddTask(State::Queued, 0, 8000);
-  const TaskPointer unknown = AddTask(State::Queued);
-  const TaskPointer folder = AddTask(State::Queued, 2048, 2048, true);
-  folder->childRecord->doneBytes = 1024;
-  ticks_.now += 1000;
-  for (const TaskPointer& task : {stalled, unknown, folder}) {
-    window_.ShowBlock(task->id);
-  }
-  EXPECT_EQ(Course(1), "0 KB||0 B/s|");
-  EXPECT_EQ(Course(2), "0 KB|||00 : 00 : 00 ");
-  EXPECT_EQ(Course(3), "3 KB|N/A|1.00 KB/s|N/A");
-}
-
-TEST_F(StatusRows, ShowsACodeUnlessTheTaskStoppedOrFinished) {
+TEST_F(Transfers, TellsEachStateInEachColumn) {
+  constexpr auto kForeign = static_cast<State>(9);
   const struct {
     State state;
-    int code;
-    std::string transferred;
-    int systemError = 0;
+    std::uint32_t done;
+    std::uint32_t total;
+    bool folder;
+    const char* news;  // s: started, b: a block, w: connection lost, e: ended; a second before each
+    const char* course;
   } cases[] = {
-      {State::Failed, result::kConnection, "Network error. Please check your network connection."},
-      {State::Failed, -result::kInterrupted, "Network session interrupted. Please try again."},
-      {State::Failed, result::kConnection, "The service did not answer in time.", ETIMEDOUT},
-      {State::Failed, result::kFileWrite, "There is not enough room on the disk.", ENOSPC},
-      {State::Failed, result::kFileWrite, "Failed to write to file.", EIO},
-      {State::Failed, result::kNoSuchRemoteFile, "The file is not on the service."},
-      {State::Failed, result::kService8210, " "},
-      {State::Failed, result::kNotDecodable, "Unknown error."},
-      {State::Queued, -1, "Unknown error."},
-      {State::Stopped, result::kConnection, "1 KB"},
-      {State::Finished, result::kConnection, "1 KB"},
+      {State::Queued, 0, 0, false, "", "0 KB||||Waiting"},
+      {State::Queued, 5120, 10240, false, "", "5 KB of 10 KB|50.00%|||Waiting"},
+      {State::Queued, 0, 0, false, "s", "0 KB||||Processing ..."},
+      {State::Queued, 0, 40960, false, "sb",
+       "4 KB of 40 KB|10.00%|4.00 KB/s|00 : 00 : 09 |Transferring"},
+      {State::Queued, 0, 0, false, "b", "4 KB|N/A|4.00 KB/s||Transferring"},
+      {State::Queued, 0, 40960, false, "sbw", "4 KB of 40 KB|10.00%|||Reconnecting …"},
+      {State::Queued, 0, 40960, false, "sbwb",
+       "8 KB of 40 KB|20.00%|3.60 KB/s|00 : 00 : 08 |Transferring"},
+      {State::Queued, 0, 40960, false, "sbe", "4 KB of 40 KB|10.00%|||Waiting"},
+      {State::Queued, 2048, 2048, true, "sb", "6 KB|N/A|4.00 KB/s||Transferring"},
+      {State::Stopped, 0, 0, false, "", "0 KB|N/A|||Paused"},
+      {State::Stopped, 5120, 10240, false, "sbe", "9 KB of 10 KB|90.00%|||Paused"},
+      {State::Finished, 0, 0, false, "e", "0 KB|100.00%|||Completed"},
+      {State::Finished, 9, 9, false, "se", "9 B|100.00%|||Completed"},
+      {State::Failed, 5120, 10240, false, "", "5 KB of 10 KB|50.00%|||Failed"},
+      {kForeign, 0, 0, false, "", "0 KB||||"},
   };
   for (const auto& c : cases) {
-    const TaskPointer task = AddTask(c.state, 1024, 2048);
-    window_.ShowEnded(task->id, {c.code, c.systemError, "/a <path>"});
-    const QModelIndex cell =
-        list_->model()->index(Rows() - 1, static_cast<int>(Column::Transferred));
-    EXPECT_EQ(ToUtf8(cell.data().toString()), c.transferred) << c.code;
-    EXPECT_EQ(cell.data(Qt::ToolTipRole).toString().contains(u"<br>/a &lt;path&gt;<br>"_qs),
-              c.state == State::Failed);
+    const TaskPointer task = AddTask(c.state, c.done, c.total, c.folder);
+    for (const char news : std::string(c.news)) {
+      ticks_.now += 1000;
+      if (news == 's') {
+        window_.ShowStarted(task->id);
+      } else if (news == 'b') {
+        task->record->doneBytes += 4096;
+        window_.ShowBlock(task->id);
+      } else if (news == 'w') {
+        window_.ShowWaiting(task->id);
+      } else {
+        EndTask(*task, 0);
+      }
+    }
+    EXPECT_EQ(Course(Rows() - 1), c.course) << "case " << &c - cases;
+  }
+  const TaskPointer folder = AddTask(State::Queued, 0, 0, true);
+  folder->WalkBegins();
+  folder->FilesListed(8, 3 << 20);
+  folder->FileIsThere(448 << 10);
+  ticks_.now += 1000;
+  window_.ShowBlock(folder->id);
+  EXPECT_EQ(Course(Rows() - 1),
+            "1 of 8 files, 448 KB of 3.00 MB|14.58%|448.00 KB/s|00 : 00 : 05 |Transferring");
+}
+
+TEST_F(Transfers, BlocksInQuickSuccessionShowTogether) {
+  const TaskPointer task = AddTask(State::Queued, 0, 40960);
+  const auto block = [&] {
+    task->record->doneBytes += 4096;
+    window_.ShowBlock(task->id);
+  };
+  ticks_.now += 1000;
+  block();
+  EXPECT_EQ(Cell(0, Column::Transferred), "4 KB of 40 KB");
+  block();
+  block();
+  EXPECT_EQ(Cell(0, Column::Transferred), "4 KB of 40 KB");
+  ticks_.now += 100;
+  EXPECT_TRUE(QTest::qWaitFor([&] { return Cell(0, Column::Transferred) == "12 KB of 40 KB"; }));
+  block();
+  task->record->state = State::Finished;
+  EndTask(*task, 0);
+  EXPECT_EQ(Cell(0, Column::State), "Completed");
+  EXPECT_TRUE(Tip(0).contains(u"B/s on average"_qs)) << ToUtf8(Tip(0));
+}
+
+TEST_F(Transfers, ARateGoesWhenNothingComesAnyMore) {
+  const TaskPointer task = AddTask(State::Queued, 0, 40960);
+  task->record->doneBytes = 4096;
+  ticks_.now += 1000;
+  window_.ShowBlock(task->id);
+  for (const bool stalled : {false, true}) {
+    ticks_.now += stalled ? 10000 : 14000;
+    for (int id = 0; id < 1000; ++id) {  // one of them is that of the model's look
+      QTimerEvent event(id);
+      QCoreApplication::sendEvent(qobject_cast<QAbstractProxyModel*>(list_->model())->sourceModel(),
+                                  &event);
+    }
+    EXPECT_EQ(Course(0), stalled ? "4 KB of 40 KB|10.00%|||Transferring"
+                                 : "4 KB of 40 KB|10.00%|4.00 KB/s|00 : 00 : 09 |Transferring");
   }
 }
 
-TEST_F(StatusRows, ARestoredFailureTellsItsReason) {
-  const TaskPointer task = tasks_.store.AddDownload({"x", "/x", {}}, "/local/x", true);
-  task->record->state = State::Failed;
-  task->record->resultCode = result::WithoutSign(result::kAuthentication);
-  window_.AddRow(task->id);
-  EXPECT_EQ(Cell(0, Column::Transferred),
-            "Authentication failed, please correct your user name and password.");
+TEST_F(Transfers, AFailureTellsItsReason) {
+  const struct {
+    int code;
+    int systemError;
+    std::string text;
+  } cases[] = {
+      {result::kConnection, 0, "Network error. Please check your network connection."},
+      {-result::kInterrupted, 0, "Network session interrupted. Please try again."},
+      {result::kConnection, ETIMEDOUT, "The service did not answer in time."},
+      {result::kFileWrite, ENOSPC, "There is not enough room on the disk."},
+      {result::kNotDecodable, 0, "Unknown error."},
+  };
+  for (const auto& c : cases) {
+    const TaskPointer task = AddTask(State::Failed, 1024, 2048);
+    window_.ShowEnded(task->id, {c.code, c.systemError, "/a <path>"});
+    EXPECT_EQ(Cell(Rows() - 1, Column::State), "Failed: " + c.text);
+    const QStringList lines = Tip(Rows() - 1).split(u'\n');
+    EXPECT_TRUE(lines.contains(u"/a <path>"_qs)) << "plain text";
+    EXPECT_EQ(lines.size(), c.systemError == 0 ? 4 : 5) << "state, reason, words, path, time";
+  }
+  const TaskPointer restored = tasks_.store.AddDownload({"x", "/x", {}}, "/local/x", true);
+  restored->record->state = State::Failed;
+  restored->record->resultCode = result::WithoutSign(result::kAuthentication);
+  window_.AddRow(restored->id);
+  EXPECT_EQ(Cell(5, Column::State),
+            "Failed: Authentication failed, please correct your user name and password.");
+  EXPECT_TRUE(Tip(5).contains(u"/x"_qs)) << "of the service";
 }
 
-TEST_F(StatusRows, FindsRowsAfterARemovalAbove) {
-  const TaskPointer first = AddTask(State::Stopped);
-  const TaskPointer second = AddTask(State::Queued, 0, 9000);
-  Choose(0, u"delete"_qs);
-  second->record->doneBytes = 3000;
-  window_.ShowBlock(second->id);
+TEST_F(Transfers, ManyGoAtOnceAndTheOthersGoOn) {
+  std::vector<TaskId> odd;
+  std::vector<TaskPointer> even;
+  for (int count = 0; count < 10; ++count) {
+    const TaskPointer task = AddTask(State::Queued, 0, 40960);
+    count % 2 == 0 ? even.push_back(task) : odd.push_back(task->id);
+  }
+  Select({2, 3, 8});
+  for (const TaskId id : odd) {
+    tasks_.store.Find(id)->record->state = State::Finished;
+    window_.ShowEnded(id, {});
+  }
+  const QPersistentModelIndex kept = list_->CellAt(8, 0);
+  Trigger(u"clearFinished"_qs);
+  EXPECT_EQ(Rows(), 5);
+  EXPECT_EQ(kept.row(), 4);
+  EXPECT_EQ(list_->selectionModel()->selectedRows().size(), 2);
+  for (std::size_t row = 0; row < even.size(); ++row) {
+    even[row]->record->doneBytes = 4096 * static_cast<std::uint32_t>(row + 1);
+    ticks_.now += 1000;
+    window_.ShowBlock(even[row]->id);
+    EXPECT_EQ(Cell(static_cast<int>(row), Column::Transferred),
+              std::to_string(4 * (row + 1)) + " KB of 40 KB");
+  }
+}
+
+TEST_F(Transfers, SortByWhatTheyAreNotByTheirTexts) {
+  // In the order of rising bytes; text would put "1000 KB" and "2.00 MB" before "9 KB".
+  const std::uint32_t bytes[] = {9 << 10, 1000 << 10, 2 << 20, 10 << 20};
+  const State states[] = {State::Queued, State::Finished, State::Stopped, State::Failed};
+  for (const int at : {2, 0, 3, 1}) {
+    AddTask(states[at], bytes[at], 20 << 20);
+  }
+  const auto order = [&](Column column) {
+    list_->header()->setSortIndicator(static_cast<int>(column), Qt::AscendingOrder);
+    std::string names;
+    for (int row = 0; row < Rows(); ++row) {
+      names += Cell(row, Column::Name).back();
+    }
+    return names;
+  };
+  EXPECT_EQ(order(Column::Name), "1234");
+  EXPECT_EQ(order(Column::Transferred), "2413");
+  EXPECT_EQ(order(Column::Progress), "2134") << "a finished one is whole";
+  EXPECT_EQ(order(Column::State), "2134") << "waiting, paused, failed, finished";
+  list_->header()->setSortIndicator(-1, Qt::AscendingOrder);
+  EXPECT_EQ(Cell(0, Column::Name), "file1");
+}
+
+TEST_F(Transfers, TheLineBelowTellsAllAndFilesCanBeDraggedOut) {
+  window_.BringForward();
+  const TaskPointer moving = AddTask(State::Queued, 0, 40960);
+  AddTask(State::Queued);
+  AddTask(State::Failed);
+  AddTask(State::Finished, 9, 9);
+  ticks_.now += 1000;
+  moving->record->doneBytes = 4096;
+  window_.ShowBlock(moving->id);
+  QCoreApplication::processEvents();
+  EXPECT_EQ(window_.findChild<QLabel*>(u"transferTotals"_qs)->text(),
+            u"4.00 KB/s in all – 1 transferring, 1 waiting, 1 failed"_qs);
+  const QAbstractItemModel& model = *list_->model();
+  EXPECT_EQ(model.supportedDragActions(), Qt::CopyAction);
+  for (int row = 0; row < 4; ++row) {
+    EXPECT_EQ(model.flags(list_->CellAt(row, 0)).testFlag(Qt::ItemIsDragEnabled), row == 3);
+  }
+  const std::unique_ptr<QMimeData> data(model.mimeData({list_->CellAt(3, 0), list_->CellAt(3, 1)}));
+  EXPECT_EQ(data->urls(), QList<QUrl>{QUrl::fromLocalFile(FromUtf8(disk_.File("file4")))});
+}
+
+TEST_F(Transfers, TheWindowHidesByKeysAndItsCloseButton) {
+  const auto escape = [this] { QTest::keyClick(list_, Qt::Key_Escape); };
+  const auto controlW = [this] { QTest::keyClick(list_, Qt::Key_W, Qt::ControlModifier); };
+  const auto close = [this] { window_.close(); };
+  AddTask(State::Queued);
+  for (const std::function<void()>& hide :
+       {std::function<void()>(escape), std::function<void()>(controlW),
+        std::function<void()>(close)}) {
+    window_.BringForward();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window_));
+    hide();
+    EXPECT_FALSE(window_.isVisible());
+  }
   EXPECT_EQ(Rows(), 1);
-  EXPECT_EQ(Cell(0, Column::Transferred), "2 KB");
-  // The number of the first record is free again and goes to a new task, its name does not.
-  const TaskPointer third = AddTask(State::Queued, 7000, 9000);
-  EXPECT_EQ(third->record->recordId, first->record->recordId);
-  window_.ShowBlock(third->id);
-  EXPECT_EQ(Cell(1, Column::Transferred), "6 KB");
-}
-
-TEST_F(StatusRows, LaysTheWindowOutAndHidesIt) {
-  window_.show();
-  AddTask(State::Queued, 3333, 9999);
-  const QModelIndex bar = list_->model()->index(0, static_cast<int>(Column::Progress));
-  EXPECT_EQ(bar.data(Qt::AccessibleTextRole).toString(), u"33.33%"_qs);
   window_.resize(10, 10);
-  EXPECT_EQ(window_.size(), QSize(280, 250));
-  EXPECT_EQ(list_->size(), window_.size());
-
-  QTest::keyClick(list_, Qt::Key_Return);
-  EXPECT_TRUE(window_.isVisible());
-  QTest::keyClick(list_, Qt::Key_Escape);
-  EXPECT_FALSE(window_.isVisible());
-  window_.show();
-  window_.close();
-  EXPECT_FALSE(window_.isVisible());
-  EXPECT_EQ(Rows(), 1);
+  EXPECT_LE(window_.width(), 320);
+  EXPECT_LE(window_.height(), 240);
 }
 
 }  // namespace

@@ -27,9 +27,10 @@ TEST(TransferTexts, TellsRemainingTime) {
   }
 }
 
-// One letter for each command that is on: Pause, Resume, Redo, Delete, File, folder (o), Move.
+// One letter for each command that is on: Pause, Resume, Redo, Delete, File, folder (o), Move,
+// Copy.
 std::string Enabled(TransferState state, bool running, bool bytesMoved) {
-  const std::string letters = "PRdDFoM";
+  const std::string letters = "PRdDFoMC";
   std::string enabled;
   const EnabledCommands commands = CommandsFor(state, running, bytesMoved);
   for (std::size_t index = 0; index < commands.size(); ++index) {
@@ -41,13 +42,13 @@ std::string Enabled(TransferState state, bool running, bool bytesMoved) {
 TEST(MenuRules, OffersWhatAStateAllows) {
   using State = TransferState;
   for (const bool other : {false, true}) {
-    EXPECT_EQ(Enabled(State::Queued, other, false), other ? "PdD" : "PD");
-    EXPECT_EQ(Enabled(State::Queued, other, true), other ? "PdDo" : "PDo");
-    EXPECT_EQ(Enabled(State::Stopped, true, other), "Do");
-    EXPECT_EQ(Enabled(State::Stopped, false, other), "RdDo");
-    EXPECT_EQ(Enabled(State::Finished, other, true), "dDFoM");
-    EXPECT_EQ(Enabled(State::Failed, other, false), "RdDo");
-    EXPECT_EQ(Enabled(static_cast<State>(9), other, true), "D");
+    EXPECT_EQ(Enabled(State::Queued, other, false), other ? "PdDC" : "PDC");
+    EXPECT_EQ(Enabled(State::Queued, other, true), other ? "PdDoC" : "PDoC");
+    EXPECT_EQ(Enabled(State::Stopped, true, other), "DoC");
+    EXPECT_EQ(Enabled(State::Stopped, false, other), "RdDoC");
+    EXPECT_EQ(Enabled(State::Finished, other, true), "dDFoMC");
+    EXPECT_EQ(Enabled(State::Failed, other, false), "RdDoC");
+    EXPECT_EQ(Enabled(static_cast<State>(9), other, true), "DC");
   }
 }
 

@@ -11,13 +11,13 @@
 
 #include "tests/support/person.h"
 #include "tests/support/temporary_folder.h"
-#include "transfers/transfer_status_dlg.h"
+#include "transfers/transfer_window.h"
 
 namespace updown::test {
 
 using Log = std::vector<std::string>;
 
-using Column = StatusColumn;
+using Column = TransferColumn;
 using State = TransferState;
 
 class MovedTicks : public TickCounter {
@@ -37,8 +37,12 @@ class FakeTasks : public TransferTasks {
   void RedoTask(TaskId task) override {
     log.emplace_back("redo");
     store.Redo(task);
+    store.Queue().EndRuns();  // as the scheduler does elsewhere
   }
-  void DeleteTask(TaskId task) override { store.RemoveTask(task, TaskStore::LocalFiles::Remove); }
+  void DeleteTask(TaskId task) override {
+    store.RemoveTask(task, TaskStore::LocalFiles::Remove);
+    store.Queue().EndRuns();
+  }
 
   Log log;
   LaunchState launch;
@@ -48,7 +52,7 @@ class FakeTasks : public TransferTasks {
 // The window with its tasks, its desktop and a person who answers boxes.
 class WindowWorld : public ::testing::Test {
  protected:
-  WindowWorld() { list_ = window_.findChild<CListCtrlEx*>(u"transferList"_qs); }
+  WindowWorld() { list_ = window_.findChild<RowListView*>(u"transferList"_qs); }
 
   // A task of this run, as a Save makes it; the row is there on return.
   TaskPointer AddTask(State state, std::uint32_t done = 0, std::uint32_t total = 0,
@@ -72,20 +76,35 @@ class WindowWorld : public ::testing::Test {
     const auto* const model = list_->model();
     return ToUtf8(model->index(row, static_cast<int>(column)).data().toString());
   }
-  // The four cells that tell of the transfer's course.
+  QString Tip(int row) const {
+    return list_->CellAt(row, static_cast<int>(Column::State)).data(Qt::ToolTipRole).toString();
+  }
+  // The cells that tell of the transfer's course.
   std::string Course(int row) const {
     return Cell(row, Column::Transferred) + "|" + Cell(row, Column::Progress) + "|" +
-           Cell(row, Column::Rate) + "|" + Cell(row, Column::Remaining);
+           Cell(row, Column::Rate) + "|" + Cell(row, Column::Remaining) + "|" +
+           Cell(row, Column::State);
   }
   int Rows() const { return list_->model()->rowCount(); }
   // How often the program was asked for something.
   auto Asked(const std::string& what) const {
     return std::count(tasks_.log.begin(), tasks_.log.end(), what);
   }
-  void Choose(int row, const QString& command) {
-    list_->SelectRow(row);
+  void Select(const std::vector<int>& rows) {
+    list_->SelectRow(-1);
+    for (const int row : rows) {
+      list_->selectionModel()->select(list_->CellAt(row, 0),
+                                      QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    }
+  }
+  void Trigger(const QString& command) {
+    QCoreApplication::processEvents();
     window_.findChild<QAction*>(command)->trigger();
     QCoreApplication::processEvents();
+  }
+  void Choose(int row, const QString& command) {
+    Select({row});
+    Trigger(command);
   }
 
   FakeTasks tasks_;
@@ -94,8 +113,8 @@ class WindowWorld : public ::testing::Test {
   TemporaryFolder disk_;
   Log opened_;            // by the desktop
   QString chosenFolder_;  // the answer to the next question for a folder
-  CTransferStatusDlg window_{tasks_, ticks_, MakeDesktop()};
-  CListCtrlEx* list_ = nullptr;
+  TransferWindow window_{tasks_, ticks_, MakeDesktop()};
+  RowListView* list_ = nullptr;
 
  private:
   Desktop MakeDesktop() {

@@ -18,7 +18,8 @@ import tempfile
 import time
 
 from desktop import ICONIC, NORMAL, Desktop, wait_until
-from launch import END_LIMIT, Client, Service, store_transfers
+from launch import END_LIMIT, Client
+from service import Service, store_transfers
 
 PING_LIMIT = 0.2  # seconds, as are all here
 WINDOW_LIMIT = 1.0
@@ -166,7 +167,7 @@ def press_delete(case, client):
     ask_to_delete(case)
     wait_until(lambda: len(case.desktop.windows(client.pid)) > before, PATIENCE)
     time.sleep(0.2)
-    case.desktop.press("Return")
+    case.desktop.press("alt+d")  # the harmless button is the default
 
 
 def press_rename(case, _):
@@ -273,6 +274,25 @@ def second_start(case):
         status = wait_until(lambda: second.process.poll() is not None, END_LIMIT)
         case.check(f"and ends{while_what}", status and second.process.returncode == 0,
                    f"status {second.process.returncode}")
+
+
+def size_comes_back(case):
+    service = case.service()
+    sizes = {}
+    for way in ("close", "SIGTERM"):
+        client = case.client(service)
+        window = case.listed(client, service)
+        sizes[way] = (700 + 100 * len(sizes), 480)
+        window.configure(width=sizes[way][0], height=sizes[way][1])
+        case.desktop.display.sync()
+        time.sleep(0.5)
+        case.ends(client, way)
+        client = case.client(service)
+        window = case.listed(client, service)
+        shape = window.get_geometry()
+        shown = (shape.width, shape.height)
+        case.check(f"its size comes back after {way}", shown == sizes[way], f"{shown}")
+        case.ends(client, "close")
 
 
 def fill(write_end):
@@ -407,6 +427,7 @@ def cases():
     yield "replies 3 s late", delayed
     yield "ten transfers", transfers_go_on
     yield "second start", second_start
+    yield "size comes back", size_comes_back
     for kind in ("full pipe", "full socket", "closed", "without a reader"):
         yield f"error stream, {kind}", lambda c, k=kind: error_stream(c, k)
     for way in ENDS[1:]:

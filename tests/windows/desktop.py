@@ -114,11 +114,11 @@ class Desktop:
         wait_until(lambda: self.state(window) == ICONIC, 5)
 
     def press(self, *names):
-        """One key after the other; what begins with "shift+" is held with it."""
+        """One key after the other; with "shift+" or "alt+" in front one that is held down."""
+        held = {"shift": "Shift_L", "alt": "Alt_L"}
         for name in names:
-            shift = name.startswith("shift+")
-            codes = [self.display.keysym_to_keycode(XK.string_to_keysym(one))
-                     for one in (["Shift_L"] if shift else []) + [name.removeprefix("shift+")]]
+            codes = [self.display.keysym_to_keycode(XK.string_to_keysym(held.get(one, one)))
+                     for one in name.split("+")]
             for code in codes:
                 xtest.fake_input(self.display, X.KeyPress, code)
             for code in reversed(codes):
