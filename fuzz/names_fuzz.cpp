@@ -19,7 +19,7 @@ namespace {
 using namespace updown;
 namespace fs = std::filesystem;
 
-constexpr char kRoot[] = "/root/of/all";
+constexpr char kRoot[] = "/base/of/all";
 
 void Must(bool holds) {
   if (!holds) {
