@@ -50,6 +50,7 @@ int Conductor::Run() {
       {QStringLiteral("login"), QStringLiteral("f"), Service::WithLogin, {}},
       {QStringLiteral("keyboard"), QStringLiteral("h"), Service::Full, {}},
       {QStringLiteral("save-all"), QStringLiteral("i"), Service::Full, {}},
+      {QStringLiteral("several"), QStringLiteral("q"), Service::Full, {}},
       {QStringLiteral("arrange"), QStringLiteral("j"), Service::Full, {}},
       {QStringLiteral("arranged"), QStringLiteral("j"), Service::Full, {}},
       {QStringLiteral("plain"), QStringLiteral("k"), Service::Full, {}},

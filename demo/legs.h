@@ -34,6 +34,7 @@ void LimitLeg(LegContext& context);
 void LoginLeg(LegContext& context);
 void KeyboardLeg(LegContext& context);
 void SaveAllLeg(LegContext& context);
+void SeveralLeg(LegContext& context);
 void ArrangeLeg(LegContext& context);
 void ArrangedLeg(LegContext& context);
 void PlainLeg(LegContext& context);

@@ -95,6 +95,7 @@ const std::map<QString, Leg>& Legs() {
       {QStringLiteral("login"), LoginLeg},
       {QStringLiteral("keyboard"), KeyboardLeg},
       {QStringLiteral("save-all"), SaveAllLeg},
+      {QStringLiteral("several"), SeveralLeg},
       {QStringLiteral("arrange"), ArrangeLeg},
       {QStringLiteral("arranged"), ArrangedLeg},
       {QStringLiteral("plain"), PlainLeg},

@@ -1,5 +1,7 @@
 #include <QAbstractItemView>
 #include <QApplication>
+#include <QClipboard>
+#include <QContextMenuEvent>
 #include <QDir>
 #include <QHeaderView>
 #include <QSplitter>
@@ -122,6 +124,56 @@ void SaveAllLeg(LegContext& context) {
       QStringLiteral("the header files are left out"),
       QDir(context.received + u'/' + package).entryList(QDir::Files).size() == kWalkAttachments);
   walker.Step(QStringLiteral("Save All brings all files of a package into a new folder"));
+  context.close();
+}
+
+// Commands for several rows, and those of empty ground.
+void SeveralLeg(LegContext& context) {
+  context.start();
+  Walker& walker = context.walker;
+  AwaitFullList(context);
+  SelectWalkPackage(context);
+  context.ask({QStringLiteral("block"), QStringLiteral("4194304")});
+  const QStringList names{kSmall, QStringLiteral("minutes.doc")};
+  QStringList paths;
+  for (const QString& name : names) {
+    paths.append(context.received + u'/' + name);
+    SaveAttachment(context, name, paths.last());
+    AwaitFinished(context, name);
+  }
+  QAbstractItemView* transfers = walker.FindView(QStringLiteral("transferList"));
+  walker.Key(transfers, Qt::Key_A, Qt::ControlModifier);
+  walker.Type(Qt::Key_C, Qt::ControlModifier);
+  walker.Expect(QStringLiteral("the paths of both are copied"),
+                QGuiApplication::clipboard()->text().split(u'\n') == paths);
+  const QPoint ground(transfers->viewport()->width() / 2, transfers->viewport()->height() - 4);
+  const auto askGround = [&] {
+    QContextMenuEvent event(QContextMenuEvent::Mouse, ground,
+                            transfers->viewport()->mapToGlobal(ground));
+    QApplication::sendEvent(transfers->viewport(), &event);
+  };
+  walker.WithMenu(askGround, [&](QMenu*) { walker.Picture(QStringLiteral("ground-menu")); });
+  walker.Choose(askGround, QStringLiteral("clearFinished"));
+  walker.Await(QStringLiteral("finished rows go"), [&] { return walker.Rows(transfers) == 0; });
+  walker.Picture(QStringLiteral("no-transfers"));
+  walker.Step(QStringLiteral("paths are copied, and finished transfers cleared"));
+
+  QAbstractItemView* attachments = walker.FindView(QStringLiteral("attachmentList"));
+  walker.Key(attachments, Qt::Key_A, Qt::ControlModifier);
+  walker.Answer([&] { walker.Type(Qt::Key_Delete); },
+                [&](QWidget*) {
+                  walker.Picture(QStringLiteral("several-asked"));
+                  walker.Type(Qt::Key_Return);
+                });
+  walker.Expect(QStringLiteral("Return does no harm"),
+                walker.Rows(attachments) == kWalkAttachments);
+  walker.Key(attachments, Qt::Key_F6);
+  QAbstractItemView* tree = walker.FindView(kTree);
+  walker.Await(QStringLiteral("F6 leads to the tree"), [&] { return tree->hasFocus(); });
+  walker.Type(Qt::Key_Down);
+  walker.WithMenu([&] { AskForMenu(tree); },
+                  [&](QMenu*) { walker.Picture(QStringLiteral("tree-menu")); });
+  walker.Step(QStringLiteral("several files are asked about at once, with the harmless default"));
   context.close();
 }
 
