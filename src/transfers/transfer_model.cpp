@@ -35,7 +35,7 @@ constexpr std::array<Heading, kTransferColumns> kHeadings{{
     {StringId::Status, Qt::AlignLeft},
 }};
 
-enum RowIcon : std::size_t { Upload, Download, Finished, Failed, Stopped };
+enum RowIcon : std::size_t { kUpload, kDownload, kFinished, kFailed, kStopped };
 
 QVariant Alignment(int column) {
   return QVariant::fromValue<int>(kHeadings[static_cast<std::size_t>(column)].alignment |
@@ -321,13 +321,13 @@ QVariant TransferModel::SortValue(const TransferRow& row, TransferColumn column)
 QIcon TransferModel::IconOf(const TransferRow& row) const {
   switch (row.state) {
     case ShownState::Finished:
-      return icons_[Finished];
+      return icons_[kFinished];
     case ShownState::Failed:
-      return icons_[Failed];
+      return icons_[kFailed];
     case ShownState::Paused:
-      return icons_[Stopped];
+      return icons_[kStopped];
     default:
-      return icons_[row.upload ? Upload : Download];
+      return icons_[row.upload ? kUpload : kDownload];
   }
 }
 
