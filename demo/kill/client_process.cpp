@@ -13,7 +13,6 @@
 
 namespace updown::demo {
 
-using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
 void Check(bool holds, const std::string& what) {

@@ -12,6 +12,8 @@
 
 namespace updown::demo {
 
+using Clock = std::chrono::steady_clock;
+
 // A failed check ends everything: throws std::runtime_error with `what`.
 void Check(bool holds, const std::string& what);
 

@@ -27,7 +27,6 @@ namespace updown::demo {
 namespace {
 
 namespace fs = std::filesystem;
-using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
 constexpr int kUserFiles = 8;

@@ -24,7 +24,6 @@ namespace updown::demo {
 namespace {
 
 namespace fs = std::filesystem;
-using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
 constexpr int kFiles = 20;
