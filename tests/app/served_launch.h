@@ -7,6 +7,7 @@
 #include <string>
 
 #include "app/launch_identity.h"
+#include "peer/make_area.h"
 #include "peer/stand_in.h"
 #include "tests/support/temporary_folder.h"
 
