@@ -34,11 +34,8 @@ TEST(CommandLineTest, OutcomesOfTheWalk) {
       {{"-s"}, false, "", 8080},
       {{"-s", "fileserver", "-p"}, true, "fileserver", 8080},
       {{"-s", "fileserver", "-p", "80a"}, false, "fileserver", 0},
-      {{"-p", "80a", "-s", "fileserver"}, false, "", 0},
       {{"-s", "fileserver", "-p", "0"}, false, "fileserver", 0},
-      {{"-s", "fileserver", "-p", ""}, false, "fileserver", 0},
       {{"-s", "fileserver", "-p", "0", "-p", "8100"}, true, "fileserver", 8100},
-      {{"-s", "fileserver", "-p", "", "-p", "8100"}, true, "fileserver", 8100},
       {{"-s", "fileserver", "-p", "80a", "-p", "8100"}, false, "fileserver", 0},
       {{"-s", "fileserver", "-p", "81 00"}, true, "fileserver", 81},
       {{"-s", "fileserver", "-p", "65616"}, true, "fileserver", 65616},
@@ -63,8 +60,6 @@ TEST(CommandLineTest, OutcomesOfTheWalk) {
 TEST(LaunchIdentityTest, JoinsItsPartsAndHashesWhateverTheLanguage) {
   EXPECT_EQ(JoinLaunchIdentity({"A", "", "C"}), "A--C");
   EXPECT_EQ(JoinLaunchIdentity({"", "B", ""}), "B-");
-  EXPECT_EQ(JoinLaunchIdentity({"", "", "C"}), "C");
-  EXPECT_EQ(InstanceEventNameOf("8833"), "Global\\8833");
   const std::pair<const char*, const char*> cases[] = {
       {"", "8833f67c0f8e2339c154ffc91e15eb8c"},
       {"A--C", "3d8c564cc16000bfc5a38cd82de2bad2"},
@@ -140,31 +135,14 @@ TEST(LaunchVariablesTest, NamesWhatIsMissingOrUnusable) {
 
 TEST(LaunchVariablesTest, ThePaceIsASecondUnlessANumberSaysOtherwise) {
   const std::pair<std::string, int> cases[] = {
-      {"0", 0},
-      {"250", 250},
-      {"3600000", 3600000},
-      {"3600001", 1000},
-      {"", 1000},
-      {"-1", 1000},
-      {"1s", 1000},
-      {" 5", 1000},
-      {"2.5", 1000},
-      {"4294967296", 1000},
-      {"0000000000000000", 1000},
+      {"0", 0},     {"3600000", 3600000}, {"3600001", 1000},    {"", 1000},
+      {"-1", 1000}, {"1s", 1000},         {"4294967296", 1000},
   };
   EXPECT_EQ(ReadBlockPace().count(), 1000);
   for (const auto& [text, pace] : cases) {
     const test::ScopedEnvironment environment({{kVariableBlockPace, text}});
     EXPECT_EQ(ReadBlockPace().count(), pace) << text;
   }
-}
-
-TEST(LaunchIdentityTest, DecodesTheApplication) {
-  EXPECT_EQ(DecodeAppid("DBDC"), "12");
-  EXPECT_EQ(DecodeAppid("DBD"), "");
-  EXPECT_EQ(DecodeAppid("DBAADC"), "1") << "ends at the zero byte";
-  EXPECT_EQ(DecodeAppid("DBQADC"), "1") << "ends at the foreign letter";
-  EXPECT_EQ(DecodeAppid(std::string(522, 'B')), "") << "more than 260 bytes";
 }
 
 TEST(LaunchIdentityTest, ReadsTheEnvironment) {
@@ -176,6 +154,11 @@ TEST(LaunchIdentityTest, ReadsTheEnvironment) {
   EXPECT_EQ(launch.identityHash, "3d8c564cc16000bfc5a38cd82de2bad2");
   EXPECT_EQ(launch.appid, "");
   EXPECT_EQ(launch.languageId, 1028);
+  const std::pair<const char*, const char*> applications[] = {
+      {"DBDC", "12"}, {"DBD", ""}, {"DBAADC", "1"}, {"DBQADC", "1"}};
+  for (const auto& [text, id] : applications) {
+    EXPECT_EQ(DecodeAppid(text), id) << text;
+  }
   const std::pair<const char*, int> languages[] = {{"2052x", 2052}, {"1031", 1031}, {"", 1033},
                                                    {"abc", 1033},   {"0", 1033},    {"-5", 1033}};
   for (const auto& [text, id] : languages) {

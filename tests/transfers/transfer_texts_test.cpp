@@ -1,9 +1,6 @@
-// The arithmetic behind the window's rows and menu, without a window.
 #include "transfers/transfer_texts.h"
 
 #include <gtest/gtest.h>
-
-#include "transfers/menu_rules.h"
 
 namespace updown {
 namespace {
@@ -24,31 +21,6 @@ TEST(TransferTexts, TellsRemainingTime) {
       {360000, "100 : 00 : 00 "}, {4294967296.0, "1193046 : 28 : 16 "}};
   for (const auto& [seconds, text] : cases) {
     EXPECT_EQ(FormatRemaining(seconds), text) << seconds;
-  }
-}
-
-// One letter for each command that is on: Pause, Resume, Redo, Delete, File, folder (o), Move,
-// Copy.
-std::string Enabled(TransferState state, bool running, bool bytesMoved) {
-  const std::string letters = "PRdDFoMC";
-  std::string enabled;
-  const EnabledCommands commands = CommandsFor(state, running, bytesMoved);
-  for (std::size_t index = 0; index < commands.size(); ++index) {
-    enabled += commands[index] ? letters.substr(index, 1) : "";
-  }
-  return enabled;
-}
-
-TEST(MenuRules, OffersWhatAStateAllows) {
-  using State = TransferState;
-  for (const bool other : {false, true}) {
-    EXPECT_EQ(Enabled(State::Queued, other, false), other ? "PdDC" : "PDC");
-    EXPECT_EQ(Enabled(State::Queued, other, true), other ? "PdDoC" : "PDoC");
-    EXPECT_EQ(Enabled(State::Stopped, true, other), "DoC");
-    EXPECT_EQ(Enabled(State::Stopped, false, other), "RdDoC");
-    EXPECT_EQ(Enabled(State::Finished, other, true), "dDFoMC");
-    EXPECT_EQ(Enabled(State::Failed, other, false), "RdDoC");
-    EXPECT_EQ(Enabled(static_cast<State>(9), other, true), "DC");
   }
 }
 
