@@ -5,6 +5,7 @@
 #include <QScrollBar>
 #include <QSplitter>
 
+#include "packages/file_type_names.h"
 #include "packages/package_commands.h"
 #include "packages/package_form.h"
 #include "packages/package_pane.h"
@@ -20,15 +21,14 @@ class NotedDownloads : public PackageDownloads {
   bool StreamLimitReached() const override { return limit; }
   bool IsDuplicate(const std::string& /*path*/) const override { return duplicate; }
   bool SaveFile(const std::string& name, const std::string& path) override {
-    saved.push_back(name + " from " + path);
-    return true;
+    return SavePackage(name + " from " + path);
   }
-  bool limit = false;
-  bool duplicate = false;
   bool SavePackage(const std::string& package) override {
     saved.push_back(package);
     return true;
   }
+  bool limit = false;
+  bool duplicate = false;
   Names saved;
 };
 
@@ -87,11 +87,6 @@ class PanesTest : public AreaWorld {
   std::string From() const { return ToUtf8(form_->findChild<QLineEdit*>(u"fieldFrom"_qs)->text()); }
   QModelIndex TreeItem(int package) const {
     return tree_->model()->index(package, 0, tree_->model()->index(0, 0));
-  }
-  void ClickHeading(int column) {
-    QHeaderView* const header = list_->header();
-    QTest::mouseClick(header->viewport(), Qt::LeftButton, Qt::NoModifier,
-                      QPoint(header->sectionViewportPosition(column) + 20, header->height() / 2));
   }
   static void Click(QAbstractItemView* view, const QModelIndex& index, bool twice = false) {
     const QPoint at = view->visualRect(index).center();
@@ -153,7 +148,7 @@ TEST_F(PanesTest, AllShowOneSelection) {
 TEST_F(PanesTest, ARefreshKeepsSortingSelectionAndTheFilesOnShow) {
   ShowListed({kFirst, kSecond});
   EXPECT_EQ(Senders(), "f2 f1 ");
-  ClickHeading(package_column::kFrom);
+  list_->sortByColumn(package_column::kFrom, Qt::AscendingOrder);
   EXPECT_EQ(Senders(), "f1 f2 ");
   EXPECT_EQ(list_->SelectedRow(), 1) << "the selection stays with its package";
   AddPackage(kThird);
@@ -167,7 +162,7 @@ TEST_F(PanesTest, ARefreshKeepsSortingSelectionAndTheFilesOnShow) {
   Click(&Attachments(), Attachments().CellAt(0, attachment_column::kSave));
   EXPECT_THAT(downloads_.saved,
               ElementsAre("of" + kSecond + ".txt from /" + kSecond + "/of" + kSecond + ".txt"));
-  ClickHeading(package_column::kFrom);
+  list_->sortByColumn(package_column::kFrom, Qt::DescendingOrder);
   EXPECT_EQ(Senders(), "f2 f1 f0 ");
   Arrive(kFirst, "f9");
   EXPECT_EQ(Senders(), "f9 f2 f0 ");
@@ -292,14 +287,9 @@ class Attached : public PanesTest {
  protected:
   void ShowFiles() {
     AddPackage(kFirst, {"A.txt", longName_});
-    std::filesystem::remove(Served(kFirst + "/of" + kFirst + ".txt"));
     WriteFile(Served(kFirst + "/b.txt"), "12");
     WriteFile(Served(kFirst + "/..\\up"), "");
     ShowListed({kFirst});
-    std::filesystem::remove(Served(kFirst + "/of" + kFirst + ".txt"));
-    ASSERT_TRUE(Refresh());
-    ASSERT_TRUE(Settle());
-    ASSERT_THAT(AttachmentNames(), ElementsAre("..\\up", "A.txt", "b.txt", longName_));
   }
   Names Save(int row) {
     Click(&Attachments(), Attachments().CellAt(row, attachment_column::kSave));
@@ -307,6 +297,7 @@ class Attached : public PanesTest {
   }
 
   const std::string longName_ = std::string(245, 'n');
+  const std::string other_ = "of" + kFirst + ".txt";
   const std::string folder_ = "/" + kFirst + "/";
 };
 
@@ -344,32 +335,50 @@ TEST_F(Attached, AFileIsDeletedIfItsNameIsSafeAndTheServiceAgrees) {
   DeleteFile(0);
   ASSERT_TRUE(Await([&] { return person_.seen.size() == 2; }));
   EXPECT_THAT(person_.seen[1], StartsWith("File or folder name contains")) << "another folder's";
-  DeleteFile(1);
-  EXPECT_THAT(AttachmentNames(), ElementsAre("..\\up", "b.txt", longName_));
+  for (const auto answer : {QMessageBox::Cancel, QMessageBox::Ok}) {
+    EXPECT_THAT(AttachmentNames(), ElementsAre("..\\up", "A.txt", "b.txt", longName_, other_));
+    person_.answer = answer;
+    DeleteFile(1);
+  }
+  EXPECT_THAT(AttachmentNames(), ElementsAre("..\\up", "b.txt", longName_, other_));
   EXPECT_EQ(Attachments().SelectedRow(), -1);
-  person_.answer = QMessageBox::Cancel;
-  DeleteFile(1);
-  EXPECT_EQ(AttachmentNames().size(), 3U);
 }
 
 TEST_F(Attached, SeveralAreDeletedByOneQuestionAndSizesSortAsNumbers) {
   ShowFiles();
+  AttachmentList& list = Attachments();
+  list.sortByColumn(attachment_column::kSize, Qt::DescendingOrder);
+  EXPECT_THAT(AttachmentNames(), ElementsAre("A.txt", longName_, other_, "b.txt", "..\\up"));
+  list.SelectRow(0);
   WriteFile(Served(kFirst + "/c.txt"), std::string(2000, 'c'));
   ASSERT_TRUE(Refresh());
   ASSERT_TRUE(Settle());
-  AttachmentList& list = Attachments();
-  list.sortByColumn(attachment_column::kSize, Qt::DescendingOrder);
-  EXPECT_THAT(AttachmentNames(), ElementsAre("c.txt", "A.txt", longName_, "b.txt", "..\\up"));
+  EXPECT_THAT(AttachmentNames(),
+              ElementsAre("c.txt", "A.txt", longName_, other_, "b.txt", "..\\up"));
+  EXPECT_EQ(list.SelectedRow(), 1) << "the selection stays with its file";
   const auto* const save = list.findChild<QAction*>(u"saveFile"_qs);
-  list.SelectRow(0);
   EXPECT_TRUE(save->isEnabled());
-  list.selectionModel()->select(list.CellAt(1, 0),
+  list.selectionModel()->select(list.CellAt(0, 0),
                                 QItemSelectionModel::Select | QItemSelectionModel::Rows);
   EXPECT_FALSE(save->isEnabled()) << "saves one, or Save All all";
   list.findChild<QAction*>(u"deleteFiles"_qs)->trigger();
-  ASSERT_TRUE(Await([this] { return AttachmentNames().size() == 3; }));
+  ASSERT_TRUE(Await([this] { return AttachmentNames().size() == 4; }));
   EXPECT_EQ(person_.seen.size(), 1U);
-  EXPECT_THAT(AttachmentNames(), ElementsAre(longName_, "b.txt", "..\\up"));
+  EXPECT_THAT(AttachmentNames(), ElementsAre(longName_, other_, "b.txt", "..\\up"));
+}
+
+TEST(FileTypeNames, FollowTheExtensionFromTheFirstDot) {
+  const std::pair<const char16_t*, const char16_t*> cases[] = {
+      {u"report.pdf", u"PDF File"},
+      {u"notes", u"NOTES File"},
+      {u".txt", u".TXT File"},
+      {u"my.report.pdf", u"REPORT.PDF File"},
+      {u"a.", u" File"},
+      {u"", u" File"},
+      {u"note.é", u"É File"}};
+  for (const auto& [name, type] : cases) {
+    EXPECT_EQ(FileTypeName(name), type);
+  }
 }
 
 }  // namespace

@@ -14,16 +14,6 @@ namespace {
 
 using Transfers = WindowWorld;
 
-TEST_F(Transfers, ShowsBothEndsAndTheName) {
-  const TaskPointer upload =
-      tasks_.store.AddDownload({"x", "/remote", "server", 80}, "/local/fäil/", true);
-  upload->record->direction = 1;
-  window_.AddRow(upload->id);
-  EXPECT_EQ(Cell(0, Column::Name), "fäil");
-  EXPECT_EQ(Cell(0, Column::From), "/local/fäil/");
-  EXPECT_EQ(Cell(0, Column::To), "/remote");
-}
-
 TEST_F(Transfers, TellsEachStateInEachColumn) {
   const struct {
     State state;
@@ -125,9 +115,7 @@ TEST_F(Transfers, AFailureTellsItsReason) {
     const TaskPointer task = AddTask(State::Failed, 1024, 2048);
     window_.ShowEnded(task->id, {c.code, c.systemError, "/a <path>"});
     EXPECT_EQ(Cell(Rows() - 1, Column::State), "Failed: " + c.text);
-    const QStringList lines = Tip(Rows() - 1).split(u'\n');
-    EXPECT_TRUE(lines.contains(u"/a <path>"_qs)) << "plain text";
-    EXPECT_EQ(lines.size(), c.systemError == 0 ? 4 : 5) << "state, reason, words, path, time";
+    EXPECT_TRUE(Tip(Rows() - 1).contains(u"\n/a <path>\n"_qs)) << "plain text";
   }
   const TaskPointer restored = tasks_.store.AddDownload({"x", "/x", {}}, "/local/x", true);
   restored->record->state = State::Failed;

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <QAccessible>
-#include <QAction>
 #include <QSignalSpy>
 #include <QStandardItemModel>
 #include <QTest>
@@ -15,18 +14,12 @@
 namespace updown {
 namespace {
 
-using Action = QAccessibleActionInterface;
-
 QAccessibleInterface* Heard(QObject* object) {
   return QAccessible::queryAccessibleInterface(object);
 }
 
-class Accessibility : public ::testing::Test {
- protected:
-  Accessibility() { InstallAccessibility(); }
-};
-
-TEST_F(Accessibility, CellsOfAListOutliveWhatTheyShow) {
+TEST(Accessibility, CellsOfAListOutliveWhatTheyShow) {
+  InstallAccessibility();
   QStandardItemModel model;
   for (int row = 0; row < 3; ++row) {
     auto* bar = new QStandardItem;
@@ -47,7 +40,7 @@ TEST_F(Accessibility, CellsOfAListOutliveWhatTheyShow) {
   EXPECT_EQ(Heard(&list)->indexOfChild(link), 8);
   const QSignalSpy presses(links, &LinkDelegate::Activated);
   for (QAccessibleInterface* const cell : {name, link}) {
-    cell->actionInterface()->doAction(Action::pressAction());
+    cell->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
     QCoreApplication::processEvents();
     EXPECT_EQ(presses.count(), cell == link ? 1 : 0);
   }
@@ -60,21 +53,6 @@ TEST_F(Accessibility, CellsOfAListOutliveWhatTheyShow) {
   EXPECT_EQ(table.cellAt(2, 0), nullptr);
   model.removeRows(0, 2);
   EXPECT_FALSE(name->isValid());
-}
-
-TEST_F(Accessibility, EnabledCommandsOfAViewAreItsActions) {
-  RowListView list(nullptr);
-  QAction save(u"Save A&ll…"_qs);
-  QAction remove(u"&Delete"_qs);
-  remove.setEnabled(false);
-  list.addActions({&save, &remove});
-  const QSignalSpy saved(&save, &QAction::triggered);
-  Action& actions = *Heard(&list)->actionInterface();
-  EXPECT_TRUE(actions.actionNames().contains(u"Save All…"_qs));
-  EXPECT_FALSE(actions.actionNames().contains(u"Delete"_qs));
-  actions.doAction(u"Save All…"_qs);
-  QCoreApplication::processEvents();
-  EXPECT_EQ(saved.count(), 1);
 }
 
 }  // namespace

@@ -31,16 +31,11 @@ class RowListViewTest : public ::testing::Test {
     return list_.visualRect(model_.index(row, column)).center();
   }
   QPoint BelowTheRows() const { return {5, list_.viewport()->height() - 2}; }
-  // What the menu offers that this opens; empty without a menu.
-  QStringList Menu(const std::function<void()>& open) {
+  // How many commands the menu offers that this opens.
+  qsizetype Menu(const std::function<void()>& open) {
     open();
-    const QPointer<QMenu> menu = list_.findChild<QMenu*>(u"filesMenu"_qs);
-    QStringList items;
-    for (const QAction* action : menu ? menu->actions() : QList<QAction*>()) {
-      items << action->text();
-    }
-    delete menu;
-    return items;
+    const std::unique_ptr<QMenu> menu(list_.findChild<QMenu*>(u"filesMenu"_qs));
+    return menu ? menu->actions().size() : 0;
   }
   void RightClick(const QPoint& point) {
     QTest::mouseClick(list_.viewport(), Qt::RightButton, {}, point);
@@ -62,11 +57,10 @@ TEST_F(RowListViewTest, ItsActionsAreTheMenuByMouseAndByKeys) {
   QAction save(u"Save"_qs);
   list_.addAction(&save);
   const QSignalSpy told(&list_, &RowListView::MenuAboutToOpen);
-  const QStringList items{u"Save"_qs};
-  EXPECT_EQ(Menu([&] { RightClick(Middle(2)); }), items);
+  EXPECT_EQ(Menu([&] { RightClick(Middle(2)); }), 1);
   EXPECT_EQ(list_.SelectedRow(), 2);
-  EXPECT_EQ(Menu([&] { QTest::keyClick(&list_, Qt::Key_F10, Qt::ShiftModifier); }), items);
-  EXPECT_EQ(Menu([&] { RightClick(BelowTheRows()); }), items);
+  EXPECT_EQ(Menu([&] { QTest::keyClick(&list_, Qt::Key_F10, Qt::ShiftModifier); }), 1);
+  EXPECT_EQ(Menu([&] { RightClick(BelowTheRows()); }), 1);
   EXPECT_EQ(list_.SelectedRow(), -1);
   EXPECT_EQ(told.count(), 3);
 }
