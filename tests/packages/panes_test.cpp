@@ -1,5 +1,4 @@
 // Tree, list and form over one area.
-#include <QHeaderView>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QScrollBar>
