@@ -35,6 +35,7 @@ TEST(BoxesTest, SpeaksTheLanguageInForce) {
     EXPECT_EQ(box.button(QMessageBox::Cancel)->text(), u"取消"_qs);
   };
   Ask();
+  person.first = {};
   ShowNotice(nullptr, StringId::LostConnection);
   EXPECT_EQ(person.seen.back(), "与服务器连接中断。");
   SetStringLanguage(1033);
