@@ -67,8 +67,8 @@ bool PackageCommands::Ask(const QString& question, StringId verb) {
   return Confirm(owner_, question, Text(verb)) && self;
 }
 
-void PackageCommands::DeletePackage(
-    std::string name) {  // NOLINT(performance-unnecessary-value-param)
+// NOLINTNEXTLINE(performance-unnecessary-value-param): a reference to the selection would move on
+void PackageCommands::DeletePackage(std::string name) {
   if (name.empty() || area_.IsBusy(name)) {
     return;
   }

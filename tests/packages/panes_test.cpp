@@ -254,6 +254,20 @@ TEST_F(PanesTest, ADeletionShowsTheRowThatMovesUp) {
   EXPECT_EQ(person_.seen.size(), 3U);
 }
 
+TEST_F(PanesTest, ADeletionIsOfThePackageThatTheQuestionNamed) {
+  ShowListed({kFirst, kSecond, kThird});
+  bool removed = false;
+  person_.first = [&](QMessageBox&) {
+    if (!std::exchange(removed, true)) {
+      std::filesystem::remove_all(Served(kSecond));
+      EXPECT_TRUE(Refresh());
+      EXPECT_EQ(area_->Selected(), kFirst);
+    }
+  };
+  DeleteRow(list_, 1, u"deletePackage"_qs);
+  EXPECT_EQ(Senders(), "f3 f1 ");
+}
+
 TEST_F(PanesTest, ARenameOutOfTheAreaIsAskedFirst) {
   ShowListed({kFirst, kSecond});
   const struct {
@@ -364,6 +378,7 @@ TEST_F(Attached, SeveralAreDeletedByOneQuestionAndSizesSortAsNumbers) {
   ASSERT_TRUE(Await([this] { return AttachmentNames().size() == 4; }));
   EXPECT_EQ(person_.seen.size(), 1U);
   EXPECT_THAT(AttachmentNames(), ElementsAre(longName_, other_, "b.txt", "..\\up"));
+  EXPECT_EQ(list.currentIndex().row(), 0) << "the keyboard stays at its place";
 }
 
 TEST(FileTypeNames, FollowTheExtensionFromTheFirstDot) {

@@ -152,8 +152,13 @@ TEST_F(StatusCommands, OpensAndMoves) {
   EXPECT_EQ(opened_, (Log{"file " + file, "folder " + file}));
 
   fs::create_directory(disk_.File("other"));
+  fs::create_directory(disk_.File("taken"));
+  AddTask(State::Stopped)->record->SetLocalPath(disk_.File("taken/file1"));
   const std::pair<std::string, std::string> moves[] = {
-      {"", file}, {disk_.File("missing"), file}, {disk_.File("other/"), disk_.File("other/file1")}};
+      {"", file},
+      {disk_.File("taken"), file},
+      {disk_.File("missing"), file},
+      {disk_.File("other/"), disk_.File("other/file1")}};
   for (const auto& [folder, path] : moves) {
     chosenFolder_ = FromUtf8(folder);
     Choose(0, u"moveFile"_qs);
@@ -161,7 +166,8 @@ TEST_F(StatusCommands, OpensAndMoves) {
     EXPECT_EQ(Cell(0, Column::To), path);
     EXPECT_EQ(ReadFile(path), "part");
   }
-  EXPECT_THAT(person_.seen, ElementsAre(HasSubstr("could not be moved")));
+  EXPECT_THAT(person_.seen,
+              ElementsAre(HasSubstr("Duplicate task"), HasSubstr("could not be moved")));
 
   // Another file of that name is replaced only after a question, and never by a Cancel.
   WriteFile(file, "old");

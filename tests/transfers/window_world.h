@@ -31,11 +31,15 @@ class FakeTasks : public TransferTasks {
   bool StreamLimitReached() const override { return store.StreamLimitReached(); }
   bool IsTargetInUse(const std::string& path) const override { return store.IsTargetInUse(path); }
   void PauseTask(TaskId task) override { store.Pause(task); }
-  void ResumeTask(TaskId task) override { store.Resume(task); }
-  void RedoTask(TaskId task) override {
+  bool ResumeTask(TaskId task) override { return store.Resume(task); }
+  bool RedoTask(TaskId task) override {
     ++redone;
-    store.Redo(task);
+    const bool begun = store.Redo(task);
     store.Queue().EndRuns();  // as the scheduler does elsewhere
+    return begun;
+  }
+  void MoveTask(TaskId task, const std::string& localPath) override {
+    Find(task)->record->SetLocalPath(localPath);
   }
   void DeleteTask(TaskId task) override {
     store.RemoveTask(task, TaskStore::LocalFiles::Remove);
