@@ -34,9 +34,9 @@ class MainWindow final : public QMainWindow, private EngineEvents {
   Q_OBJECT
 
  public:
-  // Reads the stored tasks, makes panes and status window; never waits. The service is asked once
-  // the window has been shown. All three outlive every thread of the engine, so the process if
-  // ShutDown gives false.
+  // Reads the stored tasks and what windows remember (a file that is waited for at most 300 ms),
+  // makes panes and status window. The service is asked once the window has been shown. All three
+  // outlive every thread of the engine, so the process if ShutDown gives false.
   MainWindow(const LaunchState& launch, FileService& service, InstanceEvent& instanceEvent);
   ~MainWindow() override;
 

@@ -20,6 +20,7 @@ namespace {
 
 constexpr std::array kHeadings{StringId::Name, StringId::Size, StringId::Type, StringId::Created,
                                StringId::Save};
+constexpr std::uint64_t kKiloByte = 1024;
 static_assert(kHeadings.size() == attachment_column::kCount);
 
 QString Heading(int column) { return Text(kHeadings.at(static_cast<std::size_t>(column))); }
@@ -57,7 +58,7 @@ QString Tip(const DirectoryEntry& entry) {
   QStringList lines;
   for (int column = 0; column < attachment_column::kSave; ++column) {
     QString text = CellText(entry, column);
-    if (column == attachment_column::kSize) {
+    if (column == attachment_column::kSize && entry.size >= kKiloByte) {  // below it is to the byte
       const QString bytes = QLocale(QLocale::English).toString(entry.size);
       text = Text(StringId::SizeInBytes).arg(text, bytes).trimmed();
     }

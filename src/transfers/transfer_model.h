@@ -93,7 +93,7 @@ class TransferModel : public QAbstractTableModel {
   QIcon IconOf(const TransferRow& row) const;
 
   const TickCounter& ticks_;
-  Rows rows_;                    // ascending by id
+  Rows rows_;  // ascending by id, but while some are gathered at the end to be removed
   std::vector<TaskId> blocks_;   // tasks whose blocks do not show yet
   std::uint32_t lastShown_ = 0;  // when blocks were shown last
   QBasicTimer blockTimer_;

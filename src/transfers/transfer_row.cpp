@@ -77,7 +77,7 @@ QString AmountText(const TaskProgress& progress) {
   if (done < progress.totalBytes) {
     text = Text(StringId::AmountOf).arg(text, FromUtf8(FormatSize(progress.totalBytes)));
   }
-  return progress.files == 0
+  return progress.files < 2
              ? text
              : Text(StringId::FilesOf)
                    .arg(QString::number(progress.doneFiles), QString::number(progress.files), text);
