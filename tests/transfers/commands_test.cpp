@@ -217,6 +217,7 @@ TEST_F(StatusCommands, TheKeyboardReachesThemAll) {
   EXPECT_EQ(Offered(), "pause redo delete openFolder copyPath ");
   QTest::keyClick(menu(), Qt::Key_P);
   EXPECT_EQ(task->record->state, State::Stopped);
+  EXPECT_EQ(Offered(), "delete openFolder copyPath ") << "the worker still stops";
   task->EndRun();
   person_.answer = QMessageBox::Ok;
   QTest::keyClick(list_, Qt::Key_Delete);
