@@ -1,5 +1,6 @@
 // Where the keyboard goes in the main window.
 #include <QApplication>
+#include <QTextBrowser>
 #include <algorithm>
 
 #include "tests/app/main_window_world.h"
@@ -70,6 +71,10 @@ TEST_F(Keyboard, ReachesWhatCanBeSeenAndTheCommandsFromEachPane) {
     EXPECT_FALSE(line->isVisible()) << name;
     press(Qt::Key_F6);
     EXPECT_EQ(tree->hasFocus(), pane != tree) << name;
+  }
+  const QString page = window.findChild<QTextBrowser*>(u"helpPage"_qs)->toPlainText();
+  for (const auto& key : {u"F5"_qs, u"F2"_qs, u"Ctrl+W"_qs}) {
+    EXPECT_TRUE(page.contains(key)) << qPrintable(key);
   }
 }
 

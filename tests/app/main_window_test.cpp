@@ -105,6 +105,22 @@ TEST_F(MainWindowTest, KeepsUserTasksAndDropsHiddenOnesAtItsEnd) {
   }
 }
 
+TEST_F(MainWindowTest, FetchesAHeaderAgainThatWasCutOff) {
+  const auto headerBytes = [](const std::string& folder) {
+    std::uintmax_t bytes = 0;
+    for (const auto& file : std::filesystem::recursive_directory_iterator(folder)) {
+      bytes += file.path().extension() == ".ini" ? file.file_size() : 0;
+    }
+    return bytes;
+  };
+  served_->Service().AddFault({.kind = Kind::DropInside, .message = message::kReadBlock});
+  Open();
+  EXPECT_TRUE(Await([&] {
+    QTest::keyClick(window_->findChild<QTreeView*>(u"packageList"_qs), Qt::Key_F5);
+    return headerBytes(window_->Cache().Root()) == headerBytes(served_->AreaFolder());
+  }));
+}
+
 TEST_F(MainWindowTest, SavesAPackageIntoANewFolderOfItsOwn) {
   Open();
   ASSERT_TRUE(Listed());
