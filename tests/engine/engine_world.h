@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
@@ -16,10 +15,8 @@
 #include "engine/scheduler.h"
 #include "engine/session.h"
 #include "engine/task_store.h"
-#include "peer/stand_in.h"
 #include "platform/event.h"
-#include "tests/support/environment.h"
-#include "tests/support/temporary_folder.h"
+#include "tests/support/service_world.h"
 
 namespace updown::test {
 
@@ -95,11 +92,10 @@ class Told : public EngineEvents {
   std::condition_variable changed_;
 };
 
-// A stand-in service and an engine that tells the test.
-class EngineWorld {
+// A service, and an engine that tells the test.
+class EngineWorld : public ServiceWorld {
  public:
-  explicit EngineWorld(peer::Options options = {}) : peer(Serve(std::move(options))) {
-    launch.serverName = "fileservice";
+  explicit EngineWorld(peer::Options options = {}) : ServiceWorld(std::move(options)) {
     session.Open(AskedBy::Program, [](const SessionResult&) {});
     granted.WaitFor(std::chrono::seconds(20));
     Renew(std::chrono::milliseconds(1));
@@ -165,18 +161,7 @@ class EngineWorld {
   bool WaitForState(const TransferTask& task, TransferState state) {
     return told->Until([&] { return task.record->state == state && !task.Running(); });
   }
-  long Count(std::uint32_t message) const {
-    const auto requests = peer.Requests();
-    return std::count_if(requests.begin(), requests.end(),
-                         [message](const auto& seen) { return seen.message == message; });
-  }
 
-  TemporaryFolder served;
-  TemporaryFolder local;
-  peer::StandIn peer;
-  ScopedEnvironment environment{peer.Environment()};
-  LaunchState launch;
-  FileService service;
   // Nobody waits for its answers on the main thread.
   Event granted;
   Session session{service, launch, [](const std::function<void()>&) {}, nullptr,
@@ -185,12 +170,6 @@ class EngineWorld {
   std::shared_ptr<SchedulerContext> context;
   std::optional<TaskStore> store;
   std::optional<Scheduler> scheduler;
-
- private:
-  peer::Options Serve(peer::Options options) const {
-    options.root = served.Path();
-    return options;
-  }
 };
 
 }  // namespace updown::test
