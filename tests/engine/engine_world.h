@@ -1,14 +1,13 @@
 #pragma once
 
-#include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -36,30 +35,26 @@ inline peer::Options Dialect(int dialect, std::uint32_t blockLength = 4096) {
   return options;
 }
 
-// What the engine tells, kept for the test, which looks at it while it holds the lock.
+// What the engine tells, kept for the test, which looks at it in Until.
 class Told : public EngineEvents {
  public:
   void TaskStarted(TaskId task) noexcept override {
-    Keep([&] { started.push_back(task); });
+    const std::lock_guard lock(mutex_);
+    started.push_back(task);
   }
-  void BlockDone(TaskId /*task*/) noexcept override {
-    Keep([&] { ++blocks; });
-  }
+  void BlockDone(TaskId /*task*/) noexcept override {}
   void TaskWaiting(TaskId /*task*/) noexcept override {
-    Keep([&] { ++waits; });
+    const std::lock_guard lock(mutex_);
+    ++waits;
   }
   void TaskEnded(TaskId task, const TransferResult& result) noexcept override {
-    Keep([&] {
-      outcomes.emplace_back(task, result.code);
-      last = result;
-    });
+    const std::lock_guard lock(mutex_);
+    outcomes.emplace_back(task, result.code);
+    last = result;
   }
-  void SaveNeeded() noexcept override {
-    Keep([&] { ++saves; });
-  }
+  void SaveNeeded() noexcept override {}
 
-  // Waits until `done` holds, looking again at all that is told and every few milliseconds. False
-  // if `limit` passes first.
+  // Waits until `done` holds. False if `limit` passes first.
   bool Until(const std::function<bool()>& done,
              std::chrono::milliseconds limit = std::chrono::seconds(20)) {
     const auto deadline = std::chrono::steady_clock::now() + limit;
@@ -68,7 +63,9 @@ class Told : public EngineEvents {
       if (std::chrono::steady_clock::now() > deadline) {
         return false;
       }
-      changed_.wait_for(lock, std::chrono::milliseconds(5));
+      lock.unlock();
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+      lock.lock();
     }
     return true;
   }
@@ -76,20 +73,10 @@ class Told : public EngineEvents {
   std::vector<TaskId> started;                   // in the order of their notices
   std::vector<std::pair<TaskId, int>> outcomes;  // of workers that have ended
   TransferResult last;
-  int blocks = 0;
   int waits = 0;
-  int saves = 0;
 
  private:
-  template <typename Change>
-  void Keep(Change change) {
-    const std::lock_guard lock(mutex_);
-    change();
-    changed_.notify_all();
-  }
-
   std::mutex mutex_;
-  std::condition_variable changed_;
 };
 
 // A service, and an engine that tells the test.
@@ -122,41 +109,15 @@ class EngineWorld : public ServiceWorld {
   }
 
   TaskPointer Fetch(const std::string& name, bool keep = true) {
-    auto task = store->AddDownload({name, "/" + name, "fileservice", 8080}, local.File(name), keep);
-    context->schedulerWake.Set();
-    return task;
+    return store->AddDownload({name, "/" + name, "fileservice", 8080}, local.File(name), keep);
   }
-  // Puts a folder record into the list, and a child for `inFlight` unless that is empty; restores.
-  TaskPointer RestoreFolder(const std::string& remotePath, const std::string& localPath,
-                            const std::string& inFlight = {}) {
-    StoredRecord folder;
-    folder.recordId = 1;
-    folder.isFolder = 1;
-    folder.paths = {remotePath, localPath};
-    store->AddStoredRecord(std::make_shared<TransferRecord>(folder));
-    if (!inFlight.empty()) {
-      StoredRecord child;
-      child.recordId = 2;
-      child.parentRecordId = 1;
-      child.paths = {remotePath + "/" + inFlight, localPath + "/" + inFlight};
-      store->AddStoredRecord(std::make_shared<TransferRecord>(child));
-    }
-    TaskId restored = 0;
-    store->RestoreTasks([&](TaskId task) { restored = task; });
-    context->schedulerWake.Set();
-    return store->Find(restored);
+  // A file "f" with these bytes.
+  TaskPointer ServeAndFetch(const std::string& bytes) {
+    WriteFile(served.File("f"), bytes);
+    return Fetch("f");
   }
-  void Run(const TaskPointer& task) {
-    store->Resume(task->id);
-    context->schedulerWake.Set();
-  }
-  void Redo(const TaskPointer& task) {
-    store->Redo(task->id);
-    context->schedulerWake.Set();
-  }
-  void Pause(const TaskPointer& task) {
-    store->Pause(task->id);
-    context->schedulerWake.Set();
+  TaskPointer FetchFolder(const std::string& name) {
+    return store->AddFolderDownload({name, "/" + name, "fileservice", 8080}, local.File(name));
   }
   bool WaitForState(const TransferTask& task, TransferState state) {
     return told->Until([&] { return task.record->state == state && !task.Running(); });

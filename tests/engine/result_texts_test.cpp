@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+
 #include "resources/texts.h"
 #include "service/result_codes.h"
 
@@ -22,6 +24,20 @@ TEST(ResultTexts, WordCodesOfEitherSignForBoxAndRow) {
   for (const auto& [code, box, row] : cases) {
     EXPECT_EQ(ResultBoxText(code), box);
     EXPECT_EQ(ResultRowText(code), row);
+  }
+}
+
+TEST(ResultTexts, TheSystemsReasonSaysMoreInARow) {
+  const std::tuple<int, int, StringId> cases[] = {
+      {result::kConnection, ECONNRESET, StringId::ConnectionDropped},
+      {result::kConnection, ETIMEDOUT, StringId::ServiceSilent},
+      {result::kFileOpen, ENOENT, StringId::FolderMissing},
+      {result::kFileOpen, EACCES, StringId::OpenFailed},
+      {result::kFileWrite, ENOSPC, StringId::DiskFull},
+      {result::kFileWrite, EIO, StringId::WriteFailed},
+  };
+  for (const auto& [code, systemError, row] : cases) {
+    EXPECT_EQ(ResultRowText(code, systemError), LoadText(row)) << code << ' ' << systemError;
   }
 }
 

@@ -29,30 +29,27 @@ std::vector<StoredRecord> Snapshot(std::uint32_t id) {
 class Disk {
  public:
   int Write(std::span<const StoredRecord> records) {
+    Add(begun_, records.front().recordId);
     std::unique_lock lock(mutex_);
-    begun_.push_back(records.front().recordId);
-    changed_.notify_all();
-    changed_.wait_for(lock, kPatience, [this] { return !results_.empty(); });
-    const int result = results_.empty() ? -1 : results_.front();
-    if (!results_.empty()) {
-      results_.pop_front();
+    if (!changed_.wait_for(lock, kPatience, [this] { return !results_.empty(); })) {
+      return -1;
     }
+    const int result = results_.front();
+    results_.pop_front();
     return result;
   }
-  void Report(int error) {
-    const std::lock_guard lock(mutex_);
-    reports_.push_back(error);
-    changed_.notify_all();
-  }
-  void Answer(int result) {
-    const std::lock_guard lock(mutex_);
-    results_.push_back(result);
-    changed_.notify_all();
-  }
-  bool WaitForWrites(std::vector<std::uint32_t> wanted) { return WaitFor(begun_, wanted); }
-  bool WaitForReports(std::vector<int> wanted) { return WaitFor(reports_, wanted); }
+  void Report(int error) { Add(reports_, error); }
+  void Answer(int result) { Add(results_, result); }
+  bool WaitForWrites(std::deque<std::uint32_t> wanted) { return WaitFor(begun_, wanted); }
+  bool WaitForReports(std::deque<int> wanted) { return WaitFor(reports_, wanted); }
 
  private:
+  template <typename Values, typename Value>
+  void Add(Values& values, Value value) {
+    const std::lock_guard lock(mutex_);
+    values.push_back(value);
+    changed_.notify_all();
+  }
   template <typename Values>
   bool WaitFor(const Values& values, const Values& wanted) {
     std::unique_lock lock(mutex_);
@@ -61,9 +58,9 @@ class Disk {
 
   std::mutex mutex_;
   std::condition_variable changed_;
+  std::deque<std::uint32_t> begun_;
   std::deque<int> results_;
-  std::vector<std::uint32_t> begun_;
-  std::vector<int> reports_;
+  std::deque<int> reports_;
 };
 
 struct World {
