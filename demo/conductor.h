@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 
+#include "peer/make_area.h"
 #include "peer/stand_in.h"
 
 namespace updown::demo {

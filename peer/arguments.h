@@ -3,7 +3,8 @@
 #include <span>
 #include <string>
 
-#include "peer/stand_in.h"
+#include "peer/make_area.h"
+#include "peer/options.h"
 
 namespace updown::peer {
 

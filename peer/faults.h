@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "peer/stand_in.h"
+#include "peer/options.h"
 
 namespace updown::peer {
 

@@ -5,7 +5,7 @@
 
 #include "peer/bytes.h"
 #include "peer/files.h"
-#include "peer/stand_in.h"
+#include "peer/options.h"
 
 namespace updown::peer {
 

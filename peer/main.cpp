@@ -14,6 +14,7 @@
 #include "peer/arguments.h"
 #include "peer/connection.h"
 #include "peer/control.h"
+#include "peer/make_area.h"
 
 namespace {
 

@@ -1,3 +1,5 @@
+#include "peer/make_area.h"
+
 #include <algorithm>
 #include <array>
 #include <filesystem>
@@ -5,7 +7,6 @@
 
 #include "peer/area_files.h"
 #include "peer/area_texts.h"
-#include "peer/stand_in.h"
 
 namespace updown::peer {
 

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string_view>
 
-#include "peer/stand_in.h"
+#include "peer/options.h"
 
 namespace updown::peer {
 

@@ -14,7 +14,7 @@
 #include "peer/dialects.h"
 #include "peer/faults.h"
 #include "peer/files.h"
-#include "peer/stand_in.h"
+#include "peer/options.h"
 
 namespace updown::peer {
 

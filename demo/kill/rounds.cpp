@@ -20,6 +20,7 @@
 #include "demo/kill/client_process.h"
 #include "demo/kill/remains.h"
 #include "demo/kill/world.h"
+#include "peer/make_area.h"
 #include "peer/stand_in.h"
 #include "tests/support/temporary_folder.h"
 

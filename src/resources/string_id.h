@@ -4,8 +4,7 @@
 
 namespace updown {
 
-// Names of the texts. Windows pass the ids on as numbers too: a result code's text and the
-// scheduler's "Processing ..." travel as such.
+// Names of the texts; the numbers are those of texts.inc.
 enum class StringId : std::uint32_t {
 #define TEXT(id, name, ...) name = (id),
 #include "resources/texts.inc"

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "app/launch_identity.h"
+#include "peer/make_area.h"
 #include "tests/support/service_world.h"
 
 namespace updown {
@@ -14,10 +15,7 @@ constexpr int kExitMs = 2000;
 class ServedLaunch : private test::ServiceWorld {
  public:
   ServedLaunch() {
-    peer::AreaOptions area;
-    area.folder = AreaFolder();
-    area.packages = 4;
-    peer::MakeArea(area);
+    peer::MakeArea({.folder = AreaFolder(), .packages = 4});
     launch = ReadLaunchState();
     launch.serverName = "fileservice";
   }

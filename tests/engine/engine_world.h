@@ -29,10 +29,7 @@ inline std::string Pattern(std::size_t size, std::size_t seed = 1) {
 }
 
 inline peer::Options Dialect(int dialect, std::uint32_t blockLength = 4096) {
-  peer::Options options;
-  options.dialect = dialect;
-  options.blockLength = blockLength;
-  return options;
+  return {.dialect = dialect, .blockLength = blockLength};
 }
 
 // What the engine tells, kept for the test, which looks at it in Until.
@@ -118,6 +115,16 @@ class EngineWorld : public ServiceWorld {
   }
   TaskPointer FetchFolder(const std::string& name) {
     return store->AddFolderDownload({name, "/" + name, "fileservice", 8080}, local.File(name));
+  }
+  // The service falls silent at this message; speaks again once so many wait for its answer.
+  void Silence(std::uint32_t message) {
+    peer.ForgetRequests();
+    peer.AddFault({.kind = peer::Fault::Kind::Stall, .message = message, .times = 0});
+  }
+  bool WaitForSilence(std::uint32_t message, long workers = 1) {
+    const bool silent = told->Until([&] { return Count(message) >= workers; });
+    peer.ClearFaults();
+    return silent;
   }
   bool WaitForState(const TransferTask& task, TransferState state) {
     return told->Until([&] { return task.record->state == state && !task.Running(); });

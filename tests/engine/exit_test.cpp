@@ -6,7 +6,6 @@
 namespace updown {
 namespace {
 
-using peer::Fault;
 using test::EngineWorld;
 using test::Pattern;
 
@@ -17,11 +16,10 @@ TEST(Exit, WhileTheServiceIsSilent) {
   for (const std::uint32_t stalled :
        {kRelayResolve, message::kAttachSession, message::kFileInformation, message::kReadBlock}) {
     EngineWorld world;
-    world.peer.ForgetRequests();
-    world.peer.AddFault({.kind = Fault::Kind::Stall, .message = stalled, .times = 0});
+    world.Silence(stalled);
     const TaskPointer task = world.ServeAndFetch(Pattern(100000));
     world.Start();
-    ASSERT_TRUE(world.told->Until([&] { return world.Count(stalled) > 0; })) << stalled;
+    ASSERT_TRUE(world.WaitForSilence(stalled)) << stalled;
     EXPECT_TRUE(world.End()) << stalled;
     EXPECT_FALSE(task->Running());
   }
@@ -63,12 +61,12 @@ TEST(Exit, ManyStartsAndEnds) {
     }
     for (unsigned step = 0; step < round % 16; ++step) {
       const TaskPointer& task = tasks[(round + step) % tasks.size()];
-      if (step % 4 == 3) {
-        world.store->RemoveTask(task->id);
-      } else if (task->record->state != TransferState::Queued) {
-        world.store->Resume(task->id);
+      if (step % 2 == 0) {
+        world.store->Pause(task->id);
+      } else if (step % 4 == 1) {
+        world.store->Redo(task->id);
       } else {
-        step % 2 == 0 ? world.store->Pause(task->id) : void(world.store->Redo(task->id));
+        world.store->RemoveTask(task->id);
       }
       world.store->StreamLimitReached();
       task->Bytes();

@@ -112,29 +112,24 @@ TEST_P(FolderTask, PausedInsideItsFilesGoesOnThere) {
 // What would fail each file ends the others too; a stop ends them within a block.
 TEST_P(FolderTask, WhatEndsItEndsAllItsFiles) {
   Serve(four, 100000);
-  const peer::Fault silence{.kind = Kind::Stall, .message = message::kReadBlock, .times = 0};
-  const auto areSilent = [&] { return world.Count(message::kReadBlock) >= 4; };
+  world.Silence(message::kReadBlock);
   world.peer.AddFault({Kind::WrongCode, message::kAttachSession, 3, 0, 0x8006});
-  world.peer.AddFault(silence);
   const TaskPointer task = Fetch();
   world.Start();
   ASSERT_TRUE(world.WaitForState(*task, TransferState::Failed));
   EXPECT_EQ(world.told->last.code, result::kAuthentication);
   world.peer.ClearFaults();
 
-  world.peer.ForgetRequests();
-  world.peer.AddFault(silence);
+  world.Silence(message::kReadBlock);
   world.store->Resume(task->id);
-  ASSERT_TRUE(world.told->Until(areSilent));
-  world.peer.ClearFaults();
+  ASSERT_TRUE(world.WaitForSilence(message::kReadBlock, 4));
   world.store->Redo(task->id);
   ASSERT_TRUE(world.WaitForState(*task, TransferState::Finished));
   ExpectFetched(four);
 
-  world.peer.ForgetRequests();
-  world.peer.AddFault(silence);
+  world.Silence(message::kReadBlock);
   world.store->Redo(task->id);
-  ASSERT_TRUE(world.told->Until(areSilent));
+  ASSERT_TRUE(world.WaitForSilence(message::kReadBlock, 4));
   world.store->RemoveTask(task->id, TaskStore::LocalFiles::Remove);
   ASSERT_TRUE(world.told->Until([&] { return !task->Running(); }));
   EXPECT_FALSE(std::filesystem::exists(Local("")));

@@ -20,35 +20,37 @@ using Kind = peer::Fault::Kind;
 // seed.
 class AnyOrder : public ::testing::TestWithParam<int> {
  protected:
-  static constexpr const char* kInside[] = {"a", "b", "c", "empty", "sub/d", "sub/deep/e", "sub/f"};
-
+  using Names = std::vector<std::string>;
   struct Wanted {
     TaskPointer task;
     std::string name, local;
   };
 
   AnyOrder() {
-    for (const std::string name : {"file0", "file1", "file2"}) {
-      WriteFile(world.served.File(name), Pattern(60000, name.back()));
-      wanted.push_back(Add(name, false));
-    }
-    for (const std::string name : {"folder0", "folder1"}) {
-      std::filesystem::create_directories(world.served.File(name + "/sub/deep"));
-      for (const std::string inside : kInside) {
-        WriteFile(world.served.File(name + "/" + inside),
-                  inside == "empty" ? "" : Pattern(20000, 256U * name.back() + inside.back()));
+    for (const std::string name : {"file0", "file1", "file2", "folder0", "folder1"}) {
+      for (const std::string& part : PartsOf(name)) {
+        const std::filesystem::path served = world.served.File(name + part);
+        std::filesystem::create_directories(served.parent_path());
+        const std::size_t size = part.empty() ? 60000 : part == "/empty" ? 0 : 20000;
+        WriteFile(served, Pattern(size, 256U * name.back() + (name + part).back()));
       }
-      wanted.push_back(Add(name, true));
+      wanted.push_back(Add(name));
     }
+  }
+
+  static const Names& PartsOf(const std::string& name) {
+    static const Names file = {""};
+    static const Names folder = {"/a", "/b", "/c", "/empty", "/sub/d", "/sub/deep/e", "/sub/f"};
+    return name.starts_with("folder") ? folder : file;
   }
 
   std::uint32_t Dice(std::uint32_t sides) { return static_cast<std::uint32_t>(dice() % sides); }
 
-  Wanted Add(const std::string& name, bool folder) {
+  Wanted Add(const std::string& name) {
     const std::string local = world.local.File(name + "-" + std::to_string(++made_));
     const TaskDraft draft{name, "/" + name, "fileservice", 8080};
-    return {folder ? world.store->AddFolderDownload(draft, local)
-                   : world.store->AddDownload(draft, local, true),
+    return {PartsOf(name).size() > 1 ? world.store->AddFolderDownload(draft, local)
+                                     : world.store->AddDownload(draft, local, true),
             name, local};
   }
 
@@ -67,7 +69,7 @@ class AnyOrder : public ::testing::TestWithParam<int> {
     } else if (die < 8) {
       world.store->RemoveTask(task->id, TaskStore::LocalFiles::Remove);
       deleted.push_back(chosen);
-      chosen = Add(chosen.name, task->isFolder);
+      chosen = Add(chosen.name);
     } else if (die < 9) {
       world.peer.ForgetSessions();
     } else if (die < 10) {
@@ -79,14 +81,10 @@ class AnyOrder : public ::testing::TestWithParam<int> {
 
   // Whether all of it is there, right to the last byte.
   bool IsWhole(const Wanted& what) const {
-    const auto isWhole = [&](const std::string& path) {
-      return std::filesystem::exists(what.local + path) &&
-             ReadFile(what.local + path) == ReadFile(world.served.File(what.name + path));
-    };
-    return what.task->isFolder
-               ? std::ranges::all_of(kInside, isWhole,
-                                     [](const std::string name) { return "/" + name; })
-               : isWhole("");
+    return std::ranges::all_of(PartsOf(what.name), [&](const std::string& part) {
+      return std::filesystem::exists(what.local + part) &&
+             ReadFile(what.local + part) == ReadFile(world.served.File(what.name + part));
+    });
   }
 
   EngineWorld world{test::Dialect(GetParam())};

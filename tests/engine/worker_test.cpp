@@ -146,26 +146,20 @@ TEST_P(Workers, EndWhenTheyAreTold) {
   for (const std::uint32_t stalled :
        {message::kAttachSession, message::kFileInformation, message::kReadBlock}) {
     SCOPED_TRACE(stalled);
-    const peer::Fault silence{.kind = Kind::Stall, .message = stalled, .times = 0};
-    const auto isStalled = [&] { return world.Count(stalled) > 0; };
-    world.peer.ForgetRequests();
-    world.peer.AddFault(silence);
+    world.Silence(stalled);
     TaskPointer task = Serve();
-    ASSERT_TRUE(world.told->Until(isStalled));
-    world.peer.ClearFaults();
+    ASSERT_TRUE(world.WaitForSilence(stalled));
     world.store->Redo(task->id);
     ASSERT_TRUE(world.WaitForState(*task, TransferState::Finished));
     EXPECT_TRUE(ReadFile(world.local.File("f")) == bytes);
 
-    world.peer.ForgetRequests();
-    world.peer.AddFault(silence);
+    world.Silence(stalled);
     world.store->Redo(task->id);
-    ASSERT_TRUE(world.told->Until(isStalled));
+    ASSERT_TRUE(world.WaitForSilence(stalled));
     world.store->RemoveTask(task->id, TaskStore::LocalFiles::Remove);
     const std::weak_ptr<TransferTask> left = std::exchange(task, nullptr);
     ASSERT_TRUE(world.told->Until([&] { return left.expired(); }));
     EXPECT_FALSE(std::filesystem::exists(world.local.File("f")));
-    world.peer.ClearFaults();
   }
 }
 
@@ -221,21 +215,14 @@ TEST(WorkerOrder, HeadersLeaveTwoWorkersToTheUser) {
 }
 
 TEST(WorkerOrder, NothingStartsBeforeASessionWasGranted) {
-  struct : WorkerSession {
-    SessionKey Key() const override { return granted ? world->session.Key() : SessionKey{}; }
-    std::optional<SessionKey> Renew(const SessionKey&, std::stop_token) override { return {}; }
-    ListingAnswer List(const std::string&, std::stop_token) override { return {}; }
-    EngineWorld* world = nullptr;
-    std::atomic<bool> granted{false};
-  } session;
   EngineWorld world(Dialect(1));
-  session.world = &world;
+  Session session{world.service, world.launch, [](const std::function<void()>&) {}, nullptr,
+                  [&] { world.context->schedulerWake.Set(); }};
   world.context->session = &session;
   const TaskPointer task = world.ServeAndFetch("bytes");
   world.Start();
   EXPECT_FALSE(world.told->Until([&] { return task->Running(); }, std::chrono::milliseconds(50)));
-  session.granted = true;
-  world.context->schedulerWake.Set();
+  session.Open(AskedBy::Program, [](const SessionResult&) {});
   EXPECT_TRUE(world.WaitForState(*task, TransferState::Finished));
   world.End();
 }

@@ -44,17 +44,6 @@ class NotedFetches : public HeaderFetches {
 // An area before a service of its own, over a folder. A package has a file "of" + name + ".txt".
 class AreaWorld : public ::testing::Test, protected ServiceWorld {
  protected:
-  AreaWorld() {
-    session_.emplace(
-        service, launch, [this](std::function<void()> call) { mainThread_.Post(std::move(call)); },
-        nullptr, [] {});
-  }
-  ~AreaWorld() override {
-    area_.reset();
-    tester_.reset();
-    session_.reset();
-  }
-
   PackageArea& MakeArea(AreaTimes times = {}) {
     area_.emplace(*session_, fetches_, cache_, launch, seenFile_, times);
     tester_.emplace(&*area_, QAbstractItemModelTester::FailureReportingMode::Fatal);
@@ -117,7 +106,10 @@ class AreaWorld : public ::testing::Test, protected ServiceWorld {
   NotedFetches fetches_;
   PackageCache cache_{cached_.Path()};
   std::string seenFile_;
-  std::optional<Session> session_;
+  std::optional<Session> session_{
+      std::in_place, service,
+      launch,        [this](std::function<void()> call) { mainThread_.Post(std::move(call)); },
+      nullptr,       [] {}};
   std::optional<PackageArea> area_;
   std::optional<QAbstractItemModelTester> tester_;
 };
