@@ -12,7 +12,7 @@ constexpr int kPatienceMs = 10000;
 constexpr int kExitMs = 2000;
 
 // A launch before a package area of four packages.
-class ServedLaunch : private test::ServiceWorld {
+class ServedLaunch : public test::ServiceWorld {
  public:
   ServedLaunch() {
     peer::MakeArea({.folder = AreaFolder(), .packages = 4});
@@ -26,8 +26,6 @@ class ServedLaunch : private test::ServiceWorld {
   peer::StandIn& Service() { return peer; }
   const LaunchState& Launch() const { return launch; }
   std::string AreaFolder() const { return served.Path(); }
-  using ServiceWorld::DataFolder;
-  using ServiceWorld::StateFolder;
   std::string TaskListFile() const {
     return DataFolder() + "/oxapp/" + launch.identityHash + ".lst";
   }

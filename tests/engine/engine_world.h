@@ -28,10 +28,6 @@ inline std::string Pattern(std::size_t size, std::size_t seed = 1) {
   return bytes;
 }
 
-inline peer::Options Dialect(int dialect, std::uint32_t blockLength = 4096) {
-  return {.dialect = dialect, .blockLength = blockLength};
-}
-
 // What the engine tells, kept for the test, which looks at it in Until.
 class Told : public EngineEvents {
  public:

@@ -215,13 +215,6 @@ TEST_P(FolderTask, ACutListingIsNoShorterFolder) {
   ExpectFetched(names);
 }
 
-TEST_P(FolderTask, AFailedListingFailsTheTask) {
-  const TaskPointer task = world.FetchFolder("nothing");
-  world.Start();
-  ASSERT_TRUE(world.WaitForState(*task, TransferState::Failed));
-  EXPECT_EQ(world.told->last.code, result::kAccessRefused);
-}
-
 INSTANTIATE_TEST_SUITE_P(Dialects, FolderTask, ::testing::Values(1, 2));
 
 }  // namespace

@@ -1,9 +1,10 @@
 #include "engine/scheduler.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
-#include "service/messages.h"
-#include "service/transfer.h"
+#include <array>
+#include <atomic>
+
 #include "tests/engine/engine_world.h"
 
 namespace updown {
@@ -11,7 +12,6 @@ namespace {
 
 using test::Dialect;
 using test::EngineWorld;
-using test::Pattern;
 
 constexpr std::chrono::seconds kLong{30};
 
@@ -65,22 +65,6 @@ TEST(Scheduler, AThreadThatIsRefusedLeavesTheTaskForTheNextPass) {
     world.context->schedulerWake.Set();
   }
   EXPECT_TRUE(world.WaitForState(*task, TransferState::Finished));
-}
-
-// Memory that runs out in the middle of a transfer.
-TEST(Scheduler, ATransferWithoutMemoryFailsAndClosesItsConnection) {
-  struct : TransferProgress {
-    void BlockDone(TransferRecord& /*record*/) override { throw std::bad_alloc(); }
-  } progress;
-  EngineWorld world(Dialect(1));
-  const TaskPointer task = world.ServeAndFetch(Pattern(10000));
-  const TransferResult ended =
-      RunTaskTransfer(world.service, "fileservice", 8080, world.session.Key().sessid, *task->record,
-                      &progress, &world.context->connections);
-  EXPECT_EQ(ended.code, result::kNotEncodable);
-  EXPECT_EQ(ended.systemError, ENOMEM);
-  EXPECT_EQ(task->record->state, TransferState::Failed);
-  EXPECT_TRUE(world.told->Until([&] { return world.peer.OpenConnections() == 1; }));
 }
 
 }  // namespace

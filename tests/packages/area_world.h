@@ -67,12 +67,10 @@ class AreaWorld : public ::testing::Test, protected ServiceWorld {
     return QTest::qWaitFor(condition, kPatienceMs);
   }
 
-  void AddPackage(const std::string& name, const Names& files = {}) {
+  void AddPackage(const std::string& name, Names files = {}) {
     std::filesystem::create_directories(Served(name));
-    for (const bool start : {true, false}) {
-      WriteFile(Served(name + "/" + HeaderFileOf(name, start)), "header");
-    }
-    WriteFile(Served(name + "/of" + name + ".txt"), "12345");
+    files.insert(files.end(),
+                 {HeaderFileOf(name, true), HeaderFileOf(name, false), "of" + name + ".txt"});
     for (const std::string& file : files) {
       WriteFile(Served(name + "/" + file), "12345");
     }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -12,6 +13,15 @@
 #include "tests/support/temporary_folder.h"
 
 namespace updown::test {
+
+inline peer::Options Dialect(int dialect, std::uint32_t blockLength = 4096,
+                             std::optional<peer::Login> login = {}) {
+  peer::Options options;
+  options.dialect = dialect;
+  options.blockLength = blockLength;
+  options.login = std::move(login);
+  return options;
+}
 
 // A stand-in service over a folder, and this process as a parent application would start a client
 // of that service. What the client keeps lies in a folder of its own.
