@@ -1,5 +1,8 @@
 #include <QAbstractItemView>
+#include <QDir>
+#include <QFile>
 #include <QFileInfo>
+#include <algorithm>
 
 #include "demo/legs.h"
 #include "demo/walk_package.h"
@@ -32,6 +35,16 @@ QString Cell(LegContext& context, const QString& name, TransferColumn column) {
   return row < 0 ? QString()
                  : context.walker.CellText(context.walker.FindView(kTransfers), row,
                                            static_cast<int>(column));
+}
+
+// Whether the list of transfers on the disk has one of this name.
+bool IsStored(const QString& name) {
+  const QDir folder(qEnvironmentVariable("XDG_DATA_HOME") + QStringLiteral("/oxapp"));
+  const QStringList lists = folder.entryList({QStringLiteral("*.lst")});
+  return std::any_of(lists.begin(), lists.end(), [&](const QString& list) {
+    QFile file(folder.filePath(list));
+    return file.open(QIODevice::ReadOnly) && file.readAll().contains(name.toUtf8());
+  });
 }
 
 bool Finished(LegContext& context, const QString& name) {
@@ -198,7 +211,7 @@ void SteerLeg(LegContext& context) {
   context.ask({QStringLiteral("block"), QStringLiteral("131072")});
   SaveInto(context, kBig2);
   AwaitMoving(context, kBig2);
-  walker.Rest(500);  // a change is in the list 200 ms later, and the next block is to come
+  walker.Await(QStringLiteral("the list on disk has the transfer"), [] { return IsStored(kBig2); });
   context.ask({QStringLiteral("kill")});
 }
 

@@ -164,14 +164,15 @@ void Downloads::PauseTask(TaskId task) {
   TasksChanged();
 }
 
-void Downloads::ResumeTask(TaskId task) {
-  TellUnlessDone(tasks_.Resume(task));
-  TasksChanged();
-}
+bool Downloads::ResumeTask(TaskId task) { return TellUnlessDone(tasks_.Resume(task)); }
 
-void Downloads::RedoTask(TaskId task) {
-  TellUnlessDone(tasks_.Redo(task));
-  TasksChanged();
+bool Downloads::RedoTask(TaskId task) { return TellUnlessDone(tasks_.Redo(task)); }
+
+void Downloads::MoveTask(TaskId task, const std::string& localPath) {
+  if (const TaskPointer moved = Find(task)) {
+    moved->record->SetLocalPath(localPath);
+    TasksChanged();
+  }
 }
 
 void Downloads::DeleteTask(TaskId task) {
@@ -180,10 +181,12 @@ void Downloads::DeleteTask(TaskId task) {
 }
 
 // Another task has the same target.
-void Downloads::TellUnlessDone(bool done) {
+bool Downloads::TellUnlessDone(bool done) {
+  TasksChanged();
   if (!done) {
     ShowNotice(&owner_, StringId::DuplicateTask);
   }
+  return done;
 }
 
 void Downloads::TasksChanged() { Q_EMIT SaveNeeded(); }

@@ -57,8 +57,9 @@ class Downloads : public QObject,
     return tasks_.IsTargetInUse(localPath);
   }
   void PauseTask(TaskId task) override;
-  void ResumeTask(TaskId task) override;
-  void RedoTask(TaskId task) override;
+  bool ResumeTask(TaskId task) override;
+  bool RedoTask(TaskId task) override;
+  void MoveTask(TaskId task, const std::string& localPath) override;
   void DeleteTask(TaskId task) override;
 
  Q_SIGNALS:
@@ -69,7 +70,7 @@ class Downloads : public QObject,
 
  private:
   TaskDraft DraftOf(const std::string& name, const std::string& path) const;
-  void TellUnlessDone(bool done);
+  bool TellUnlessDone(bool done);
   // The list is stored: what the user has said outlives a crash.
   void TasksChanged();
   std::optional<std::string> AskForTarget(const std::string& displayName);

@@ -64,13 +64,23 @@ void AttachmentList::Show(const std::string& package, const PackageFiles& files)
   for (const QModelIndex& row : selectionModel()->selectedRows()) {
     selected.insert(At(row).Path());
   }
+  const int current = currentIndex().row();
+  const std::string path = current < 0 ? std::string() : At(currentIndex()).Path();
+  const bool same = current >= 0 && At(currentIndex()).package == package;
   model_.SetRecords(std::move(records));
+  int next = same ? std::min(current, RowCount() - 1) : -1;
   for (int row = 0; row < RowCount(); ++row) {
-    if (selected.contains(At(CellAt(row, 0)).Path())) {
-      selectionModel()->setCurrentIndex(CellAt(row, 0),
-                                        QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    const std::string& here = At(CellAt(row, 0)).Path();
+    if (selected.contains(here)) {
+      selectionModel()->select(CellAt(row, 0),
+                               QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    }
+    if (here == path) {
+      next = row;
     }
   }
+  // Where the keyboard was, or in the place of what has gone.
+  selectionModel()->setCurrentIndex(CellAt(next, 0), QItemSelectionModel::NoUpdate);
   UpdateActions();
 }
 

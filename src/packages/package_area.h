@@ -176,6 +176,7 @@ class PackageArea final : public QAbstractItemModel {
   void DeleteFromCache(const std::string& name) const;
   void RenameInCache(const FolderRename& rename, const std::string& failedName) const;
   void OnPackageRemoved(const std::string& name, const ChangeAnswer& answer);
+  void GiveUpFileRemovals();
   void OnFileRemoved(const std::string& package, const std::string& file,
                      const ChangeAnswer& answer);
 
@@ -200,8 +201,9 @@ class PackageArea final : public QAbstractItemModel {
   int inserted_ = 0;
   int readFrom_ = -1;  // row at which reading headers goes on; -1: nobody waits for it
 
-  std::vector<Session::RequestId> changes_;      // all that were asked for
-  std::unordered_set<std::string> formerNames_;  // of packages that were renamed in this run
+  std::vector<Session::RequestId> changes_;       // all that were asked for
+  std::vector<Session::RequestId> fileRemovals_;  // of files, answered ones too
+  std::unordered_set<std::string> formerNames_;   // of packages that were renamed in this run
   SeenPackages seen_;
   std::string selected_;
   PackageFiles files_;

@@ -162,10 +162,26 @@ void PackageArea::RemoveFile(const std::string& package, const std::string& file
   changes_.push_back(session_.RemoveFile(
       "/" + package + "/" + file,
       [this, package, file](const ChangeAnswer& answer) { OnFileRemoved(package, file, answer); }));
+  fileRemovals_.push_back(changes_.back());
+}
+
+// The service, or the person who was asked to log in, would say to the other files what was said to
+// this one.
+void PackageArea::GiveUpFileRemovals() {
+  for (const Session::RequestId request : std::exchange(fileRemovals_, {})) {
+    session_.Drop(request);
+  }
+  files_.removing.clear();
 }
 
 void PackageArea::OnFileRemoved(const std::string& package, const std::string& file,
                                 const ChangeAnswer& answer) {
+  const bool refused = answer.result.end == SessionResult::End::Failed && !answer.uncertain &&
+                       !answer.failedName.empty();
+  const bool givenUp = !answer.result.Done() && !refused;
+  if (givenUp) {
+    GiveUpFileRemovals();
+  }
   if (package == selected_) {
     files_.removing.erase(file);
     if (answer.result.Done()) {
@@ -173,7 +189,7 @@ void PackageArea::OnFileRemoved(const std::string& package, const std::string& f
                     [&file](const DirectoryEntry& entry) { return entry.name == file; });
     }
     Q_EMIT FilesChanged();
-    if (answer.uncertain || answer.result.end == SessionResult::End::Cancelled) {
+    if (answer.uncertain || givenUp) {
       AskForFiles(AskedBy::Program);
     }
   }

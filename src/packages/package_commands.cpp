@@ -1,6 +1,6 @@
 #include "packages/package_commands.h"
 
-#include <QPointer>
+#include <QStringList>
 
 #include "engine/result_texts.h"
 #include "localdata/file_names.h"
@@ -12,6 +12,7 @@ namespace updown {
 namespace {
 
 constexpr int kLongestSubject = 60;
+constexpr int kMostLines = 12;  // of a box that tells what has failed
 
 // As the list shows it and as the tree does.
 QString Title(const PackageArea& area, const std::string& name) {
@@ -21,6 +22,14 @@ QString Title(const PackageArea& area, const std::string& name) {
   }
   const QString folder = FromUtf8(name);
   return subject.isEmpty() ? folder : subject + u" ("_qs + folder + u')';
+}
+
+void AddLine(QMessageBox& box, const QString& line) {
+  const QStringList lines = box.text().split(u'\n');
+  if (line.isEmpty() || lines.contains(line) || lines.size() > kMostLines) {
+    return;
+  }
+  box.setText(box.text() + u'\n' + (lines.size() < kMostLines ? line : u"…"_qs));
 }
 
 }  // namespace
@@ -58,7 +67,8 @@ bool PackageCommands::Ask(const QString& question, StringId verb) {
   return Confirm(owner_, question, Text(verb)) && self;
 }
 
-void PackageCommands::DeletePackage(const std::string& name) {
+void PackageCommands::DeletePackage(
+    std::string name) {  // NOLINT(performance-unnecessary-value-param)
   if (name.empty() || area_.IsBusy(name)) {
     return;
   }
@@ -157,12 +167,16 @@ void PackageCommands::SavePackage() {
 }
 
 void PackageCommands::Report(std::uint32_t code, const QString& name) {
-  QString text = ToQString(ResultBoxText(code));
-  if (!name.isEmpty()) {
-    text += u'\n' + name;
+  QStringList lines{ToQString(ResultBoxText(code)), name};
+  lines.removeAll(QString());
+  // One box for all files of a deletion that fail alike.
+  if (told_ && toldCode_ == code) {
+    AddLine(*told_, name);
+    return;
   }
   // No caption: a blank, since an empty one would be replaced by the program's file name.
-  TellBox(owner_, text, u" "_qs, BoxIcon::Exclamation);
+  told_ = TellBox(owner_, lines.join(u'\n'), u" "_qs, BoxIcon::Exclamation);
+  toldCode_ = code;
 }
 
 }  // namespace updown

@@ -2,6 +2,8 @@
 
 #include <QAction>
 #include <QKeySequence>
+#include <QMessageBox>
+#include <QPointer>
 #include <QString>
 #include <QWidget>
 #include <vector>
@@ -29,7 +31,8 @@ class PackageCommands : public QObject {
   // Saves the files of the selected package; for the menu of each pane that shows it.
   QAction* SaveAllAction() { return saveAll_; }
 
-  void DeletePackage(const std::string& name);
+  // By value: what is selected may be another package while the question stands.
+  void DeletePackage(std::string name);
   void DeleteFiles(const std::vector<AttachmentRecord>& files);
   void SaveFile(const AttachmentRecord& file);
 
@@ -48,6 +51,8 @@ class PackageCommands : public QObject {
   PackageDownloads& downloads_;
   QWidget* owner_;
   QAction* saveAll_;
+  QPointer<QMessageBox> told_;  // the last failure, while its box stands
+  std::uint32_t toldCode_ = 0;
 };
 
 }  // namespace updown

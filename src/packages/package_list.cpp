@@ -33,14 +33,17 @@ PackageList::PackageList(PackageArea& area, PackageCommands& commands, QString s
           [this, &commands] { commands.DeletePackage(area_.Selected()); });
   slow_.setSingleShot(true);
   inView_.setSingleShot(true);
-  connect(&slow_, &QTimer::timeout, this, [this] { ShowConnection(true); });
+  connect(&slow_, &QTimer::timeout, this, &PackageList::ShowConnection);
   connect(&inView_, &QTimer::timeout, this, &PackageList::TellRowsInView);
   FollowSorting();
   connect(&area_, &PackageArea::SelectionChanged, this, &PackageList::ShowSelection);
   connect(&area_, &PackageArea::HeaderChanged, this,
           [this] { delete_->setEnabled(!area_.IsBusy(area_.Selected())); });
   connect(&area_, &PackageArea::ConnectionChanged, this, &PackageList::FollowConnection);
-  connect(&area_, &PackageArea::HeadersRead, this, [this] { ShowConnection(false); });
+  connect(&area_, &PackageArea::HeadersRead, this, [this] {
+    ShowSelection();
+    ShowConnection();
+  });
   FollowConnection();
   ShowSelection();
 }
@@ -62,7 +65,7 @@ void PackageList::FollowSorting() {
 void PackageList::SetFilter(const QString& text) {
   columns_.SetFilter(text);
   ShowSelection();
-  ShowConnection(false);
+  ShowConnection();
 }
 
 void PackageList::selectionChanged(const QItemSelection& selected,
@@ -109,10 +112,11 @@ void PackageList::FollowConnection() {
   } else {
     slow_.stop();
   }
-  ShowConnection(false);
+  ShowConnection();
 }
 
-void PackageList::ShowConnection(bool slow) {
+void PackageList::ShowConnection() {
+  const bool slow = area_.Refreshing() && !slow_.isActive();
   switch (area_.State()) {
     case PackageArea::Connection::Connecting:
       SetHint(slow ? Text(StringId::HintConnecting).arg(service_) : QString());

@@ -33,7 +33,7 @@ class PackageList : public RowListView {
   void FollowSorting();
   void ShowSelection();
   void FollowConnection();
-  void ShowConnection(bool slow);
+  void ShowConnection();
   void TellRowsInView();
 
   PackageArea& area_;

@@ -1,6 +1,7 @@
 #include "packages/package_tree.h"
 
 #include <QDropEvent>
+#include <QLineEdit>
 #include <QMouseEvent>
 #include <QScopedValueRollback>
 
@@ -16,6 +17,14 @@ namespace {
 class FolderDelegate : public CellDelegate {
  public:
   using CellDelegate::CellDelegate;
+
+  // News of the package do not take away what has been typed so far.
+  void setEditorData(QWidget* editor, const QModelIndex& index) const override {
+    const auto* line = qobject_cast<const QLineEdit*>(editor);
+    if (line == nullptr || !line->isModified()) {
+      CellDelegate::setEditorData(editor, index);
+    }
+  }
 
  protected:
   void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {

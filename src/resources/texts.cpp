@@ -26,19 +26,20 @@ constexpr bool AscendingWithoutDoubles() {
   return true;
 }
 
-constexpr bool CompleteInAllLanguages() {
-  for (const TextRow& row : kTexts) {
-    for (const std::u16string_view text : row.texts) {
-      if (text.empty()) {
-        return false;
-      }
+constexpr bool IsComplete(const std::array<std::u16string_view, kLanguages.size()>& texts) {
+  for (const std::u16string_view text : texts) {
+    if (text.empty()) {
+      return false;
     }
   }
   return true;
 }
 
 static_assert(AscendingWithoutDoubles(), "texts.inc: an id is doubled or out of order");
-static_assert(CompleteInAllLanguages(), "texts.inc: a text is empty or a column is missing");
+#define TEXT(id, name, ...) \
+  static_assert(IsComplete({__VA_ARGS__}), "texts.inc: " #name " lacks the text of a language");
+#include "resources/texts.inc"
+#undef TEXT
 
 std::size_t column = 0;  // into kLanguages and TextRow::texts
 

@@ -49,7 +49,7 @@ class TransferProgress {
   virtual bool TriesAgain(const TransferResult& /*failure*/) { return false; }
 };
 
-// The nine operations of the file service in one dialect. Strings are UTF-8; results are those of
+// The operations of the file service in one dialect. Strings are UTF-8; results are those of
 // result_codes.h. Each waits within its connection's limits; after result::kConnection and
 // result::kNotDecodable the connection is closed, since whatever still comes on it would answer
 // nothing.
@@ -77,7 +77,7 @@ const ServiceOps& SecondDialect();
 // The file service as the rest of the program sees it: one dialect, settled by the first session
 // request of the process and kept until its end. Made once, at start; tests make their own.
 //
-// NegotiateSession runs on the main thread. Ops() may be read by any thread at any time; all nine
+// NegotiateSession runs on the session's thread. Ops() may be read by any thread at any time; all
 // operations change over at once.
 class FileService {
  public:

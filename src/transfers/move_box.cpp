@@ -50,6 +50,7 @@ QProgressDialog* MakeBox(QWidget* owner, const std::string& path) {
   box->setAutoClose(false);
   box->setAutoReset(false);
   box->setMinimumDuration(kUnseenMs);
+  box->setValue(0);  // the time counts from here, if the range is none of a busy box yet
   box->setRange(0, 0);
   return box;
 }
@@ -98,25 +99,23 @@ std::error_code Move(QWidget* owner, const std::string& from, const std::string&
 
 }  // namespace
 
-std::optional<std::string> MoveInBox(QWidget* owner, const std::string& path,
-                                     const std::string& folder) {
-  const auto target = MoveTarget(path, folder);
-  if (!target) {
-    return std::nullopt;
-  }
+MoveEnd MoveInBox(QWidget* owner, const std::string& path, const std::string& target) {
   const QPointer<QWidget> alive(owner);
-  const bool replace = IsFile(path) && IsFile(*target);
+  const bool replace = IsFile(path) && IsFile(target);
   if (replace &&
       (!Confirm(owner, Text(StringId::ConfirmReplace).arg(NameOf(path)), Text(StringId::Replace)) ||
        !alive)) {
-    return std::nullopt;
+    return MoveEnd::Left;
   }
-  const std::error_code error = Move(owner, path, *target, replace);
-  if (error && error != std::errc::operation_canceled && alive) {
+  const std::error_code error = Move(owner, path, target, replace);
+  if (error == std::errc::operation_canceled) {
+    return MoveEnd::Cancelled;
+  }
+  if (error && alive) {
     ShowBox(owner, Text(StringId::MoveFailed).arg(NameOf(path)) + u'\n' + FromUtf8(error.message()),
             Text(StringId::ProgramTitle), BoxIcon::Exclamation);
   }
-  return error ? std::nullopt : target;
+  return error ? MoveEnd::Left : MoveEnd::Moved;
 }
 
 }  // namespace updown

@@ -8,7 +8,7 @@
 
 #include "platform/qt/text.h"
 #include "resources/qt/texts.h"
-#include "transfers/move_box.h"
+#include "transfers/local_files.h"
 #include "widgets/busy_pointer.h"
 #include "widgets/message_boxes.h"
 
@@ -170,17 +170,26 @@ void TransferCommands::Pause(const Tasks& tasks) {
   model_.ShowPaused(IdsOf(tasks));
 }
 
+// A refusal is told by a box, in which everything can go.
 void TransferCommands::Resume(const Tasks& tasks) {
+  const QPointer<QWidget> alive(owner_);
+  std::vector<TaskId> resumed;
   for (const TaskPointer& task : tasks) {
-    tasks_.ResumeTask(task->id);
+    if (tasks_.ResumeTask(task->id)) {
+      resumed.push_back(task->id);
+    }
+    if (!alive) {
+      return;
+    }
   }
-  model_.ShowQueued(IdsOf(tasks));
+  model_.ShowQueued(resumed);
 }
 
 void TransferCommands::Redo(const Tasks& tasks) {
   if (!Asked(RedoQuestion(tasks), StringId::MenuRedo)) {
     return;
   }
+  const QPointer<QWidget> alive(owner_);
   std::vector<TaskId> begun;
   std::optional<StringId> refusal;
   for (const TaskPointer& task : tasks) {
@@ -192,8 +201,12 @@ void TransferCommands::Redo(const Tasks& tasks) {
       break;
     }
     const BusyPointer busy;
-    tasks_.RedoTask(task->id);
-    begun.push_back(task->id);
+    if (tasks_.RedoTask(task->id)) {
+      begun.push_back(task->id);
+    }
+    if (!alive) {
+      return;
+    }
   }
   model_.ShowQueued(begun);
   if (refusal) {
@@ -230,15 +243,31 @@ void TransferCommands::Move(const Tasks& tasks) {
     return;
   }
   for (const TaskPointer& task : tasks) {
-    const auto moved = MoveInBox(owner_, task->record->LocalPath(), ToUtf8(folder));
-    if (!alive) {
+    const MoveEnd end = MoveOne(*task, ToUtf8(folder));
+    if (!alive || end == MoveEnd::Cancelled) {
       return;
     }
-    if (moved) {
-      task->record->SetLocalPath(*moved);
-      model_.ShowPaths(task->id);
-    }
   }
+}
+
+// What another transfer is to write is not put where that will write.
+MoveEnd TransferCommands::MoveOne(const TransferTask& task, const std::string& folder) {
+  const std::string path = task.record->LocalPath();
+  const auto target = MoveTarget(path, folder);
+  if (!target || model_.RowOf(task.id) < 0) {
+    return MoveEnd::Left;
+  }
+  if (tasks_.IsTargetInUse(*target)) {
+    ShowNotice(owner_, StringId::DuplicateTask);
+    return MoveEnd::Left;
+  }
+  const QPointer<QWidget> alive(owner_);
+  const MoveEnd end = MoveInBox(owner_, path, *target);
+  if (alive && end == MoveEnd::Moved) {
+    tasks_.MoveTask(task.id, *target);
+    model_.ShowPaths(task.id);
+  }
+  return end;
 }
 
 // False also if the window, and this object with it, went while the question stood.

@@ -7,6 +7,7 @@
 #include "resources/string_id.h"
 #include "transfers/desktop.h"
 #include "transfers/menu_rules.h"
+#include "transfers/move_box.h"
 #include "transfers/transfer_model.h"
 #include "transfers/transfer_tasks.h"
 
@@ -36,6 +37,7 @@ class TransferCommands {
   std::optional<StringId> RefusalOfRedo(const TransferTask& task) const;
   void Delete(const Tasks& tasks, const std::vector<TaskId>& rows);
   void Move(const Tasks& tasks);
+  MoveEnd MoveOne(const TransferTask& task, const std::string& folder);
   bool Asked(const QString& question, StringId verb);
 
   TransferTasks& tasks_;

@@ -198,7 +198,13 @@ void AccessibleCell::doAction(const QString& actionName) {
              links != nullptr && actionName == pressAction() && IsLink()) {
     // Later: the screen reader waits for the answer to its call, and the owner may open a dialog.
     QMetaObject::invokeMethod(
-        links, [links, index = index_] { Q_EMIT links->Activated(index); }, Qt::QueuedConnection);
+        links,
+        [links, index = index_] {
+          if (index.isValid()) {
+            Q_EMIT links->Activated(index);
+          }
+        },
+        Qt::QueuedConnection);
   }
 }
 

@@ -61,10 +61,11 @@ void ShowBox(QWidget* owner, const QString& text, const QString& caption, BoxIco
   RunBox(MakeBox(owner, text, caption, icon, QMessageBox::Ok));
 }
 
-void TellBox(QWidget* owner, const QString& text, const QString& caption, BoxIcon icon) {
+QMessageBox* TellBox(QWidget* owner, const QString& text, const QString& caption, BoxIcon icon) {
   QMessageBox* box = MakeBox(owner, text, caption, icon, QMessageBox::Ok);
   box->setAttribute(Qt::WA_DeleteOnClose);
   box->open();
+  return box;
 }
 
 void ShowNotice(QWidget* owner, StringId text) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QMessageBox>
 #include <QString>
 #include <QWidget>
 
@@ -14,8 +15,8 @@ enum class BoxIcon { Information, Exclamation, Stop, Question };
 
 void ShowBox(QWidget* owner, const QString& text, const QString& caption, BoxIcon icon);
 
-// Returns at once, with the box before its owner.
-void TellBox(QWidget* owner, const QString& text, const QString& caption, BoxIcon icon);
+// Returns at once, with the box before its owner; it is deleted when it is closed.
+QMessageBox* TellBox(QWidget* owner, const QString& text, const QString& caption, BoxIcon icon);
 
 // The string with the program's title as caption and the information icon.
 void ShowNotice(QWidget* owner, StringId text);

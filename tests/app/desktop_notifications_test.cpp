@@ -1,6 +1,5 @@
 #include "app/desktop_notifications.h"
 
-#include <gtest/gtest.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -12,10 +11,9 @@
 #include <QTest>
 #include <filesystem>
 
-#include "app/main_window.h"
 #include "app/session_bus.h"
 #include "platform/unique_fd.h"
-#include "tests/app/served_launch.h"
+#include "tests/app/main_window_world.h"
 #include "tests/support/environment.h"
 
 namespace updown {
@@ -29,20 +27,20 @@ constexpr const char* kBusConfiguration =
     "<policy context=\"default\"><allow send_destination=\"*\"/><allow eavesdrop=\"false\"/>"
     "<allow own=\"*\"/></policy></busconfig>";
 
-QString LineOf(QProcess& process) {
-  (void)QTest::qWaitFor([&] { return process.canReadLine(); }, kPatienceMs);
-  return QString::fromUtf8(process.readLine()).trimmed();
-}
-
-class DesktopNotificationsTest : public ::testing::Test {
+class DesktopNotificationsTest : public MainWindowWorld {
  protected:
   ~DesktopNotificationsTest() override {
+    window_.reset();
     for (QProcess* process : {&service_, &bus_}) {
       process->kill();
       process->waitForFinished(kPatienceMs);
     }
   }
 
+  static QString LineOf(QProcess& process) {
+    (void)Await([&] { return process.canReadLine(); });
+    return QString::fromUtf8(process.readLine()).trimmed();
+  }
   void StartBus() {
     test::WriteFile(folder_.File("bus.conf"), kBusConfiguration);
     bus_.start(u"dbus-daemon"_qs,
@@ -77,11 +75,11 @@ TEST_F(DesktopNotificationsTest, GathersWhatComesAndReplacesItWhileItStands) {
   EXPECT_EQ(Said(), u"notify|2|A package has come|one|default|email.arrived"_qs);
 
   service_.write("click 2\n");
-  ASSERT_TRUE(QTest::qWaitFor([&] { return clicked.size() == 1; }, kPatienceMs));
+  ASSERT_TRUE(Await([&] { return clicked.size() == 1; }));
   EXPECT_EQ(clicked.at(0).at(0).value<NotificationKind>(), NotificationKind::Packages);
 
   service_.write("close 1\nclick 2\n");  // the second tells that the first has been heard
-  ASSERT_TRUE(QTest::qWaitFor([&] { return clicked.size() == 2; }, kPatienceMs));
+  ASSERT_TRUE(Await([&] { return clicked.size() == 2; }));
   notifications.TransferEnded(u"e.pdf"_qs, {});
   EXPECT_EQ(Said(), u"notify|3|Transfers have ended|Saved: 3/Failed: 1|default|transfer.error"_qs);
 
@@ -98,27 +96,23 @@ TEST_F(DesktopNotificationsTest, GathersWhatComesAndReplacesItWhileItStands) {
 TEST_F(DesktopNotificationsTest, TellWhatTheMainWindowHearsOf) {
   StartBus();
   StartService();
-  const ServedLaunch served;
-  FileService service;
-  auto made = InstanceEvent::CreateOrSignal("notifications_test " + served.DataFolder());
-  MainWindow window(served.Launch(), service, *made.event);
-  window.show();
-  PackageArea& area = window.Area();
-  ASSERT_TRUE(QTest::qWaitFor([&] { return area.rowCount(area.Root()) == 4; }, kPatienceMs));
+  Open();
+  ASSERT_TRUE(Listed());
   Q_EMIT qGuiApp->applicationStateChanged(Qt::ApplicationInactive);
+  PackageArea& area = window_->Area();
   const std::string package = area.NameAt(area.index(0, 0, area.Root()));
-  const TaskPointer task =
-      window.Tasks().AddDownload({"x", "/" + package + "/" + package + ".ini", "fileservice", 8080},
-                                 served.DataFolder() + "/received.txt", true);
-  window.AllDownloads().ResumeTask(task->id);
+  const TaskPointer task = window_->Tasks().AddDownload(
+      {"x", "/" + package + "/" + package + ".ini", "fileservice", 8080},
+      served_->DataFolder() + "/received.txt", true);
+  window_->AllDownloads().ResumeTask(task->id);
   EXPECT_EQ(Said(), u"notify|1|Transfer finished|received.txt|default|transfer.complete"_qs);
-  std::filesystem::create_directory(served.AreaFolder() + "/20301104062529");
+  std::filesystem::create_directory(served_->AreaFolder() + "/20301104062529");
   area.Refresh(AskedBy::Program);
   EXPECT_EQ(Said(), u"notify|2|A package has come|20301104062529|default|email.arrived"_qs)
       << "the first four were no news";
-  window.hide();
+  window_->hide();
   service_.write("click 2\n");
-  EXPECT_TRUE(QTest::qWaitFor([&] { return window.isVisible(); }, kPatienceMs));
+  EXPECT_TRUE(Await([&] { return window_->isVisible(); }));
 }
 
 TEST_F(DesktopNotificationsTest, AreShownOnceAServiceIsThere) {
@@ -153,7 +147,7 @@ TEST_F(DesktopNotificationsTest, ABusThatNeverAnswersHoldsNothingUp) {
   notifications.PackageCame(u"one"_qs);
   QElapsedTimer timer;
   timer.start();
-  ASSERT_TRUE(QTest::qWaitFor([&] { return poll(&asked, 1, 0) == 1; }, kPatienceMs));
+  ASSERT_TRUE(Await([&] { return poll(&asked, 1, 0) == 1; }));
   for (int i = 0; i < 20; ++i) {
     notifications.PackageCame(u"more"_qs);
     timer.restart();

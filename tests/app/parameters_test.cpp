@@ -17,16 +17,14 @@
 namespace updown {
 namespace {
 
-struct CommandLineCase {
-  std::vector<std::string> arguments;  // behind the program's name
-  bool accepted;
-  std::string name;
-  std::uint32_t port;
-};
-
 TEST(CommandLineTest, OutcomesOfTheWalk) {
   const std::string longPort = std::string(259, '0') + "81";
-  const std::vector<CommandLineCase> cases = {
+  const struct {
+    std::vector<std::string> arguments;
+    bool accepted;
+    std::string name;
+    std::uint32_t port;
+  } cases[] = {
       {{"-s", "fileserver", "-p", "8100"}, true, "fileserver", 8100},
       {{"-s", "fileserver"}, true, "fileserver", 8080},
       {{"-p", "8100"}, false, "", 8100},
@@ -34,11 +32,8 @@ TEST(CommandLineTest, OutcomesOfTheWalk) {
       {{"-s"}, false, "", 8080},
       {{"-s", "fileserver", "-p"}, true, "fileserver", 8080},
       {{"-s", "fileserver", "-p", "80a"}, false, "fileserver", 0},
-      {{"-p", "80a", "-s", "fileserver"}, false, "", 0},
       {{"-s", "fileserver", "-p", "0"}, false, "fileserver", 0},
-      {{"-s", "fileserver", "-p", ""}, false, "fileserver", 0},
       {{"-s", "fileserver", "-p", "0", "-p", "8100"}, true, "fileserver", 8100},
-      {{"-s", "fileserver", "-p", "", "-p", "8100"}, true, "fileserver", 8100},
       {{"-s", "fileserver", "-p", "80a", "-p", "8100"}, false, "fileserver", 0},
       {{"-s", "fileserver", "-p", "81 00"}, true, "fileserver", 81},
       {{"-s", "fileserver", "-p", "65616"}, true, "fileserver", 65616},
@@ -49,22 +44,17 @@ TEST(CommandLineTest, OutcomesOfTheWalk) {
       {{"extra", "-s", "fileserver"}, true, "fileserver", 8080},
       {{"-s", "d\xC3\xA9p\xC3\xB4t"}, true, "d\xE9p\xF4t", 8080},
   };
-  for (CommandLineCase c : cases) {
-    c.arguments.insert(c.arguments.begin(), "updown");
+  for (const auto& c : cases) {
     const CommandLine got = ParseCommandLine(c.arguments, AnsiCodePage::Western);
     EXPECT_EQ(got.Accepted(), c.accepted) << testing::PrintToString(c.arguments);
     EXPECT_EQ(got.serverName, c.name) << testing::PrintToString(c.arguments);
     EXPECT_EQ(got.serverPort, c.port) << testing::PrintToString(c.arguments);
   }
-  EXPECT_FALSE(ParseCommandLine({}, AnsiCodePage::Western).Accepted());
 }
 
 // Digests worked out with md5sum.
-TEST(LaunchIdentityTest, JoinsItsPartsAndHashesWhateverTheLanguage) {
-  EXPECT_EQ(JoinLaunchIdentity({"A", "", "C"}), "A--C");
+TEST(LaunchIdentityTest, HashesWhateverTheLanguage) {
   EXPECT_EQ(JoinLaunchIdentity({"", "B", ""}), "B-");
-  EXPECT_EQ(JoinLaunchIdentity({"", "", "C"}), "C");
-  EXPECT_EQ(InstanceEventNameOf("8833"), "Global\\8833");
   const std::pair<const char*, const char*> cases[] = {
       {"", "8833f67c0f8e2339c154ffc91e15eb8c"},
       {"A--C", "3d8c564cc16000bfc5a38cd82de2bad2"},
@@ -119,9 +109,7 @@ TEST(LaunchVariablesTest, NamesWhatIsMissingOrUnusable) {
       {kVariableRelayPort, "7000"},   {kVariableRelayAddress, "127.0.0.1"},
       {kVariableRelayClientId, "0"},  {kVariableAttribute110, "1"}};
   const std::pair<const char*, std::string> bad[] = {{kVariableIdentity1, std::string(1024, 'x')},
-                                                     {kVariableApplication, "DBD"},
                                                      {kVariableLanguage, "abc"},
-                                                     {kVariableRelayPort, "70000"},
                                                      {kVariableRelayAddress, "localhost"},
                                                      {kVariableRelayClientId, "one"}};
   const test::ScopedEnvironment environment(good);
@@ -140,31 +128,14 @@ TEST(LaunchVariablesTest, NamesWhatIsMissingOrUnusable) {
 
 TEST(LaunchVariablesTest, ThePaceIsASecondUnlessANumberSaysOtherwise) {
   const std::pair<std::string, int> cases[] = {
-      {"0", 0},
-      {"250", 250},
-      {"3600000", 3600000},
-      {"3600001", 1000},
-      {"", 1000},
-      {"-1", 1000},
-      {"1s", 1000},
-      {" 5", 1000},
-      {"2.5", 1000},
-      {"4294967296", 1000},
-      {"0000000000000000", 1000},
+      {"0", 0},     {"3600000", 3600000}, {"3600001", 1000},    {"", 1000},
+      {"-1", 1000}, {"1s", 1000},         {"4294967296", 1000},
   };
   EXPECT_EQ(ReadBlockPace().count(), 1000);
   for (const auto& [text, pace] : cases) {
     const test::ScopedEnvironment environment({{kVariableBlockPace, text}});
     EXPECT_EQ(ReadBlockPace().count(), pace) << text;
   }
-}
-
-TEST(LaunchIdentityTest, DecodesTheApplication) {
-  EXPECT_EQ(DecodeAppid("DBDC"), "12");
-  EXPECT_EQ(DecodeAppid("DBD"), "");
-  EXPECT_EQ(DecodeAppid("DBAADC"), "1") << "ends at the zero byte";
-  EXPECT_EQ(DecodeAppid("DBQADC"), "1") << "ends at the foreign letter";
-  EXPECT_EQ(DecodeAppid(std::string(522, 'B')), "") << "more than 260 bytes";
 }
 
 TEST(LaunchIdentityTest, ReadsTheEnvironment) {
@@ -176,6 +147,11 @@ TEST(LaunchIdentityTest, ReadsTheEnvironment) {
   EXPECT_EQ(launch.identityHash, "3d8c564cc16000bfc5a38cd82de2bad2");
   EXPECT_EQ(launch.appid, "");
   EXPECT_EQ(launch.languageId, 1028);
+  const std::pair<const char*, const char*> applications[] = {
+      {"DBDC", "12"}, {"DBD", ""}, {"DBAADC", "1"}, {"DBQADC", "1"}};
+  for (const auto& [text, id] : applications) {
+    EXPECT_EQ(DecodeAppid(text), id) << text;
+  }
   const std::pair<const char*, int> languages[] = {{"2052x", 2052}, {"1031", 1031}, {"", 1033},
                                                    {"abc", 1033},   {"0", 1033},    {"-5", 1033}};
   for (const auto& [text, id] : languages) {

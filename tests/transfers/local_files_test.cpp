@@ -28,9 +28,8 @@ class LocalFiles : public ::testing::Test {
   ~LocalFiles() override { EXPECT_EQ(ReadFile(disk_.File("outside/inner/keep")), "keep"); }
 
   // What stands in a folder, hidden names too.
-  static std::size_t Count(const std::string& folder) {
-    return static_cast<std::size_t>(
-        std::distance(fs::directory_iterator(folder), fs::directory_iterator()));
+  static auto Count(const std::string& folder) {
+    return std::distance(fs::directory_iterator(folder), fs::directory_iterator());
   }
 
   TemporaryFolder disk_;
@@ -90,7 +89,7 @@ TEST_P(LocalMove, ReplacesAFileOnlyWhenToldTo) {
     const bool replaced = !Move(source_, true);
     EXPECT_EQ(replaced, old == "file" || old == "sameFile");
     EXPECT_EQ(fs::exists(source_), old == "folder");
-    EXPECT_EQ(Count(target_), 1U);
+    EXPECT_EQ(Count(target_), 1);
     if (old != "folder") {
       EXPECT_EQ(ReadFile(moved_), "new");
       EXPECT_EQ(fs::last_write_time(moved_), written);
@@ -105,7 +104,7 @@ TEST_P(LocalMove, MovesATreeWithItsLinks) {
   EXPECT_EQ(fs::read_symlink(target_ + "/tree/dead"), "nowhere");
   EXPECT_TRUE(fs::is_symlink(target_ + "/tree/a/folderLink"));
   EXPECT_FALSE(fs::exists(tree_));
-  EXPECT_EQ(Count(target_), 1U);
+  EXPECT_EQ(Count(target_), 1);
 }
 
 TEST_P(LocalMove, LeavesAllAsItWasAfterAFailure) {
@@ -119,8 +118,8 @@ TEST_P(LocalMove, LeavesAllAsItWasAfterAFailure) {
     EXPECT_EQ(Move(source_), std::errc::operation_canceled);
   }
   EXPECT_EQ(ReadFile(tree_ + "/a/b/deep"), "deep");
-  EXPECT_EQ(Count(tree_ + "/a"), 2U);
-  EXPECT_EQ(Count(target_), 0U);
+  EXPECT_EQ(Count(tree_ + "/a"), 2);
+  EXPECT_EQ(Count(target_), 0);
   EXPECT_EQ(ReadFile(source_), "new");
 }
 

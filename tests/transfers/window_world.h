@@ -3,9 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <QAction>
-#include <algorithm>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,7 +24,7 @@ class MovedTicks : public TickCounter {
   std::uint32_t now = 1000;
 };
 
-// Real tasks, and a log of what the window asks.
+// Real tasks.
 class FakeTasks : public TransferTasks {
  public:
   TaskPointer Find(TaskId task) const override { return store.Find(task); }
@@ -35,7 +33,7 @@ class FakeTasks : public TransferTasks {
   void PauseTask(TaskId task) override { store.Pause(task); }
   void ResumeTask(TaskId task) override { store.Resume(task); }
   void RedoTask(TaskId task) override {
-    log.emplace_back("redo");
+    ++redone;
     store.Redo(task);
     store.Queue().EndRuns();  // as the scheduler does elsewhere
   }
@@ -44,7 +42,7 @@ class FakeTasks : public TransferTasks {
     store.Queue().EndRuns();
   }
 
-  Log log;
+  int redone = 0;
   LaunchState launch;
   TaskStore store{std::make_shared<TaskQueue>(), launch};
 };
@@ -73,8 +71,7 @@ class WindowWorld : public ::testing::Test {
   }
   void EndTask(const TransferTask& task, int code) { window_.ShowEnded(task.id, {code, 0, {}}); }
   std::string Cell(int row, Column column) const {
-    const auto* const model = list_->model();
-    return ToUtf8(model->index(row, static_cast<int>(column)).data().toString());
+    return ToUtf8(list_->CellAt(row, static_cast<int>(column)).data().toString());
   }
   QString Tip(int row) const {
     return list_->CellAt(row, static_cast<int>(Column::State)).data(Qt::ToolTipRole).toString();
@@ -86,10 +83,6 @@ class WindowWorld : public ::testing::Test {
            Cell(row, Column::State);
   }
   int Rows() const { return list_->model()->rowCount(); }
-  // How often the program was asked for something.
-  auto Asked(const std::string& what) const {
-    return std::count(tasks_.log.begin(), tasks_.log.end(), what);
-  }
   void Select(const std::vector<int>& rows) {
     list_->SelectRow(-1);
     for (const int row : rows) {
