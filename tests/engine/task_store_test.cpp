@@ -231,6 +231,7 @@ TEST_F(Tasks, OneAtATimeWritesATarget) {
 }
 
 TEST_F(Tasks, TheUsersGoBeforeHeaders) {
+  Add("/paused")->record->state = TransferState::Stopped;
   const TaskPointer first = Add("/header", false);
   const TaskPointer second = Add("/header2", false);
   const TaskPointer user = Add("/user");
