@@ -1,25 +1,21 @@
 #pragma once
 
-#include <algorithm>
-#include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
 #include "engine/scheduler.h"
 #include "engine/session.h"
 #include "engine/task_store.h"
-#include "peer/stand_in.h"
 #include "platform/event.h"
-#include "tests/support/environment.h"
-#include "tests/support/temporary_folder.h"
+#include "tests/support/service_world.h"
 
 namespace updown::test {
 
@@ -32,37 +28,26 @@ inline std::string Pattern(std::size_t size, std::size_t seed = 1) {
   return bytes;
 }
 
-inline peer::Options Dialect(int dialect, std::uint32_t blockLength = 4096) {
-  peer::Options options;
-  options.dialect = dialect;
-  options.blockLength = blockLength;
-  return options;
-}
-
-// What the engine tells, kept for the test, which looks at it while it holds the lock.
+// What the engine tells, kept for the test, which looks at it in Until.
 class Told : public EngineEvents {
  public:
   void TaskStarted(TaskId task) noexcept override {
-    Keep([&] { started.push_back(task); });
+    const std::lock_guard lock(mutex_);
+    started.push_back(task);
   }
-  void BlockDone(TaskId /*task*/) noexcept override {
-    Keep([&] { ++blocks; });
-  }
+  void BlockDone(TaskId /*task*/) noexcept override {}
   void TaskWaiting(TaskId /*task*/) noexcept override {
-    Keep([&] { ++waits; });
+    const std::lock_guard lock(mutex_);
+    ++waits;
   }
   void TaskEnded(TaskId task, const TransferResult& result) noexcept override {
-    Keep([&] {
-      outcomes.emplace_back(task, result.code);
-      last = result;
-    });
+    const std::lock_guard lock(mutex_);
+    outcomes.emplace_back(task, result.code);
+    last = result;
   }
-  void SaveNeeded() noexcept override {
-    Keep([&] { ++saves; });
-  }
+  void SaveNeeded() noexcept override {}
 
-  // Waits until `done` holds, looking again at all that is told and every few milliseconds. False
-  // if `limit` passes first.
+  // Waits until `done` holds. False if `limit` passes first.
   bool Until(const std::function<bool()>& done,
              std::chrono::milliseconds limit = std::chrono::seconds(20)) {
     const auto deadline = std::chrono::steady_clock::now() + limit;
@@ -71,7 +56,9 @@ class Told : public EngineEvents {
       if (std::chrono::steady_clock::now() > deadline) {
         return false;
       }
-      changed_.wait_for(lock, std::chrono::milliseconds(5));
+      lock.unlock();
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+      lock.lock();
     }
     return true;
   }
@@ -79,27 +66,16 @@ class Told : public EngineEvents {
   std::vector<TaskId> started;                   // in the order of their notices
   std::vector<std::pair<TaskId, int>> outcomes;  // of workers that have ended
   TransferResult last;
-  int blocks = 0;
   int waits = 0;
-  int saves = 0;
 
  private:
-  template <typename Change>
-  void Keep(Change change) {
-    const std::lock_guard lock(mutex_);
-    change();
-    changed_.notify_all();
-  }
-
   std::mutex mutex_;
-  std::condition_variable changed_;
 };
 
-// A stand-in service and an engine that tells the test.
-class EngineWorld {
+// A service, and an engine that tells the test.
+class EngineWorld : public ServiceWorld {
  public:
-  explicit EngineWorld(peer::Options options = {}) : peer(Serve(std::move(options))) {
-    launch.serverName = "fileservice";
+  explicit EngineWorld(peer::Options options = {}) : ServiceWorld(std::move(options)) {
     session.Open(AskedBy::Program, [](const SessionResult&) {});
     granted.WaitFor(std::chrono::seconds(20));
     Renew(std::chrono::milliseconds(1));
@@ -126,57 +102,30 @@ class EngineWorld {
   }
 
   TaskPointer Fetch(const std::string& name, bool keep = true) {
-    auto task = store->AddDownload({name, "/" + name, "fileservice", 8080}, local.File(name), keep);
-    context->schedulerWake.Set();
-    return task;
+    return store->AddDownload({name, "/" + name, "fileservice", 8080}, local.File(name), keep);
   }
-  // Puts a folder record into the list, and a child for `inFlight` unless that is empty; restores.
-  TaskPointer RestoreFolder(const std::string& remotePath, const std::string& localPath,
-                            const std::string& inFlight = {}) {
-    StoredRecord folder;
-    folder.recordId = 1;
-    folder.isFolder = 1;
-    folder.paths = {remotePath, localPath};
-    store->AddStoredRecord(std::make_shared<TransferRecord>(folder));
-    if (!inFlight.empty()) {
-      StoredRecord child;
-      child.recordId = 2;
-      child.parentRecordId = 1;
-      child.paths = {remotePath + "/" + inFlight, localPath + "/" + inFlight};
-      store->AddStoredRecord(std::make_shared<TransferRecord>(child));
-    }
-    TaskId restored = 0;
-    store->RestoreTasks([&](TaskId task) { restored = task; });
-    context->schedulerWake.Set();
-    return store->Find(restored);
+  // A file "f" with these bytes.
+  TaskPointer ServeAndFetch(const std::string& bytes) {
+    WriteFile(served.File("f"), bytes);
+    return Fetch("f");
   }
-  void Run(const TaskPointer& task) {
-    store->Resume(task->id);
-    context->schedulerWake.Set();
+  TaskPointer FetchFolder(const std::string& name) {
+    return store->AddFolderDownload({name, "/" + name, "fileservice", 8080}, local.File(name));
   }
-  void Redo(const TaskPointer& task) {
-    store->Redo(task->id);
-    context->schedulerWake.Set();
+  // The service falls silent at this message; speaks again once so many wait for its answer.
+  void Silence(std::uint32_t message) {
+    peer.ForgetRequests();
+    peer.AddFault({.kind = peer::Fault::Kind::Stall, .message = message, .times = 0});
   }
-  void Pause(const TaskPointer& task) {
-    store->Pause(task->id);
-    context->schedulerWake.Set();
+  bool WaitForSilence(std::uint32_t message, long workers = 1) {
+    const bool silent = told->Until([&] { return Count(message) >= workers; });
+    peer.ClearFaults();
+    return silent;
   }
   bool WaitForState(const TransferTask& task, TransferState state) {
     return told->Until([&] { return task.record->state == state && !task.Running(); });
   }
-  long Count(std::uint32_t message) const {
-    const auto requests = peer.Requests();
-    return std::count_if(requests.begin(), requests.end(),
-                         [message](const auto& seen) { return seen.message == message; });
-  }
 
-  TemporaryFolder served;
-  TemporaryFolder local;
-  peer::StandIn peer;
-  ScopedEnvironment environment{peer.Environment()};
-  LaunchState launch;
-  FileService service;
   // Nobody waits for its answers on the main thread.
   Event granted;
   Session session{service, launch, [](const std::function<void()>&) {}, nullptr,
@@ -185,12 +134,6 @@ class EngineWorld {
   std::shared_ptr<SchedulerContext> context;
   std::optional<TaskStore> store;
   std::optional<Scheduler> scheduler;
-
- private:
-  peer::Options Serve(peer::Options options) const {
-    options.root = served.Path();
-    return options;
-  }
 };
 
 }  // namespace updown::test

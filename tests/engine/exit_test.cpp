@@ -1,17 +1,13 @@
 #include <gtest/gtest.h>
 
-#include "platform/environment.h"
 #include "service/messages.h"
 #include "tests/engine/engine_world.h"
-#include "tests/wire/loopback.h"
 
 namespace updown {
 namespace {
 
-using peer::Fault;
 using test::EngineWorld;
 using test::Pattern;
-using test::WriteFile;
 
 constexpr std::uint32_t kRelayResolve = 1;
 
@@ -20,12 +16,10 @@ TEST(Exit, WhileTheServiceIsSilent) {
   for (const std::uint32_t stalled :
        {kRelayResolve, message::kAttachSession, message::kFileInformation, message::kReadBlock}) {
     EngineWorld world;
-    WriteFile(world.served.File("f"), Pattern(100000));
-    world.peer.ForgetRequests();
-    world.peer.AddFault({Fault::Kind::Stall, stalled, 0, 0, 0});
-    const TaskPointer task = world.Fetch("f");
+    world.Silence(stalled);
+    const TaskPointer task = world.ServeAndFetch(Pattern(100000));
     world.Start();
-    ASSERT_TRUE(world.told->Until([&] { return world.Count(stalled) > 0; })) << stalled;
+    ASSERT_TRUE(world.WaitForSilence(stalled)) << stalled;
     EXPECT_TRUE(world.End()) << stalled;
     EXPECT_FALSE(task->Running());
   }
@@ -34,8 +28,7 @@ TEST(Exit, WhileTheServiceIsSilent) {
 TEST(Exit, InThePaceBehindABlock) {
   EngineWorld world;
   world.context->pace = std::chrono::seconds(60);
-  WriteFile(world.served.File("f"), Pattern(100000));
-  const TaskPointer task = world.Fetch("f");
+  const TaskPointer task = world.ServeAndFetch(Pattern(100000));
   world.Start();
   ASSERT_TRUE(world.told->Until([&] { return task->record->doneBytes > 0; }));
   EXPECT_TRUE(world.End());
@@ -43,21 +36,11 @@ TEST(Exit, InThePaceBehindABlock) {
   EXPECT_EQ(task->record->doneBytes, 65536U) << "what the list holds stays true";
 }
 
-TEST(Exit, InAConnect) {
-  EngineWorld world;
-  const testing::SilentListener silent;
-  const test::ScopedEnvironment toSilent({{kVariableRelayPort, std::to_string(silent.Port())}});
-  const TaskPointer task = world.Fetch("f");
-  world.Start();
-  ASSERT_TRUE(world.told->Until([&] { return silent.KeepsWaiting(); }));
-  EXPECT_TRUE(world.End());
-}
-
 // A listing that nobody makes any more is no failure of the folder's: it goes on at the next start.
 TEST(Exit, LeavesAFolderThatCouldNotBeListedQueued) {
   EngineWorld world;
   world.session.Stop(std::chrono::seconds(2));
-  const TaskPointer task = world.RestoreFolder("/", world.local.File("tree"));
+  const TaskPointer task = world.FetchFolder("pkg");
   world.Start();
   EXPECT_TRUE(world.told->Until([&] { return !world.told->outcomes.empty(); }));
   EXPECT_TRUE(world.End());
@@ -67,23 +50,23 @@ TEST(Exit, LeavesAFolderThatCouldNotBeListedQueued) {
 // Ten workers under pauses, resumes, deletes and new tasks, cut short at any moment.
 TEST(Exit, ManyStartsAndEnds) {
   EngineWorld world(test::Dialect(1, 512));
-  WriteFile(world.served.File("f"), Pattern(20000));
   for (unsigned round = 0; round < 200; ++round) {
     world.Renew(std::chrono::milliseconds(round % 2));
     world.told->outcomes.clear();
     Scheduler scheduler(world.context);
     std::vector<TaskPointer> tasks;
-    for (unsigned i = 0; i < 12; ++i) {
-      tasks.push_back(world.Fetch("f", i % 3 != 0));
+    tasks.push_back(world.ServeAndFetch(Pattern(20000)));
+    while (tasks.size() < 12) {
+      tasks.push_back(world.Fetch("f", tasks.size() % 3 != 0));
     }
     for (unsigned step = 0; step < round % 16; ++step) {
       const TaskPointer& task = tasks[(round + step) % tasks.size()];
-      if (step % 4 == 3) {
-        world.store->RemoveTask(task->id);
-      } else if (task->record->state == TransferState::Queued) {
-        step % 2 == 0 ? world.Pause(task) : world.Redo(task);
+      if (step % 2 == 0) {
+        world.store->Pause(task->id);
+      } else if (step % 4 == 1) {
+        world.store->Redo(task->id);
       } else {
-        world.Run(task);
+        world.store->RemoveTask(task->id);
       }
       world.store->StreamLimitReached();
       task->Bytes();
@@ -92,9 +75,7 @@ TEST(Exit, ManyStartsAndEnds) {
       world.told->Until([&] { return !world.told->outcomes.empty(); }, std::chrono::seconds(1));
     }
     ASSERT_TRUE(scheduler.Stop(std::chrono::seconds(2))) << round;
-    for (const TaskPointer& task : tasks) {
-      ASSERT_FALSE(task->Running()) << round;
-    }
+    ASSERT_TRUE(std::ranges::none_of(tasks, &TransferTask::Running)) << round;
   }
 }
 

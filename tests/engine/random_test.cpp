@@ -9,100 +9,81 @@
 namespace updown {
 namespace {
 
-using peer::Fault;
 using test::EngineWorld;
 using test::Pattern;
 using test::ReadFile;
 using test::WriteFile;
+using Kind = peer::Fault::Kind;
 
 // What users and the network do to files and folders, in quick succession; then all is to finish
 // with the service's bytes, and what was deleted is to leave nothing. UPDOWN_TEST_SEED sets another
 // seed.
 class AnyOrder : public ::testing::TestWithParam<int> {
  protected:
-  static constexpr int kFiles = 3;
-  static constexpr int kFolders = 2;
-  static constexpr const char* kInside[] = {"a", "b", "c", "empty", "sub/d", "sub/deep/e", "sub/f"};
-
+  using Names = std::vector<std::string>;
   struct Wanted {
     TaskPointer task;
-    std::string remote, local;
-    bool folder = false;
+    std::string name, local;
   };
 
   AnyOrder() {
-    for (int n = 0; n < kFiles; ++n) {
-      WriteFile(world.served.File("file" + std::to_string(n)), Pattern(60000 + n, n + 1));
-    }
-    for (int n = 0; n < kFolders; ++n) {
-      const std::string folder = world.served.File("folder" + std::to_string(n));
-      std::filesystem::create_directories(folder + "/sub/deep");
-      for (const std::string inside : kInside) {
-        WriteFile(folder + "/" + inside,
-                  inside == "empty" ? "" : Pattern(20000, inside.size() + inside.back()));
+    for (const std::string name : {"file0", "file1", "file2", "folder0", "folder1"}) {
+      for (const std::string& part : PartsOf(name)) {
+        const std::filesystem::path served = world.served.File(name + part);
+        std::filesystem::create_directories(served.parent_path());
+        const std::size_t size = part.empty() ? 60000 : part == "/empty" ? 0 : 20000;
+        WriteFile(served, Pattern(size, 256U * name.back() + (name + part).back()));
       }
+      wanted.push_back(Add(name));
     }
-    for (int n = 0; n < kFiles + kFolders; ++n) {
-      wanted.push_back(Add(n));
-    }
+  }
+
+  static const Names& PartsOf(const std::string& name) {
+    static const Names file = {""};
+    static const Names folder = {"/a", "/b", "/c", "/empty", "/sub/d", "/sub/deep/e", "/sub/f"};
+    return name.starts_with("folder") ? folder : file;
   }
 
   std::uint32_t Dice(std::uint32_t sides) { return static_cast<std::uint32_t>(dice() % sides); }
 
-  Wanted Add(int n) {
-    const bool folder = n >= kFiles;
-    const std::string name =
-        folder ? "folder" + std::to_string(n - kFiles) : "file" + std::to_string(n);
-    Wanted made{nullptr, name, world.local.File(name + "-" + std::to_string(++made_)), folder};
+  Wanted Add(const std::string& name) {
+    const std::string local = world.local.File(name + "-" + std::to_string(++made_));
     const TaskDraft draft{name, "/" + name, "fileservice", 8080};
-    made.task = folder ? world.store->AddFolderDownload(draft, made.local)
-                       : world.store->AddDownload(draft, made.local, true);
-    return made;
+    return {PartsOf(name).size() > 1 ? world.store->AddFolderDownload(draft, local)
+                                     : world.store->AddDownload(draft, local, true),
+            name, local};
   }
 
   void Step() {
-    const std::uint32_t n = Dice(kFiles + kFolders);
-    const TaskId id = wanted[n].task->id;
-    switch (Dice(12)) {
-      case 0:
-      case 1:
-        return world.store->Pause(id);
-      case 2:
-      case 3:
-      case 4:
-      case 5:
-        world.store->Resume(id);
-        return;
-      case 6:
-        world.store->Redo(id);
-        return;
-      case 7:
-        world.store->RemoveTask(id, TaskStore::LocalFiles::Remove);
-        deleted.push_back(wanted[n]);
-        wanted[n] = Add(static_cast<int>(n));
-        return;
-      case 8:
-        return world.peer.ForgetSessions();
-      case 9: {
-        constexpr Fault::Kind kKinds[] = {Fault::Kind::DropBefore, Fault::Kind::DropInside,
-                                          Fault::Kind::DropAfter, Fault::Kind::EmptyBlock,
-                                          Fault::Kind::BadList};
-        return world.peer.AddFault({kKinds[Dice(5)], message::kReadBlock, Dice(20), 1, 0});
-      }
-      default:
-        std::this_thread::sleep_for(std::chrono::milliseconds(Dice(8)));
+    constexpr Kind kKinds[] = {Kind::DropBefore, Kind::DropInside, Kind::DropAfter,
+                               Kind::EmptyBlock, Kind::BadList};
+    Wanted& chosen = wanted[Dice(static_cast<std::uint32_t>(wanted.size()))];
+    const TaskPointer& task = chosen.task;
+    const std::uint32_t die = Dice(12);
+    if (die < 2) {
+      world.store->Pause(task->id);
+    } else if (die < 6) {
+      world.store->Resume(task->id);
+    } else if (die < 7) {
+      world.store->Redo(task->id);
+    } else if (die < 8) {
+      world.store->RemoveTask(task->id, TaskStore::LocalFiles::Remove);
+      deleted.push_back(chosen);
+      chosen = Add(chosen.name);
+    } else if (die < 9) {
+      world.peer.ForgetSessions();
+    } else if (die < 10) {
+      world.peer.AddFault({kKinds[Dice(5)], message::kReadBlock, Dice(20)});
+    } else {
+      std::this_thread::sleep_for(std::chrono::milliseconds(Dice(8)));
     }
   }
 
   // Whether all of it is there, right to the last byte.
   bool IsWhole(const Wanted& what) const {
-    const std::string served = world.served.File(what.remote);
-    if (!what.folder) {
-      return ReadFile(what.local) == ReadFile(served);
-    }
-    return std::ranges::all_of(kInside, [&](const std::string inside) {
-      return std::filesystem::exists(what.local + "/" + inside) &&
-             ReadFile(what.local + "/" + inside) == ReadFile(served + "/" + inside);
+    return std::ranges::all_of(PartsOf(what.name), [&](const std::string& part) {
+      return std::filesystem::exists(what.local + part) &&
+             ReadFile(what.local + part) == ReadFile(world.served.File(what.name + part));
     });
   }
 
@@ -135,7 +116,7 @@ TEST_P(AnyOrder, EndsWithTheRightBytes) {
     })) << what.local
         << " is " << static_cast<int>(what.task->record->state.load());
     EXPECT_TRUE(IsWhole(what)) << what.local;
-    if (what.folder) {
+    if (what.task->isFolder) {
       EXPECT_EQ(what.task->Progress(), (TaskProgress{120000, 120000, 7, 7}));
     }
   }

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+
 #include "resources/texts.h"
 #include "service/result_codes.h"
 
@@ -23,6 +25,13 @@ TEST(ResultTexts, WordCodesOfEitherSignForBoxAndRow) {
     EXPECT_EQ(ResultBoxText(code), box);
     EXPECT_EQ(ResultRowText(code), row);
   }
+}
+
+TEST(ResultTexts, TheSystemsReasonSaysMoreInARow) {
+  EXPECT_EQ(ResultRowText(result::kConnection, ECONNRESET), LoadText(StringId::ConnectionDropped));
+  EXPECT_EQ(ResultRowText(result::kConnection, ETIMEDOUT), LoadText(StringId::ServiceSilent));
+  EXPECT_EQ(ResultRowText(result::kFileOpen, ENOENT), LoadText(StringId::FolderMissing));
+  EXPECT_EQ(ResultRowText(result::kFileWrite, ENOSPC), LoadText(StringId::DiskFull));
 }
 
 }  // namespace

@@ -1,9 +1,10 @@
 #include "engine/scheduler.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
-#include "service/messages.h"
-#include "service/transfer.h"
+#include <array>
+#include <atomic>
+
 #include "tests/engine/engine_world.h"
 
 namespace updown {
@@ -11,44 +12,8 @@ namespace {
 
 using test::Dialect;
 using test::EngineWorld;
-using test::Pattern;
-using test::ReadFile;
-using test::WriteFile;
 
 constexpr std::chrono::seconds kLong{30};
-
-class Transfers : public ::testing::TestWithParam<int> {};
-
-TEST_P(Transfers, StatesBeforeAndAfter) {
-  constexpr auto kForeign = static_cast<TransferState>(77);
-  const std::tuple<const char*, TransferState, TransferState> cases[] = {
-      {"stopped", TransferState::Stopped, TransferState::Stopped},
-      {"good", TransferState::Queued, TransferState::Finished},
-      {"failed", TransferState::Failed, TransferState::Failed},
-      {"missing", TransferState::Queued, TransferState::Failed},
-      {"foreign", kForeign, kForeign},
-      {"also good", TransferState::Queued, TransferState::Finished},
-  };
-  EngineWorld world(Dialect(GetParam()));
-  std::vector<TaskPointer> tasks;
-  for (const auto& [name, before, after] : cases) {
-    WriteFile(world.served.File(name), Pattern(10000));
-    tasks.push_back(world.Fetch(name));
-    tasks.back()->record->state = before;
-  }
-  std::filesystem::remove(world.served.File("missing"));
-  world.Start();
-  EXPECT_TRUE(world.told->Until([&] { return world.told->outcomes.size() == 3; }));
-  EXPECT_TRUE(world.End());
-  EXPECT_THAT(world.told->started,
-              ::testing::ElementsAre(tasks[1]->id, tasks[3]->id, tasks[5]->id));
-  for (std::size_t i = 0; i < tasks.size(); ++i) {
-    EXPECT_EQ(tasks[i]->record->state, std::get<2>(cases[i])) << std::get<0>(cases[i]);
-  }
-  EXPECT_EQ(ReadFile(world.local.File("good")), Pattern(10000));
-}
-
-INSTANTIATE_TEST_SUITE_P(Dialects, Transfers, ::testing::Values(1, 2));
 
 TEST(Scheduler, TenRunTwoWaitInQueueOrder) {
   std::array<Event, 12> gates;
@@ -69,10 +34,9 @@ TEST(Scheduler, TenRunTwoWaitInQueueOrder) {
     ++count;
     return thread;
   };
-  WriteFile(world.served.File("f"), "bytes");
   std::vector<TaskPointer> tasks;
   for (std::size_t i = 0; i < gates.size(); ++i) {
-    tasks.push_back(world.Fetch("f"));
+    tasks.push_back(world.ServeAndFetch("bytes"));
   }
   world.Start();
   ASSERT_TRUE(world.told->Until([&] { return count == 10; }));
@@ -88,12 +52,11 @@ TEST(Scheduler, TenRunTwoWaitInQueueOrder) {
 
 TEST(Scheduler, AThreadThatIsRefusedLeavesTheTaskForTheNextPass) {
   EngineWorld world(Dialect(1));
-  WriteFile(world.served.File("f"), "bytes");
   std::atomic<int> calls{0};
   world.context->startThread = [&calls](std::function<void()> body) {
     return ++calls < 3 ? nullptr : Thread::Start(std::move(body));
   };
-  const TaskPointer task = world.Fetch("f");
+  const TaskPointer task = world.ServeAndFetch("bytes");
   world.Start();
   for (int refused = 1; refused <= 2; ++refused) {
     ASSERT_TRUE(world.told->Until([&] { return calls == refused && !task->Running(); }));
@@ -102,24 +65,6 @@ TEST(Scheduler, AThreadThatIsRefusedLeavesTheTaskForTheNextPass) {
     world.context->schedulerWake.Set();
   }
   EXPECT_TRUE(world.WaitForState(*task, TransferState::Finished));
-}
-
-// Memory that runs out in the middle of a transfer.
-TEST(Scheduler, ATransferWithoutMemoryFailsAndClosesItsConnection) {
-  struct : TransferProgress {
-    void BlockDone(TransferRecord& /*record*/) override { throw std::bad_alloc(); }
-  } progress;
-  EngineWorld world(Dialect(1));
-  WriteFile(world.served.File("f"), Pattern(10000));
-  TransferRecord record;
-  record.SetPaths({"/f", world.local.File("f")});
-  const TransferResult ended =
-      RunTaskTransfer(world.service, "fileservice", 8080, world.session.Key().sessid, record,
-                      &progress, &world.context->connections);
-  EXPECT_EQ(ended.code, result::kNotEncodable);
-  EXPECT_EQ(ended.systemError, ENOMEM);
-  EXPECT_EQ(record.state, TransferState::Failed);
-  EXPECT_TRUE(world.told->Until([&] { return world.peer.OpenConnections() == 1; }));
 }
 
 }  // namespace

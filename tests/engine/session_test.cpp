@@ -4,74 +4,27 @@
 
 #include <atomic>
 #include <chrono>
-#include <deque>
 #include <filesystem>
-#include <fstream>
 #include <thread>
 
-#include "peer/stand_in.h"
+#include "platform/posted_calls.h"
 #include "service/messages.h"
-#include "tests/support/environment.h"
-#include "tests/support/temporary_folder.h"
+#include "tests/support/service_world.h"
 
 namespace updown {
 namespace {
 
 using namespace std::chrono_literals;
-using peer::Fault;
 using Kind = peer::Fault::Kind;
 using End = SessionResult::End;
 namespace fs = std::filesystem;
 
-// The main thread's queue, pumped by the test.
-class Calls {
- public:
-  void Post(std::function<void()> call) {
-    {
-      const std::lock_guard lock(mutex_);
-      calls_.push_back(std::move(call));
-    }
-    posted_.notify_one();
-  }
-  template <typename Condition>
-  bool RunUntil(Condition reached, std::chrono::milliseconds limit = 10s) {
-    const auto end = std::chrono::steady_clock::now() + limit;
-    while (!reached()) {
-      std::unique_lock lock(mutex_);
-      if (!posted_.wait_until(lock, end, [this] { return !calls_.empty(); })) {
-        return false;
-      }
-      const auto call = std::move(calls_.front());
-      calls_.pop_front();
-      lock.unlock();
-      call();
-    }
-    return true;
-  }
-  void RunWaiting() {
-    RunUntil([] { return false; }, 1ms);
-  }
-
- private:
-  std::mutex mutex_;
-  std::condition_variable posted_;
-  std::deque<std::function<void()>> calls_;
-};
-
-class SessionTest : public ::testing::TestWithParam<int> {
+class SessionTest : public ::testing::TestWithParam<int>, protected test::ServiceWorld {
  protected:
-  SessionTest() {
-    launch.serverName = "fileservice";
-    options.root = served.Path();
-    options.dialect = GetParam();
-  }
+  explicit SessionTest(peer::Options options = test::Dialect(GetParam()))
+      : ServiceWorld(std::move(options)) {}
 
-  peer::StandIn& Serve() {
-    peer.emplace(options);
-    environment.emplace(peer->Environment());
-    return *peer;
-  }
-  Session& Start(SessionLimits limits = {}) {
+  void Start(SessionLimits limits = {}) {
     session.emplace(
         service, launch, [this](std::function<void()> call) { calls.Post(std::move(call)); },
         [this](const LoginRequest& request, LoginAsked answer) {
@@ -83,62 +36,47 @@ class SessionTest : public ::testing::TestWithParam<int> {
           }
         },
         [this] { ++granted; }, limits);
-    return *session;
   }
 
-  SessionResult Open(AskedBy by = AskedBy::Person) {
-    std::optional<SessionResult> result;
-    session->Open(by, [&](const SessionResult& given) { result = given; });
-    EXPECT_TRUE(calls.RunUntil([&] { return result.has_value(); }));
-    return result.value_or(SessionResult{});
-  }
-  ListingAnswer List(const std::string& path, ListAgain again = ListAgain::No) {
-    std::optional<ListingAnswer> result;
-    session->ListFolder(path, again, AskedBy::Person,
-                        [&](ListingAnswer given) { result = std::move(given); });
-    EXPECT_TRUE(calls.RunUntil([&] { return result.has_value(); }));
-    return result.value_or(ListingAnswer{});
-  }
-  template <typename Ask>
-  ChangeAnswer Change(Ask ask) {
-    std::optional<ChangeAnswer> result;
-    ask([&](const ChangeAnswer& given) { result = given; });
-    EXPECT_TRUE(calls.RunUntil([&] { return result.has_value(); }));
-    return result.value_or(ChangeAnswer{});
-  }
-  ChangeAnswer RemoveFile(const std::string& path) {
-    return Change([&](auto answer) { session->RemoveFile(path, answer); });
-  }
-  long Count(std::uint32_t message) const {
-    const auto requests = peer->Requests();
-    return std::count_if(requests.begin(), requests.end(),
-                         [message](const auto& seen) { return seen.message == message; });
-  }
-  void WaitForRequest(std::uint32_t message) {
-    ASSERT_TRUE(RunUntilSeen([&] { return Count(message) > 0; }));
-  }
-  // For what happens on other threads without a call to this one.
+  // Runs the main thread's queue.
   template <typename Condition>
-  bool RunUntilSeen(Condition reached) {
-    for (int i = 0; i < 1000 && !reached(); ++i) {
-      calls.RunUntil(reached, 10ms);
+  bool RunUntil(Condition reached) {
+    const auto end = std::chrono::steady_clock::now() + 10s;
+    while (!reached() && std::chrono::steady_clock::now() < end) {
+      std::this_thread::sleep_for(1ms);
+      calls.Run();
     }
     return reached();
   }
-  fs::path MakeFile(const std::string& path) const {
-    const fs::path file = fs::path(served.Path()) / path;
-    fs::create_directories(file.parent_path());
-    std::ofstream(file) << path;
-    return file;
+  bool WaitForRequest(std::uint32_t message) {
+    return RunUntil([&] { return Count(message) > 0; });
+  }
+  template <typename Answer, typename Ask>
+  Answer Await(Ask ask) {
+    std::optional<Answer> answer;
+    ask([&](Answer given) { answer = std::move(given); });
+    EXPECT_TRUE(RunUntil([&] { return answer.has_value(); }));
+    return answer.value_or(Answer{});
+  }
+  SessionResult Open(AskedBy by = AskedBy::Person) {
+    return Await<SessionResult>([&](auto answer) { session->Open(by, answer); });
+  }
+  ListingAnswer List(const std::string& path, ListAgain again = ListAgain::No) {
+    return Await<ListingAnswer>(
+        [&](auto answer) { session->ListFolder(path, again, AskedBy::Person, answer); });
+  }
+  ChangeAnswer RemoveFile(const std::string& path) {
+    return Await<ChangeAnswer>([&](auto answer) { session->RemoveFile(path, answer); });
+  }
+  ChangeAnswer RemovePackage(const std::string& path) {
+    return Await<ChangeAnswer>([&](auto answer) { session->RemovePackage(path, answer); });
+  }
+  void MakeFile(const fs::path& path) const {
+    fs::create_directories(served.File(path.parent_path()));
+    test::WriteFile(served.File(path), "bytes");
   }
 
-  test::TemporaryFolder served;
-  peer::Options options;
-  LaunchState launch;
-  FileService service;
-  std::optional<peer::StandIn> peer;
-  std::optional<test::ScopedEnvironment> environment;
-  Calls calls;
+  PostedCalls calls{[] {}};
   std::vector<LoginAnswer> answers;
   std::vector<LoginRequest> asked;
   bool leavePromptOpen = false;
@@ -146,145 +84,104 @@ class SessionTest : public ::testing::TestWithParam<int> {
   std::optional<Session> session;
 };
 
-TEST_P(SessionTest, LoginLoop) {
-  options.login = peer::Login{"an@n", "secret", "realm"};
+class LoginTest : public SessionTest {
+ protected:
+  LoginTest() : SessionTest(test::Dialect(GetParam(), 4096, {{"an@n", "secret", "realm"}})) {}
+
   const LoginAnswer right{u"an@n@realm", u"secret"};
+};
+
+TEST_P(LoginTest, IsAskedForUntilItIsRightOrGivenUp) {
   const LoginAnswer wrong{u"an@n@realm", u"wrong"};
-  struct Case {
-    const char* name;
-    std::vector<LoginAnswer> answers;
-    End end;
-    std::vector<bool> refused;
+  const std::pair<std::vector<LoginAnswer>, End> cases[] = {
+      {{wrong, {u"an", u"secret"}, right}, End::Done},
+      {{wrong}, End::NoLogin},
   };
-  const Case cases[] = {
-      {"right at once", {right}, End::Done, {false}},
-      {"given up", {}, End::NoLogin, {false}},
-      {"refused twice, then right",
-       {wrong, {u"an", u"secret"}, right},
-       End::Done,
-       {false, true, true}},
-      {"refused, then given up", {wrong}, End::NoLogin, {false, true}},
-  };
-  Serve();
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.name);
+  for (const auto& [given, end] : cases) {
+    const int done = end == End::Done ? 1 : 0;
     asked.clear();
-    answers = c.answers;
+    answers = given;
     granted = 0;
     Start();
-    EXPECT_EQ(Open().end, c.end);
-    ASSERT_EQ(asked.size(), c.refused.size());
+    EXPECT_EQ(Open().end, end);
+    ASSERT_EQ(asked.size(), done == 1 ? 3U : 2U);
     for (std::size_t i = 0; i < asked.size(); ++i) {
-      EXPECT_EQ(asked[i].refused, c.refused[i]);
-      EXPECT_EQ(asked[i].user, i == 0 ? u"" : c.answers[i - 1].user) << "the user name is kept";
+      EXPECT_EQ(asked[i].refused, i > 0);
+      EXPECT_EQ(asked[i].user, i == 0 ? u"" : given[i - 1].user) << "the user name is kept";
     }
-    EXPECT_EQ(granted, c.end == End::Done ? 1 : 0);
-    EXPECT_EQ(session->Key().grant, c.end == End::Done ? 1U : 0U);
+    EXPECT_EQ(granted, done);
+    EXPECT_EQ(session->Key().grant, done);
   }
   // Given up: the program alone does not ask again, a person does.
-  const std::size_t questions = asked.size();
   EXPECT_EQ(Open(AskedBy::Program).end, End::NoLogin);
-  EXPECT_EQ(asked.size(), questions);
+  EXPECT_EQ(asked.size(), 2U);
   EXPECT_EQ(Open(AskedBy::Person).end, End::NoLogin);
-  EXPECT_EQ(asked.size(), questions + 1);
+  ASSERT_EQ(asked.size(), 3U);
   EXPECT_FALSE(asked.back().refused) << "what was refused is not sent once more";
 }
 
-TEST_P(SessionTest, FailuresToOpenHaveTheirReport) {
-  struct Case {
-    const char* name;
-    Fault fault;
-    End end;
-    std::uint32_t report;
+TEST_P(LoginTest, FailuresToOpenHaveTheirReport) {
+  const std::pair<peer::Fault, std::uint32_t> cases[] = {
+      {{.kind = Kind::WrongCode, .message = message::kOpenSession, .code = reply::kBusy}, 61210},
+      {{.kind = Kind::DropBefore, .message = message::kOpenSession}, 8194},
+      {{.kind = Kind::DropBefore, .message = message::kAuthenticate, .times = 2}, 8194},
+      {{.kind = Kind::Stall, .message = message::kOpenSession}, 8194},
+      {{.kind = Kind::Stall, .message = 1}, 61205},
   };
-  const Case cases[] = {
-      {"busy",
-       {.kind = Kind::WrongCode, .message = message::kOpenSession, .code = reply::kBusy},
-       End::Failed,
-       61210},
-      {"cut off", {.kind = Kind::DropBefore, .message = message::kOpenSession}, End::Failed, 8194},
-      {"login cut off",
-       {.kind = Kind::DropBefore, .message = message::kAuthenticate, .times = 2},
-       End::Failed,
-       8194},
-      {"silent", {.kind = Kind::Stall, .message = message::kOpenSession}, End::Failed, 8194},
-      {"silent relay", {.kind = Kind::Stall, .message = 1}, End::Failed, 61205},
-  };
-  options.login = peer::Login{"an", "secret", ""};
-  answers = {{u"an", u"secret"}};
-  Serve();
+  answers = {right};
   Start({.opening = 500ms});
   EXPECT_TRUE(Open().Done()) << "the first answer settles the dialect";
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.name);
+  for (const auto& [fault, report] : cases) {
+    SCOPED_TRACE(report);
     session->Stop(10s);
     Start({.opening = 500ms});
-    peer->AddFault(c.fault);
+    peer.AddFault(fault);
     asked.clear();
     const SessionResult result = Open();
-    EXPECT_EQ(result.end, c.end);
-    EXPECT_EQ(result.report, c.report);
-    peer->ClearFaults();
+    EXPECT_EQ(result.end, End::Failed);
+    EXPECT_EQ(result.report, report);
+    peer.ClearFaults();
     EXPECT_TRUE(Open().Done()) << "the next one goes through";
   }
-  peer.reset();
-  Start({.opening = 500ms});
-  EXPECT_EQ(Open().report, 61205U);
 }
 
 // Each fault strikes a request on a connection that has stood idle before.
 TEST_P(SessionTest, ADeadConnectionIsReplacedOnce) {
-  const fs::path file = MakeFile("20081105093012/a.txt");
-  Serve();
+  MakeFile("20081105093012/a.txt");
   Start({.silence = 500ms});
   ASSERT_TRUE(Open().Done());
-  struct Case {
+  const std::uint32_t list = message::kList;
+  const struct {
     const char* name;
-    Fault fault;
+    peer::Fault fault;
     ListAgain again;
     End end;
+  } cases[] = {
+      {"dies", {Kind::DropBefore, list}, ListAgain::No, End::Done},
+      {"dies again", {Kind::DropBefore, list, 0, 2}, ListAgain::No, End::Failed},
+      {"falls silent", {Kind::Stall, list}, ListAgain::No, End::Done},
+      {"refused", {Kind::WrongCode, list, 0, 1, 32768 + 8}, ListAgain::Once, End::Done},
+      {"breaks off, twice", {Kind::CutListing, list, 0, 2}, ListAgain::Once, End::Failed},
+      {"makes no sense", {Kind::BadEntry, list, 0, 2}, ListAgain::Once, End::Failed},
   };
-  const std::uint32_t list = message::kList;
-  const Case cases[] = {
-      {"healthy", {.kind = Kind::DropBefore, .message = 1000}, ListAgain::No, End::Done},
-      {"dies", {.kind = Kind::DropBefore, .message = list}, ListAgain::No, End::Done},
-      {"dies again",
-       {.kind = Kind::DropBefore, .message = list, .times = 2},
-       ListAgain::No,
-       End::Failed},
-      {"falls silent", {.kind = Kind::Stall, .message = list}, ListAgain::No, End::Done},
-      {"refused",
-       {.kind = Kind::WrongCode, .message = list, .code = 32768 + 8},
-       ListAgain::Once,
-       End::Done},
-      {"breaks off, twice",
-       {.kind = Kind::CutListing, .message = list, .times = 2},
-       ListAgain::Once,
-       End::Failed},
-      {"makes no sense",
-       {.kind = Kind::BadEntry, .message = list, .times = 2},
-       ListAgain::Once,
-       End::Failed},
-  };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
-    peer->AddFault(c.fault);
+    peer.AddFault(c.fault);
     const ListingAnswer answer = List("/20081105093012", c.again);
     EXPECT_EQ(answer.result.end, c.end);
     EXPECT_EQ(answer.entries.empty(), c.end != End::Done);
-    peer->ClearFaults();
+    peer.ClearFaults();
     EXPECT_TRUE(Open().Done());
   }
   // The end of the connection is seen before the removal: it goes out on a new one.
-  peer->AddFault({.kind = Kind::DropAfter, .message = list});
+  peer.AddFault({.kind = Kind::DropAfter, .message = list});
   EXPECT_TRUE(List("/").result.Done());
   std::this_thread::sleep_for(50ms);
   EXPECT_TRUE(RemoveFile("/20081105093012/a.txt").result.Done());
-  EXPECT_FALSE(fs::exists(file));
+  EXPECT_FALSE(fs::exists(served.File("20081105093012/a.txt")));
   // A removal that was sent is not repeated.
-  MakeFile("20081105093012/b.txt");
-  peer->ForgetRequests();
-  peer->AddFault({.kind = Kind::DropBefore, .message = message::kRemoveFile});
+  peer.ForgetRequests();
+  peer.AddFault({.kind = Kind::DropBefore, .message = message::kRemoveFile});
   const ChangeAnswer dropped = RemoveFile("/20081105093012/b.txt");
   EXPECT_EQ(dropped.result.report, 8194U);
   EXPECT_TRUE(dropped.uncertain);
@@ -294,123 +191,103 @@ TEST_P(SessionTest, ADeadConnectionIsReplacedOnce) {
 TEST_P(SessionTest, RemovesAndRenamesPackages) {
   const std::string old = "20081105093012";
   const std::string renamed = "20081105093013";
-  for (const char* name : {".ini", "_Start.ini", "/"}) {
-    MakeFile(old + "/" + (name == std::string("/") ? "a.txt" : old + name));
-  }
-  Serve();
-  Start();
-  FolderRename rename{"/" + old, "/" + renamed, {}};
+  FolderRename rename{"/" + old, "/" + renamed, {{"missing.ini", "still missing.ini"}}};
   for (const char* ending : {".ini", "_Start.ini"}) {
+    MakeFile(old + "/" + old + ending);
     rename.files.push_back({old + ending, renamed + ending});
   }
-  rename.files.push_back({"missing.ini", "still missing.ini"});
-  const ChangeAnswer moved =
-      Change([&](auto answer) { session->Rename(rename, std::move(answer)); });
+  MakeFile(old + "/a.txt");
+  Start();
+  const auto moved =
+      Await<ChangeAnswer>([&](auto answer) { session->Rename(rename, std::move(answer)); });
   EXPECT_TRUE(moved.result.Done());
-  const fs::path folder = fs::path(served.Path()) / renamed;
-  EXPECT_TRUE(fs::exists(folder / (renamed + ".ini")));
-  EXPECT_TRUE(fs::exists(folder / (renamed + "_Start.ini")));
-  EXPECT_TRUE(fs::exists(folder / "a.txt"));
+  for (const std::string& name : {renamed + ".ini", renamed + "_Start.ini", std::string("a.txt")}) {
+    EXPECT_TRUE(fs::exists(served.File(renamed + "/" + name))) << name;
+  }
 
-  peer->AddFault(
+  peer.AddFault(
       {.kind = Kind::WrongCode, .message = message::kRemoveFile, .skip = 1, .code = 32775});
-  const auto remove = [&](auto answer) { session->RemovePackage("/" + renamed, answer); };
-  const ChangeAnswer refused = Change(remove);
+  const ChangeAnswer refused = RemovePackage("/" + renamed);
   EXPECT_EQ(refused.result.report, 8199U);
   EXPECT_TRUE(refused.uncertain) << "one file has gone";
   EXPECT_FALSE(refused.failedName.empty());
-  EXPECT_TRUE(Change(remove).result.Done());
-  EXPECT_FALSE(fs::exists(folder));
+  EXPECT_TRUE(RemovePackage("/" + renamed).result.Done());
+  EXPECT_FALSE(fs::exists(served.File(renamed)));
 
-  peer->ForgetRequests();
+  peer.ForgetRequests();
   const std::string tooLong = "/" + std::string(260, 'x');
   EXPECT_EQ(List(tooLong).result.report, 8195U);
   EXPECT_EQ(RemoveFile(tooLong).result.report, 8195U);
-  EXPECT_TRUE(peer->Requests().empty());
+  EXPECT_TRUE(peer.Requests().empty());
 }
 
 TEST_P(SessionTest, CancelAndDrop) {
-  MakeFile("a.txt");
-  Serve();
   Start();
   ASSERT_TRUE(Open().Done());
-  peer->AddFault({.kind = Kind::Stall, .message = message::kList});
+  peer.AddFault({.kind = Kind::Stall, .message = message::kList});
   std::vector<std::string> answered;
-  const auto note = [&](const char* name) {
-    return [&answered, name](const ListingAnswer& answer) {
+  const auto list = [&](const std::string& name, ListAgain again) {
+    return session->ListFolder("/", again, AskedBy::Person, [&, name](const ListingAnswer& answer) {
       answered.push_back(name + std::to_string(static_cast<int>(answer.result.end)));
-    };
+    });
   };
-  session->ListFolder("/", ListAgain::Once, AskedBy::Person, note("stalled "));
-  const auto dropped = session->ListFolder("/", ListAgain::No, AskedBy::Person, note("dropped "));
-  session->ListFolder("/", ListAgain::No, AskedBy::Person, note("waiting "));
-  WaitForRequest(message::kList);
+  list("stalled ", ListAgain::Once);
+  const auto dropped = list("dropped ", ListAgain::No);
+  list("waiting ", ListAgain::No);
+  ASSERT_TRUE(WaitForRequest(message::kList));
   session->Drop(dropped);
   session->Cancel();
-  EXPECT_TRUE(calls.RunUntil([&] { return !session->Busy(); }));
+  EXPECT_TRUE(RunUntil([&] { return !session->Busy(); }));
   EXPECT_EQ(answered, (std::vector<std::string>{"stalled 2", "waiting 2"}));
   EXPECT_TRUE(List("/").result.Done()) << "what is asked later goes on";
 
-  peer->ForgetRequests();
-  peer->AddFault({.kind = Kind::Stall, .message = message::kRemoveFile});
+  peer.AddFault({.kind = Kind::Stall, .message = message::kRemoveFile});
   std::optional<ChangeAnswer> removal;
   session->RemoveFile("/a.txt", [&](const ChangeAnswer& answer) { removal = answer; });
-  WaitForRequest(message::kRemoveFile);
+  ASSERT_TRUE(WaitForRequest(message::kRemoveFile));
   session->Cancel();
-  EXPECT_TRUE(calls.RunUntil([&] { return removal.has_value(); }));
+  ASSERT_TRUE(RunUntil([&] { return removal.has_value(); }));
   EXPECT_EQ(removal->result.end, End::Cancelled);
   EXPECT_TRUE(removal->uncertain);
 }
 
 // For a listing that never comes.
 TEST_P(SessionTest, AWorkerThatIsToldToStopDoesNotWait) {
-  Serve();
   Start();
-  EXPECT_EQ(session->Key().grant, 0U);
   ASSERT_TRUE(Open().Done());
-  EXPECT_FALSE(session->Key().sessid.empty());
-  peer->AddFault({.kind = Kind::Stall, .message = message::kList});
+  peer.AddFault({.kind = Kind::Stall, .message = message::kList});
   std::optional<ListingAnswer> listing;
   std::jthread worker([&](const std::stop_token& stop) { listing = session->List("/", stop); });
-  WaitForRequest(message::kList);
+  ASSERT_TRUE(WaitForRequest(message::kList));
   worker.request_stop();
   worker.join();
   EXPECT_EQ(listing->result.end, End::Cancelled);
 }
 
-TEST_P(SessionTest, EndsAtOnceInEveryStall) {
-  options.login = peer::Login{"an", "secret", ""};
-  answers = {{u"an", u"secret"}};
+TEST_P(LoginTest, EndsAtOnceInEveryStall) {
+  constexpr std::uint32_t kPrompt = 9999;  // no message
   MakeFile("20081105093012/a.txt");
-  Serve();
   for (const std::uint32_t stalled : {1U, 2U, message::kOpenSession, message::kAuthenticate,
-                                      message::kList, message::kRemoveFile, 0U}) {
+                                      message::kList, message::kRemoveFile, kPrompt}) {
     SCOPED_TRACE(stalled);
-    peer->ForgetRequests();
-    peer->ClearFaults();
+    peer.ForgetRequests();
+    peer.ClearFaults();
+    peer.AddFault({.kind = Kind::Stall, .message = stalled});
     asked.clear();
-    leavePromptOpen = stalled == 0;
-    if (leavePromptOpen) {
-      answers.clear();
-    } else {
-      peer->AddFault({.kind = Kind::Stall, .message = stalled});
-    }
+    leavePromptOpen = stalled == kPrompt;
+    answers.assign(leavePromptOpen ? 0 : 1, right);
     Start();
     bool answered = false;
     session->RemovePackage("/20081105093012", [&](const ChangeAnswer&) { answered = true; });
-    ASSERT_TRUE(
-        RunUntilSeen([&] { return leavePromptOpen ? !asked.empty() : Count(stalled) > 0; }));
-    const auto began = std::chrono::steady_clock::now();
-    EXPECT_TRUE(session->Stop(10s));
-    EXPECT_LT(std::chrono::steady_clock::now() - began, 1s);
+    ASSERT_TRUE(RunUntil([&] { return leavePromptOpen ? !asked.empty() : Count(stalled) > 0; }));
+    EXPECT_TRUE(session->Stop(1s));
     session.reset();
-    calls.RunWaiting();
+    calls.Run();
     EXPECT_FALSE(answered) << "nothing comes after the end";
   }
 }
 
 TEST_P(SessionTest, ManyStartsAndEnds) {
-  Serve();
   for (int i = 0; i < 1000; ++i) {
     Start();
     session->ListFolder("/", ListAgain::Once, AskedBy::Program, [](const ListingAnswer&) {});
@@ -426,6 +303,7 @@ TEST_P(SessionTest, ManyStartsAndEnds) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Dialects, SessionTest, ::testing::Values(1, 2));
+INSTANTIATE_TEST_SUITE_P(Dialects, LoginTest, ::testing::Values(1, 2));
 
 }  // namespace
 }  // namespace updown

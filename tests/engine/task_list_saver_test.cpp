@@ -5,7 +5,6 @@
 #include <condition_variable>
 #include <deque>
 #include <mutex>
-#include <optional>
 
 #include "engine/kept_tasks.h"
 #include "service/result_codes.h"
@@ -20,39 +19,34 @@ using Clock = std::chrono::steady_clock;
 constexpr milliseconds kPatience{20000};
 
 std::vector<StoredRecord> Snapshot(std::uint32_t id) {
-  StoredRecord record;
-  record.recordId = id;
-  return {record};
+  return {StoredRecord{.paths = {}, .recordId = id}};
 }
 
 // A disk whose writes begin, and end with a result, as the test says.
 class Disk {
  public:
   int Write(std::span<const StoredRecord> records) {
+    Add(begun_, records.front().recordId);
     std::unique_lock lock(mutex_);
-    begun_.push_back(records.front().recordId);
-    changed_.notify_all();
-    changed_.wait_for(lock, kPatience, [this] { return !results_.empty(); });
-    const int result = results_.empty() ? -1 : results_.front();
-    if (!results_.empty()) {
-      results_.pop_front();
+    if (!changed_.wait_for(lock, kPatience, [this] { return !results_.empty(); })) {
+      return -1;
     }
+    const int result = results_.front();
+    results_.pop_front();
     return result;
   }
-  void Report(int error) {
-    const std::lock_guard lock(mutex_);
-    reports_.push_back(error);
-    changed_.notify_all();
-  }
-  void Answer(int result) {
-    const std::lock_guard lock(mutex_);
-    results_.push_back(result);
-    changed_.notify_all();
-  }
-  bool WaitForWrites(std::vector<std::uint32_t> wanted) { return WaitFor(begun_, wanted); }
-  bool WaitForReports(std::vector<int> wanted) { return WaitFor(reports_, wanted); }
+  void Report(int error) { Add(reports_, error); }
+  void Answer(int result) { Add(results_, result); }
+  bool WaitForWrites(std::deque<std::uint32_t> wanted) { return WaitFor(begun_, wanted); }
+  bool WaitForReports(std::deque<int> wanted) { return WaitFor(reports_, wanted); }
 
  private:
+  template <typename Values, typename Value>
+  void Add(Values& values, Value value) {
+    const std::lock_guard lock(mutex_);
+    values.push_back(value);
+    changed_.notify_all();
+  }
   template <typename Values>
   bool WaitFor(const Values& values, const Values& wanted) {
     std::unique_lock lock(mutex_);
@@ -61,51 +55,49 @@ class Disk {
 
   std::mutex mutex_;
   std::condition_variable changed_;
+  std::deque<std::uint32_t> begun_;
   std::deque<int> results_;
-  std::vector<std::uint32_t> begun_;
-  std::vector<int> reports_;
+  std::deque<int> reports_;
 };
 
-struct World {
-  explicit World(milliseconds retry) {
-    saver.emplace([this](auto records) { return disk.Write(records); },
-                  [this](int error) { disk.Report(error); }, retry);
-  }
-  Disk disk;
-  std::optional<TaskListSaver> saver;
+struct World : Disk {
+  explicit World(milliseconds retry)
+      : saver([this](auto records) { return Write(records); }, [this](int error) { Report(error); },
+              retry) {}
+  TaskListSaver saver;
 };
 
 TEST(TaskListSaver, WritesTheNewestAndRepeatsWhatFails) {
   World world(milliseconds(1));
-  world.saver->Save(Snapshot(1));
-  ASSERT_TRUE(world.disk.WaitForWrites({1}));
-  world.saver->Save(Snapshot(2));
-  world.saver->Save(Snapshot(3));
-  world.disk.Answer(0);
-  ASSERT_TRUE(world.disk.WaitForWrites({1, 3}));
-  world.disk.Answer(ENOSPC);
-  ASSERT_TRUE(world.disk.WaitForWrites({1, 3, 3}));
-  world.saver->Save(Snapshot(4));
-  world.disk.Answer(EACCES);  // told once, whatever the reason becomes
-  ASSERT_TRUE(world.disk.WaitForWrites({1, 3, 3, 4}));
-  world.disk.Answer(0);
-  EXPECT_TRUE(world.disk.WaitForReports({ENOSPC, 0}));
-  EXPECT_TRUE(world.saver->Finish(Clock::now() + kPatience));
+  world.saver.Save(Snapshot(1));
+  ASSERT_TRUE(world.WaitForWrites({1}));
+  world.saver.Save(Snapshot(2));
+  world.saver.Save(Snapshot(3));
+  world.Answer(0);
+  ASSERT_TRUE(world.WaitForWrites({1, 3}));
+  world.Answer(ENOSPC);
+  ASSERT_TRUE(world.WaitForWrites({1, 3, 3}));
+  world.saver.Save(Snapshot(4));
+  world.Answer(EACCES);  // told once, whatever the reason becomes
+  ASSERT_TRUE(world.WaitForWrites({1, 3, 3, 4}));
+  world.Answer(0);
+  EXPECT_TRUE(world.WaitForReports({ENOSPC, 0}));
+  EXPECT_TRUE(world.saver.Finish(Clock::now() + kPatience));
 }
 
 // The pause behind a failure does not hold up the end, and a last try is made.
 TEST(TaskListSaver, TheEndWaitsForTheLastSnapshot) {
   for (const bool full : {true, false}) {
     World world(kPatience);
-    world.disk.Answer(ENOSPC);
-    world.disk.Answer(full ? ENOSPC : 0);
-    world.saver->Save(Snapshot(1));
-    ASSERT_TRUE(world.disk.WaitForReports({ENOSPC}));
-    EXPECT_EQ(world.saver->Finish(Clock::now() + kPatience), !full);
-    EXPECT_TRUE(world.disk.WaitForWrites({1, 1}));
-    EXPECT_TRUE(world.disk.WaitForReports({ENOSPC})) << "nobody is told behind the end";
+    world.Answer(ENOSPC);
+    world.Answer(full ? ENOSPC : 0);
+    world.saver.Save(Snapshot(1));
+    ASSERT_TRUE(world.WaitForReports({ENOSPC}));
+    EXPECT_EQ(world.saver.Finish(Clock::now() + kPatience), !full);
+    EXPECT_TRUE(world.WaitForWrites({1, 1}));
+    EXPECT_TRUE(world.WaitForReports({ENOSPC})) << "nobody is told behind the end";
   }
-  EXPECT_TRUE(World(kPatience).saver->Finish(Clock::now())) << "nothing was ever to be saved";
+  EXPECT_TRUE(World(kPatience).saver.Finish(Clock::now())) << "nothing was ever to be saved";
 }
 
 TEST(TaskListSaver, AWriteThatHangsIsLeftBehind) {
@@ -140,10 +132,7 @@ TEST(KeptTasks, FetchesOfHeadersAreNeitherStoredNorRestored) {
   std::filesystem::create_directories(cache.Root());
   test::WriteFile(cache.PathOf("cut.ini"), "[Tall");
   const auto record = [](std::uint32_t id, const std::string& target) {
-    StoredRecord stored;
-    stored.recordId = id;
-    stored.paths = {"/x", target};
-    return stored;
+    return StoredRecord{.paths = {"/x", target}, .recordId = id};
   };
   // The second cache is the one that the identity had in an earlier version.
   RecordList records = RestoredRecords(

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <ctime>
 #include <filesystem>
+#include <utility>
 
 #include "tests/support/temporary_folder.h"
 
@@ -32,13 +33,10 @@ class Tasks : public ::testing::Test {
 };
 
 TEST_F(Tasks, NumbersAreTheLowestFreeOnes) {
-  EXPECT_EQ(store.NextRecordId(), 1U);
   Add("/1");
-  const TaskPointer second = Add("/2");
-  Add("/3");
-  store.RemoveTask(second->id);
-  EXPECT_EQ(store.NextRecordId(), 2U);
-  AddStored(2, 0, false);
+  store.RemoveTask(Add("/2")->id);
+  AddStored(3, 0, false);
+  EXPECT_EQ(Add("/3")->record->recordId, 2U);
   EXPECT_EQ(Add("/4")->record->recordId, 4U);
 }
 
@@ -59,12 +57,8 @@ TEST_F(Tasks, DuplicatesByCaseEndAndFolder) {
     EXPECT_EQ(store.IsDuplicate(wanted), duplicate) << existing;
     store.RemoveTask(task->id);
   }
-  const TaskPointer task = Add("/x");
-  for (const TransferState state :
-       {TransferState::Stopped, TransferState::Finished, TransferState::Failed}) {
-    task->record->state = state;
-    EXPECT_TRUE(store.IsDuplicate("/x"));
-  }
+  Add("/x")->record->state = TransferState::Finished;
+  EXPECT_TRUE(store.IsDuplicate("/x"));
   Add("/header", false);
   EXPECT_FALSE(store.IsDuplicate("/header")) << "the program's own";
   AddStored(9, 4, false)->SetPaths({"/child", "/c"});
@@ -107,57 +101,48 @@ TEST_F(Tasks, DraftsThatDoNotFitMakeNothing) {
 }
 
 TEST_F(Tasks, OnlyUnfinishedKeptTasksMeetTheLimit) {
-  const TaskPointer first = Add("/0");
-  Add("/hidden", false);
-  for (const char* path : {"/1", "/2", "/3"}) {
+  Add("/header", false);
+  Add("/whole")->record->state = TransferState::Finished;
+  for (const char* path : {"/1", "/2", "/3", "/4", "/5"}) {
+    EXPECT_FALSE(store.StreamLimitReached());
     Add(path)->record->state = TransferState::Failed;
   }
-  EXPECT_FALSE(store.StreamLimitReached());
-  Add("/4");
   EXPECT_TRUE(store.StreamLimitReached());
-  first->record->state = TransferState::Finished;
-  EXPECT_FALSE(store.StreamLimitReached());
 }
 
 TEST_F(Tasks, RestoreMakesATaskForEachTopRecordInOrder) {
-  std::vector<TaskId> announced;
-  const auto announce = [&](TaskId task) {
-    EXPECT_EQ(store.Find(task), nullptr) << "before a worker can know it";
-    announced.push_back(task);
-  };
-  AddStored(3, 0, true)->state = TransferState::Failed;
+  const auto failed = AddStored(3, 0, true);
+  failed->state = TransferState::Failed;
   const auto file = AddStored(1, 0, false);
   const auto child = AddStored(7, 5, false);
   const auto folder = AddStored(5, 0, true);
   AddStored(8, 5, false);
   const auto doubled = AddStored(5, 0, true);
-
-  EXPECT_TRUE(store.RestoreTasks(announce));
-  EXPECT_FALSE(store.RestoreTasks(announce));
   std::vector<TaskId> ids;
-  queue->ForEach([&ids](const TransferTask& task) { ids.push_back(task.id); });
-  ASSERT_EQ(ids.size(), 4U);
-  EXPECT_EQ(announced, ids);
-  std::vector<TaskPointer> tasks;
+  EXPECT_TRUE(store.RestoreTasks([&](TaskId task) {
+    EXPECT_EQ(store.Find(task), nullptr) << "before a worker can know it";
+    ids.push_back(task);
+  }));
+  EXPECT_FALSE(store.RestoreTasks(nullptr));
+  std::vector<std::shared_ptr<TransferRecord>> records, children;
   for (const TaskId id : ids) {
-    tasks.push_back(store.Find(id));
+    records.push_back(store.Find(id)->record);
+    children.push_back(store.Find(id)->childRecord);
   }
-  const TransferRecord& made = *tasks[0]->childRecord;
-  EXPECT_EQ(made.parentRecordId, 3U);
-  EXPECT_EQ(made.state, TransferState::Failed);
-  EXPECT_EQ(tasks[1]->record, file);
-  EXPECT_EQ(tasks[1]->childRecord, nullptr);
-  EXPECT_EQ(tasks[2]->childRecord, child);
-  EXPECT_EQ(tasks[3]->record, doubled);
+  ASSERT_EQ(records, (std::vector{failed, file, folder, doubled}));
+  EXPECT_EQ(children[0]->parentRecordId, 3U);
+  EXPECT_EQ(children[0]->state, TransferState::Failed);
+  EXPECT_EQ(children[1], nullptr);
+  EXPECT_EQ(children[2], child);
   EXPECT_NE(doubled->recordId, folder->recordId);
-  EXPECT_EQ(tasks[3]->childRecord->parentRecordId, doubled->recordId);
+  EXPECT_EQ(children[3]->parentRecordId, doubled->recordId);
   EXPECT_EQ(store.Records().size(), 8U);
-  EXPECT_EQ(queue->NextRunnableTask(), tasks[1]);
+  EXPECT_EQ(queue->NextRunnableTask()->id, ids[1]);
 
-  store.RemoveTask(tasks[2]->id);
+  store.RemoveTask(ids[2]);
   EXPECT_EQ(store.Find(ids[2]), nullptr);
   EXPECT_EQ(store.Records().size(), 6U);
-  EXPECT_EQ(tasks[2]->record->state, TransferState::Stopped) << "its worker would run on";
+  EXPECT_EQ(folder->state, TransferState::Stopped) << "its worker would run on";
 }
 
 // What the user says while a worker runs, and what follows the worker's end.
@@ -165,13 +150,11 @@ TEST_F(Tasks, TheLastWordCounts) {
   using enum TransferState;
   const struct {
     const char* words;  // Pause, Resume, reDo
-    TransferState during, after;
+    TransferState after;
     bool fromNothing;
   } cases[] = {
-      {"p", Stopped, Stopped, false},   {"pr", Stopped, Queued, false},
-      {"prp", Stopped, Stopped, false}, {"d", Stopped, Queued, true},
-      {"dp", Stopped, Stopped, true},   {"dpr", Stopped, Queued, true},
-      {"r", Queued, Queued, false},
+      {"p", Stopped, false}, {"pr", Queued, false}, {"prp", Stopped, false}, {"d", Queued, true},
+      {"dp", Stopped, true}, {"dpr", Queued, true}, {"r", Queued, false},
   };
   const test::TemporaryFolder folder;
   for (const auto& c : cases) {
@@ -185,7 +168,7 @@ TEST_F(Tasks, TheLastWordCounts) {
       word == 'p' ? store.Pause(task->id)
                   : void(word == 'r' ? store.Resume(task->id) : store.Redo(task->id));
     }
-    EXPECT_EQ(task->record->state, c.during) << c.words;
+    EXPECT_EQ(task->record->state, *c.words == 'r' ? Queued : Stopped) << c.words;
     EXPECT_EQ(queue->NextRunnableTask(), nullptr);
     task->EndRun();
     queue->MakeReady(task->id);
@@ -201,7 +184,7 @@ TEST_F(Tasks, TheLastWordCounts) {
 TEST_F(Tasks, FilesAreRemovedElsewhere) {
   const test::TemporaryFolder folder;
   const std::string file = folder.File("f");
-  const TaskPointer task = store.AddDownload({"f", "/f", "server", 80}, file, true);
+  TaskPointer task = store.AddDownload({"f", "/f", "server", 80}, file, true);
   test::WriteFile(file, "part");
   task->record->doneBytes = 4;
   task->record->state = TransferState::Failed;
@@ -220,18 +203,17 @@ TEST_F(Tasks, FilesAreRemovedElsewhere) {
   queue->EndRuns();
   EXPECT_FALSE(std::filesystem::exists(file));
   EXPECT_FALSE(store.IsTargetInUse(file));
+  const std::weak_ptr<TransferTask> left = std::exchange(task, nullptr);
+  EXPECT_TRUE(left.expired());
 }
 
 TEST_F(Tasks, OneAtATimeWritesATarget) {
-  const auto stored = [this](std::uint32_t id, TransferState state) {
-    const auto record = AddStored(id, 0, false);
-    record->SetPaths({"/remote" + std::to_string(id), "/local/f"});
-    record->state = state;
+  const auto first = AddStored(1, 0, false);
+  const auto second = AddStored(2, 0, false);
+  for (const auto& record : {first, second}) {
+    record->SetPaths({"/remote", "/local/f"});
     record->doneBytes = 4;
-    return record;
-  };
-  const auto first = stored(1, TransferState::Queued);
-  const auto second = stored(2, TransferState::Queued);
+  }
   std::vector<TaskId> ids;
   store.RestoreTasks([&](TaskId id) { ids.push_back(id); });
   EXPECT_EQ(first->state, TransferState::Queued);
@@ -249,6 +231,7 @@ TEST_F(Tasks, OneAtATimeWritesATarget) {
 }
 
 TEST_F(Tasks, TheUsersGoBeforeHeaders) {
+  Add("/paused")->record->state = TransferState::Stopped;
   const TaskPointer first = Add("/header", false);
   const TaskPointer second = Add("/header2", false);
   const TaskPointer user = Add("/user");
@@ -261,14 +244,11 @@ TEST_F(Tasks, TheUsersGoBeforeHeaders) {
 
 TEST_F(Tasks, ATargetIsInUseUntilItsWorkerHasEnded) {
   const TaskPointer task = Add("/x");
-  EXPECT_TRUE(store.IsTargetInUse("/local"));
-  EXPECT_FALSE(store.IsTargetInUse("/local/inside"));
-  task->isFolder = true;
-  EXPECT_TRUE(store.IsTargetInUse("/local/inside"));
   task->BeginRun();
   store.RemoveTask(task->id);
   EXPECT_TRUE(task->Run()->Stopping());
   EXPECT_TRUE(store.IsTargetInUse("/local"));
+  EXPECT_FALSE(store.IsTargetInUse("/local/inside"));
   task->EndRun();
   EXPECT_FALSE(store.IsTargetInUse("/local"));
 }
@@ -307,18 +287,17 @@ TEST_F(Tasks, CostsDoNotGrowWithTheirNumber) {
 }
 
 TEST_F(Tasks, StopReachesRunningTasksAlone) {
+  using enum TransferState;
   const TaskPointer waiting = Add("/waiting");
   const TaskPointer running = Add("/running");
   const TaskPointer failed = Add("/failed");
-  running->childRecord = std::make_shared<TransferRecord>();
   running->BeginRun();
   failed->BeginRun();
-  failed->record->state = TransferState::Failed;
+  failed->record->state = Failed;
   queue->StopRunningTasks();
-  EXPECT_EQ(waiting->record->state, TransferState::Queued);
-  EXPECT_EQ(running->record->state, TransferState::Stopped);
-  EXPECT_EQ(running->childRecord->state, TransferState::Stopped);
-  EXPECT_EQ(failed->record->state, TransferState::Failed);
+  EXPECT_EQ(waiting->record->state, Queued);
+  EXPECT_EQ(running->record->state, Stopped);
+  EXPECT_EQ(failed->record->state, Failed);
 }
 
 }  // namespace

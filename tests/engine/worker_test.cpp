@@ -15,12 +15,11 @@
 namespace updown {
 namespace {
 
-using peer::Fault;
+using Kind = peer::Fault::Kind;
 using test::Dialect;
 using test::EngineWorld;
 using test::Pattern;
 using test::ReadFile;
-using test::WriteFile;
 
 constexpr std::chrono::hours kForEver{1};
 constexpr std::chrono::milliseconds kShortSilence{150};
@@ -46,14 +45,7 @@ std::size_t ResidentBytes() {
 
 class Workers : public ::testing::TestWithParam<int> {
  protected:
-  TaskPointer Serve() {
-    WriteFile(world.served.File("f"), bytes);
-    return world.Fetch("f");
-  }
-  void Fault(Fault::Kind kind, std::uint32_t message, std::uint32_t skip, std::uint32_t times,
-             std::uint32_t code = 0) {
-    world.peer.AddFault({kind, message, skip, times, code});
-  }
+  TaskPointer Serve() { return world.ServeAndFetch(bytes); }
 
   EngineWorld world{Dialect(GetParam())};
   const std::string bytes = Pattern(40000);  // ten blocks
@@ -73,43 +65,37 @@ TEST_P(Workers, AForgottenSessionIsRenewedOnceForAll) {
   EXPECT_EQ(world.session.Key().grant, 2U);
 
   // Refused with the new one too.
-  world.told->outcomes.clear();
-  Fault(Fault::Kind::WrongCode, message::kAttachSession, 0, 0, 0x8006);
-  world.Redo(tasks[0]);
-  EXPECT_TRUE(world.told->Until([&] { return !world.told->outcomes.empty(); }));
+  world.peer.AddFault({Kind::WrongCode, message::kAttachSession, 0, 0, 0x8006});
+  world.store->Redo(tasks[0]->id);
   EXPECT_TRUE(world.WaitForState(*tasks[0], TransferState::Failed));
   EXPECT_EQ(world.told->last.code, result::kAuthentication);
   EXPECT_EQ(world.session.Key().grant, 3U);
 }
 
 TEST_P(Workers, FaultsEndAsTheyShouldAndLeaveNothingBehind) {
-  using FaultKind = Fault::Kind;
   const int offsets = GetParam() == 1 ? result::kOk : result::kNotDecodable;  // told in dialect 2
   const struct {
-    FaultKind kind;
-    std::uint32_t message, skip, times;
-    int waits;
-    int code;
-    std::uint32_t by = 0;
+    peer::Fault fault;
+    int waits, code;
   } cases[] = {
-      {FaultKind::DropBefore, message::kReadBlock, 0, 1, 0, result::kConnection},
-      {FaultKind::DropBefore, message::kAttachSession, 0, 1, 0, result::kConnection},
-      {FaultKind::DropAfter, message::kReadBlock, 0, 1, 1, result::kOk},
-      {FaultKind::DropBefore, message::kReadBlock, 3, 2, 2, result::kOk},
-      {FaultKind::DropInside, message::kReadBlock, 3, 3, 2, result::kConnection},
-      {FaultKind::DropAfter, message::kReadBlock, 1, 6, 6, result::kOk},
-      {FaultKind::EmptyBlock, message::kReadBlock, 3, 1, 0, result::kNotDecodable},
-      {FaultKind::BadList, message::kFileInformation, 0, 1, 0, result::kNotDecodable},
-      {FaultKind::LongBlock, message::kReadBlock, 9, 1, 0, result::kNotDecodable, 100000},
-      {FaultKind::WrongOffset, message::kReadBlock, 3, 1, 0, offsets, 1},
-      {FaultKind::WrongOffset, message::kReadBlock, 3, 1, 0, offsets, 0xFFFFF000},
+      {{Kind::DropBefore, message::kReadBlock, 0, 1}, 0, result::kConnection},
+      {{Kind::DropBefore, message::kAttachSession, 0, 1}, 0, result::kConnection},
+      {{Kind::DropAfter, message::kReadBlock, 0, 1}, 1, result::kOk},
+      {{Kind::DropBefore, message::kReadBlock, 3, 2}, 2, result::kOk},
+      {{Kind::DropInside, message::kReadBlock, 3, 3}, 2, result::kConnection},
+      {{Kind::DropAfter, message::kReadBlock, 1, 6}, 6, result::kOk},
+      {{Kind::EmptyBlock, message::kReadBlock, 3, 1}, 0, result::kNotDecodable},
+      {{Kind::BadList, message::kFileInformation, 0, 1}, 0, result::kNotDecodable},
+      {{Kind::LongBlock, message::kReadBlock, 9, 1, 100000}, 0, result::kNotDecodable},
+      {{Kind::WrongOffset, message::kReadBlock, 3, 1, 1}, 0, offsets},
+      {{Kind::WrongOffset, message::kReadBlock, 3, 1, 0xFFFFF000}, 0, offsets},
       // Silence; told apart from a drop, and seen in the first round alone, since it takes its
       // time.
-      {FaultKind::Stall, message::kAttachSession, 0, 1, 0, result::kConnection},
-      {FaultKind::Stall, message::kFileInformation, 0, 1, 0, result::kConnection},
-      {FaultKind::Stall, message::kReadBlock, 0, 1, 0, result::kConnection},
-      {FaultKind::Stall, message::kReadBlock, 3, 1, 1, result::kOk},
-      {FaultKind::Stall, message::kReadBlock, 3, 3, 2, result::kConnection},
+      {{Kind::Stall, message::kAttachSession, 0, 1}, 0, result::kConnection},
+      {{Kind::Stall, message::kFileInformation, 0, 1}, 0, result::kConnection},
+      {{Kind::Stall, message::kReadBlock, 0, 1}, 0, result::kConnection},
+      {{Kind::Stall, message::kReadBlock, 3, 1}, 1, result::kOk},
+      {{Kind::Stall, message::kReadBlock, 3, 3}, 2, result::kConnection},
   };
   const TaskPointer task = Serve();
   world.Start();
@@ -120,32 +106,27 @@ TEST_P(Workers, FaultsEndAsTheyShouldAndLeaveNothingBehind) {
   for (int round = 0; round < 20; ++round) {
     world.peer.ForgetRequests();
     memory = round == 2 ? ResidentBytes() : memory;  // warm by then
-    for (const auto& c : cases) {
-      const bool silent = c.kind == FaultKind::Stall;
+    for (const auto& [fault, waits, code] : cases) {
+      const bool silent = fault.kind == Kind::Stall;
       if (silent && round > 0) {
         continue;
       }
       world.context->silence = silent ? kShortSilence : kTransferSilence;
-      world.told->Until([&] {
-        world.told->outcomes.clear();
-        world.told->waits = 0;
-        return true;
-      });
-      Fault(c.kind, c.message, c.skip, c.times, c.by);
-      world.Redo(task);
-      ASSERT_TRUE(world.told->Until([&] { return !world.told->outcomes.empty(); }));
-      const bool good = c.code == result::kOk;
+      world.told->waits = 0;
+      world.peer.AddFault(fault);
+      world.store->Redo(task->id);
+      const bool good = code == result::kOk;
       ASSERT_TRUE(
           world.WaitForState(*task, good ? TransferState::Finished : TransferState::Failed));
-      EXPECT_EQ(world.told->waits, c.waits) << c.skip << ' ' << c.times;
-      EXPECT_EQ(world.told->last.code, c.code);
-      EXPECT_EQ(task->record->systemError, c.code != result::kConnection ? 0
-                                           : silent                      ? ETIMEDOUT
-                                                                         : ECONNRESET);
+      EXPECT_EQ(world.told->waits, waits) << fault.skip << ' ' << fault.times;
+      EXPECT_EQ(world.told->last.code, code);
+      EXPECT_EQ(task->record->systemError, code != result::kConnection ? 0
+                                           : silent                    ? ETIMEDOUT
+                                                                       : ECONNRESET);
       world.peer.ClearFaults();
       world.context->silence = kTransferSilence;
       if (!good) {
-        world.Run(task);
+        world.store->Resume(task->id);
         ASSERT_TRUE(world.WaitForState(*task, TransferState::Finished));
       }
       ASSERT_TRUE(ReadFile(world.local.File("f")) == bytes);
@@ -159,31 +140,26 @@ TEST_P(Workers, FaultsEndAsTheyShouldAndLeaveNothingBehind) {
       << " of " << descriptors << ", " << Entries("/proc/self/task") << " of " << threads;
 }
 
-// Wherever a worker waits, Pause, Redo and Delete end it, and nothing of it stays.
+// Wherever a worker waits, Redo and Delete end it, and nothing of it stays.
 TEST_P(Workers, EndWhenTheyAreTold) {
+  world.Start();
   for (const std::uint32_t stalled :
        {message::kAttachSession, message::kFileInformation, message::kReadBlock}) {
-    world.peer.ForgetRequests();
-    Fault(Fault::Kind::Stall, stalled, 0, 0);
-    const TaskPointer task = Serve();
-    if (!world.scheduler) {
-      world.Start();
-    }
-    const auto isStalled = [&] { return world.Count(stalled) > 0; };
-    ASSERT_TRUE(world.told->Until(isStalled)) << stalled;
-    world.peer.ClearFaults();
-    world.Redo(task);
-    ASSERT_TRUE(world.WaitForState(*task, TransferState::Finished)) << stalled;
+    SCOPED_TRACE(stalled);
+    world.Silence(stalled);
+    TaskPointer task = Serve();
+    ASSERT_TRUE(world.WaitForSilence(stalled));
+    world.store->Redo(task->id);
+    ASSERT_TRUE(world.WaitForState(*task, TransferState::Finished));
     EXPECT_TRUE(ReadFile(world.local.File("f")) == bytes);
 
-    world.peer.ForgetRequests();
-    Fault(Fault::Kind::Stall, stalled, 0, 0);
-    world.Redo(task);
-    ASSERT_TRUE(world.told->Until(isStalled)) << stalled;
+    world.Silence(stalled);
+    world.store->Redo(task->id);
+    ASSERT_TRUE(world.WaitForSilence(stalled));
     world.store->RemoveTask(task->id, TaskStore::LocalFiles::Remove);
-    ASSERT_TRUE(world.told->Until([&] { return !task->Running(); })) << stalled;
-    EXPECT_FALSE(std::filesystem::exists(world.local.File("f"))) << stalled;
-    world.peer.ClearFaults();
+    const std::weak_ptr<TransferTask> left = std::exchange(task, nullptr);
+    ASSERT_TRUE(world.told->Until([&] { return left.expired(); }));
+    EXPECT_FALSE(std::filesystem::exists(world.local.File("f")));
   }
 }
 
@@ -191,20 +167,20 @@ TEST_P(Workers, APauseEndsEveryWaitAndLeavesNoResult) {
   const TaskPointer task = Serve();
   // Before a new connection, then in a block.
   world.context->reconnectDelays = {kForEver};
-  Fault(Fault::Kind::DropBefore, message::kReadBlock, 2, 1);
+  world.peer.AddFault({Kind::DropBefore, message::kReadBlock, 2, 1});
   world.Start();
   ASSERT_TRUE(world.told->Until([&] { return world.told->waits == 1; }));
-  world.Pause(task);
+  world.store->Pause(task->id);
   ASSERT_TRUE(world.WaitForState(*task, TransferState::Stopped));
   EXPECT_EQ(world.told->last.code, result::kOk);
   EXPECT_EQ(task->record->resultCode, 0U);
 
   world.peer.ForgetRequests();
-  Fault(Fault::Kind::Stall, message::kReadBlock, 1, 0);
-  world.Run(task);
+  world.peer.AddFault({Kind::Stall, message::kReadBlock, 1, 0});
+  world.store->Resume(task->id);
   ASSERT_TRUE(world.told->Until([&] { return world.Count(message::kReadBlock) == 2; }));
   const auto paused = std::chrono::steady_clock::now();
-  world.Pause(task);
+  world.store->Pause(task->id);
   ASSERT_TRUE(world.WaitForState(*task, TransferState::Stopped));
   const auto waited = std::chrono::steady_clock::now() - paused;
   EXPECT_GE(waited, TaskRun::kBlockInHand - std::chrono::milliseconds(10));
@@ -217,52 +193,36 @@ INSTANTIATE_TEST_SUITE_P(Dialects, Workers, ::testing::Values(1, 2));
 TEST(WorkerPace, CountsFromRequestToRequestAndWaitsBehindNoLastBlock) {
   constexpr std::chrono::milliseconds kPace{60};
   EngineWorld world(Dialect(1));
-  world.Renew(kPace);
-  WriteFile(world.served.File("f"), Pattern(4 * 4096));
+  world.context->pace = kPace;
   const auto begun = std::chrono::steady_clock::now();
   world.Start();
-  const TaskPointer task = world.Fetch("f");
-  ASSERT_TRUE(world.WaitForState(*task, TransferState::Finished));
+  ASSERT_TRUE(world.WaitForState(*world.ServeAndFetch(Pattern(4 * 4096)), TransferState::Finished));
   EXPECT_GE(std::chrono::steady_clock::now() - begun, 3 * kPace);
-
-  world.End();
-  EngineWorld slow(Dialect(1));
-  slow.Renew(kForEver);
-  WriteFile(slow.served.File("f"), Pattern(4096));
-  slow.Start();
-  EXPECT_TRUE(slow.WaitForState(*slow.Fetch("f"), TransferState::Finished));
+  world.context->pace = kForEver;
+  EXPECT_TRUE(world.WaitForState(*world.ServeAndFetch(Pattern(4096)), TransferState::Finished));
 }
 
 TEST(WorkerOrder, HeadersLeaveTwoWorkersToTheUser) {
   EngineWorld world(Dialect(1));
-  world.peer.AddFault({Fault::Kind::Stall, message::kFileInformation, 0, 8, 0});
+  world.peer.AddFault({Kind::Stall, message::kFileInformation, 0, 8});
   for (int i = 0; i < 12; ++i) {
     world.Fetch("header" + std::to_string(i), false);
   }
   world.Start();
   ASSERT_TRUE(world.told->Until([&] { return world.Count(message::kFileInformation) == 8; }));
-  WriteFile(world.served.File("f"), "bytes");
-  EXPECT_TRUE(world.WaitForState(*world.Fetch("f"), TransferState::Finished));
+  EXPECT_TRUE(world.WaitForState(*world.ServeAndFetch("bytes"), TransferState::Finished));
   EXPECT_EQ(world.Count(message::kFileInformation), 9);
 }
 
 TEST(WorkerOrder, NothingStartsBeforeASessionWasGranted) {
-  struct : WorkerSession {
-    SessionKey Key() const override { return granted ? world->session.Key() : SessionKey{}; }
-    std::optional<SessionKey> Renew(const SessionKey&, std::stop_token) override { return {}; }
-    ListingAnswer List(const std::string&, std::stop_token) override { return {}; }
-    EngineWorld* world = nullptr;
-    std::atomic<bool> granted{false};
-  } session;
   EngineWorld world(Dialect(1));
-  session.world = &world;
+  Session session{world.service, world.launch, [](const std::function<void()>&) {}, nullptr,
+                  [&] { world.context->schedulerWake.Set(); }};
   world.context->session = &session;
-  WriteFile(world.served.File("f"), "bytes");
-  const TaskPointer task = world.Fetch("f");
+  const TaskPointer task = world.ServeAndFetch("bytes");
   world.Start();
   EXPECT_FALSE(world.told->Until([&] { return task->Running(); }, std::chrono::milliseconds(50)));
-  session.granted = true;
-  world.context->schedulerWake.Set();
+  session.Open(AskedBy::Program, [](const SessionResult&) {});
   EXPECT_TRUE(world.WaitForState(*task, TransferState::Finished));
   world.End();
 }

@@ -5,19 +5,16 @@
 #include <QAbstractItemModelTester>
 #include <QSignalSpy>
 #include <QTest>
-#include <algorithm>
 #include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "packages/package_area.h"
-#include "peer/stand_in.h"
 #include "platform/qt/main_thread.h"
 #include "platform/qt/text.h"
 #include "service/messages.h"
-#include "tests/support/environment.h"
-#include "tests/support/temporary_folder.h"
+#include "tests/support/service_world.h"
 
 namespace updown::test {
 
@@ -45,22 +42,10 @@ class NotedFetches : public HeaderFetches {
 };
 
 // An area before a service of its own, over a folder. A package has a file "of" + name + ".txt".
-class AreaWorld : public ::testing::Test {
+class AreaWorld : public ::testing::Test, protected ServiceWorld {
  protected:
-  AreaWorld() : peer_(ServedFrom(served_)), environment_(peer_.Environment()) {
-    launch_.serverName = "fileservice";
-    session_.emplace(
-        service_, launch_,
-        [this](std::function<void()> call) { mainThread_.Post(std::move(call)); }, nullptr, [] {});
-  }
-  ~AreaWorld() override {
-    area_.reset();
-    tester_.reset();
-    session_.reset();
-  }
-
   PackageArea& MakeArea(AreaTimes times = {}) {
-    area_.emplace(*session_, fetches_, cache_, launch_, seenFile_, times);
+    area_.emplace(*session_, fetches_, cache_, launch, seenFile_, times);
     tester_.emplace(&*area_, QAbstractItemModelTester::FailureReportingMode::Fatal);
     return *area_;
   }
@@ -82,12 +67,10 @@ class AreaWorld : public ::testing::Test {
     return QTest::qWaitFor(condition, kPatienceMs);
   }
 
-  void AddPackage(const std::string& name, const Names& files = {}) {
+  void AddPackage(const std::string& name, Names files = {}) {
     std::filesystem::create_directories(Served(name));
-    for (const bool start : {true, false}) {
-      WriteFile(Served(name + "/" + HeaderFileOf(name, start)), "header");
-    }
-    WriteFile(Served(name + "/of" + name + ".txt"), "12345");
+    files.insert(files.end(),
+                 {HeaderFileOf(name, true), HeaderFileOf(name, false), "of" + name + ".txt"});
     for (const std::string& file : files) {
       WriteFile(Served(name + "/" + file), "12345");
     }
@@ -102,7 +85,7 @@ class AreaWorld : public ::testing::Test {
       area_->HeaderEnded(HeaderFileOf(package, start), true);
     }
   }
-  std::string Served(const std::string& path) const { return served_.File(path); }
+  std::string Served(const std::string& path) const { return served.File(path); }
   Names Rows() const {
     Names names;
     for (int row = 0; row < area_->rowCount(area_->Root()); ++row) {
@@ -113,29 +96,18 @@ class AreaWorld : public ::testing::Test {
   std::string Cell(const std::string& package, int column) const {
     return ToUtf8(area_->IndexOf(package, column).data().toString());
   }
-  long Requests(std::uint32_t message) const {
-    const auto requests = peer_.Requests();
-    return std::count_if(requests.begin(), requests.end(),
-                         [message](const auto& seen) { return seen.message == message; });
-  }
+  long Requests(std::uint32_t message) const { return Count(message); }
 
-  static peer::Options ServedFrom(const TemporaryFolder& folder) {
-    peer::Options options;
-    options.root = folder.Path();
-    return options;
-  }
-
-  TemporaryFolder served_;
+  peer::StandIn& peer_ = peer;
   TemporaryFolder cached_;
-  peer::StandIn peer_;
-  ScopedEnvironment environment_;
   MainThread mainThread_;
-  FileService service_;
-  LaunchState launch_;
   NotedFetches fetches_;
   PackageCache cache_{cached_.Path()};
   std::string seenFile_;
-  std::optional<Session> session_;
+  std::optional<Session> session_{
+      std::in_place, service,
+      launch,        [this](std::function<void()> call) { mainThread_.Post(std::move(call)); },
+      nullptr,       [] {}};
   std::optional<PackageArea> area_;
   std::optional<QAbstractItemModelTester> tester_;
 };
