@@ -10,16 +10,19 @@
 
 namespace updown::testing {
 
-// Replies of the service, framed. The first dialect's carry the version attribute 10.
-inline std::string Reply(std::size_t code, const std::string& data, const std::string& version) {
+inline std::string Message(std::size_t code, const std::string& data, const std::string& version) {
   return Framed(Attribute(1, Number(code)) + (data.empty() ? "" : Attribute(2, data)) + version +
                 '\xFF');
 }
+inline std::string Request(std::size_t code, const std::string& data = {}) {
+  return Message(code, data, Wire("0A 0004 01000000"));
+}
+// Replies of the service. The first dialect's carry the version attribute 10, as requests do.
 inline std::string First(std::size_t code, const std::string& data = {}) {
-  return Reply(code, data, Wire("0A 0004 01000000"));
+  return Request(code, data);
 }
 inline std::string Second(std::size_t code, const std::string& data = {}) {
-  return Reply(code, data, "");
+  return Message(code, data, "");
 }
 
 // A scripted service and the connection to it.
