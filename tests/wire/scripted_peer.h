@@ -15,10 +15,11 @@
 
 namespace updown::testing {
 
-// What the peer waits for, byte by byte, and what it then sends.
+// What the peer waits for, byte by byte, and what it then sends, so many times.
 struct Step {
   std::string expect;
   std::string answer;
+  std::size_t times = 1;
 };
 
 // Sends in pieces of `piece` bytes (0: in one), each only when the one before has been taken.
@@ -49,7 +50,9 @@ inline std::string PlayScript(int socket, const std::vector<Step>& steps, std::s
       fault = "step " + std::to_string(&step - &steps[0]) + ": " + std::to_string(count) + " bytes";
       break;
     }
-    SendPieces(socket, step.answer, piece);
+    for (std::size_t i = 0; i < step.times; ++i) {
+      SendPieces(socket, step.answer, piece);
+    }
   }
   shutdown(socket, SHUT_WR);
   return fault;
