@@ -34,14 +34,6 @@ std::vector<std::uint32_t> Ids(const std::vector<StoredRecord>& records) {
   return ids;
 }
 
-std::string Repeated(const std::string& bytes, int times) {
-  std::string all;
-  for (int i = 0; i < times; ++i) {
-    all += bytes;
-  }
-  return all;
-}
-
 std::vector<std::uint32_t> IdsLoadedFrom(const std::string& bytes) {
   const TemporaryFolder folder;
   test::WriteFile(folder.File("list"), bytes);
@@ -83,24 +75,6 @@ TEST(TaskList, TheVersionBeforeIsRead) {
   EXPECT_EQ(loaded[3].resultCode, 0U);
 }
 
-// A full disk, as far as one can be had without rights: no file may grow beyond `limit`.
-class FileSizeLimit {
- public:
-  explicit FileSizeLimit(rlim_t limit) : handler_(signal(SIGXFSZ, SIG_IGN)) {
-    getrlimit(RLIMIT_FSIZE, &before_);
-    const rlimit limited{limit, before_.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &limited);
-  }
-  ~FileSizeLimit() {
-    setrlimit(RLIMIT_FSIZE, &before_);
-    signal(SIGXFSZ, handler_);
-  }
-
- private:
-  sighandler_t handler_;
-  rlimit before_{};
-};
-
 TEST(TaskList, AFailedSaveLeavesTheOldList) {
   const TemporaryFolder folder;
   const std::string path = folder.File("list");
@@ -110,10 +84,15 @@ TEST(TaskList, AFailedSaveLeavesTheOldList) {
   EXPECT_EQ(status.st_mode & 0777U, 0600U);
 
   const std::vector<StoredRecord> many(3000, Record(2, "/new", TransferState::Queued));
-  {
-    const FileSizeLimit limit(100000);
-    EXPECT_EQ(SaveTaskList(many, path), EFBIG);
-  }
+  // The limit on a file's size stands in for a full disk.
+  rlimit before{};
+  getrlimit(RLIMIT_FSIZE, &before);
+  const rlimit small{100000, before.rlim_max};
+  std::signal(SIGXFSZ, SIG_IGN);
+  setrlimit(RLIMIT_FSIZE, &small);
+  const int saved = SaveTaskList(many, path);
+  setrlimit(RLIMIT_FSIZE, &before);
+  EXPECT_EQ(saved, EFBIG);
   EXPECT_EQ(Ids(LoadTaskList(path)), (std::vector<std::uint32_t>{1}));
   EXPECT_FALSE(std::filesystem::exists(path + ".tmp"));
   // What a killed run has left is no hindrance, and nothing of it gets into the list.
@@ -177,7 +156,11 @@ TEST(TaskList, BadBytesEndTheReadingWithTheRecordsSoFar) {
   EXPECT_EQ(
       IdsLoadedFrom(Wire("02 0001 2F 07 0002 0500 FF FF") + std::string(100000, '\xFF') + good),
       (std::vector<std::uint32_t>{0, 5}));
-  EXPECT_EQ(IdsLoadedFrom(Repeated(Wire("02 0001 2F FF"), 100001)).size(), 100000U);
+  std::string many;
+  for (int i = 0; i < 100001; ++i) {
+    many += good;
+  }
+  EXPECT_EQ(IdsLoadedFrom(many).size(), 100000U);
 }
 
 }  // namespace

@@ -13,16 +13,6 @@ namespace {
 
 using test::TemporaryFolder;
 
-TEST(OpenFile, MakesButNeverTruncates) {
-  const TemporaryFolder folder;
-  const std::string path = folder.File("a");
-  EXPECT_FALSE(OpenFile(path, FileAccess::ReadWrite, FileDisposition::OpenExisting));
-  EXPECT_TRUE(OpenFile(path, FileAccess::Read, FileDisposition::OpenAlways));
-  test::WriteFile(path, "12345");
-  const UniqueFd file = OpenFile(path, FileAccess::ReadWrite, FileDisposition::OpenAlways);
-  EXPECT_EQ(FileSize(file.Get()), 5);
-}
-
 TEST(OpenFile, RefusesWhatIsNoFileWithoutWaiting) {
   const TemporaryFolder folder;
   const std::string pipe = folder.File("pipe");
@@ -51,7 +41,6 @@ TEST(Folders, ApplicationDataFollowsTheEnvironmentAndMakesWhatIsMissing) {
   EXPECT_EQ(dataFolder("relative"), folder.File("home/.local/share"));
   test::WriteFile(folder.File("file"), "");
   EXPECT_EQ(dataFolder(folder.File("file/b")), std::nullopt);
-  EXPECT_TRUE(MakeFolder(folder.File("a")));
   EXPECT_FALSE(MakeFolder(folder.File("file")));
 }
 

@@ -11,16 +11,15 @@
 namespace updown {
 namespace {
 
-char programName[] = "platform_qt_test";
-char* arguments[] = {programName, nullptr};
-int argumentCount = 1;
-
 void EndAfter(QEventLoop& loop, int milliseconds) {
   QTimer::singleShot(milliseconds, &loop, [&loop] { loop.exit(1); });
 }
 
 TEST(MainThread, IsReachedInsideTheLoopOfADialogAndNotAfterItsEnd) {
-  const QCoreApplication application(argumentCount, arguments);
+  char program[] = "platform_qt_test";
+  char* arguments[] = {program, nullptr};
+  int count = 1;
+  const QCoreApplication application(count, arguments);
   std::vector<int> seen;
   std::shared_ptr<PostedCalls> left;
   {

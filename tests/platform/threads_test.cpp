@@ -49,8 +49,6 @@ TEST(Thread, ARunningOneOutlivesItsHandle) {
 TEST(Ticks, TimeLeftIsRightAcrossTheWrap) {
   EXPECT_EQ(TicksLeft(5, 0xFFFFFFF0U), 21);
   EXPECT_EQ(TicksLeft(0xFFFFFFF0U, 5), -21);
-  const std::uint32_t before = SystemTicks().Now();
-  EXPECT_LT(SystemTicks().Now() - before, 60000U);
 }
 
 }  // namespace

@@ -59,7 +59,6 @@ TEST(Relay, ResolveRepliesTable) {
       {"02 13 000D 00000000 00 81 0000 FF", -1, {}},
       {"02 13 000F 00000000 00 81 0000 62 0009", -1, {}},
       {"02 13 0800", -1, {}},
-      {"02 13 000B", -1, {}},
       {"03 13 0020", -1, {}},
       {"02 12 0020", -1, {}},
       {"02 13 0020 00000000 00 81 0000 62 0010 '1.2", -1, {}},
@@ -79,24 +78,25 @@ TEST(Relay, ResolveRepliesTable) {
 TEST(Relay, ConnectKinds) {
   struct Case {
     std::uint8_t kind;
-    const char* head;  // of the request
     const char* reply;
     bool joined;
   };
   const Case cases[] = {
-      {kKindConnect, "02 12 002D 01000000 00 86 0000", "", true},
-      {133, "02 12 002D 01000000 00 85 0000", "02 13 000C 00000000 00 85 0000", true},
-      {133, "", "02 13 000C 00000000 00 85 0005", false},
-      {133, "", "02 13 000D 00000000 00 85 0000", false},
-      {133, "", "01 13 000C 00000000 00 85 0000", false},
-      {133, "", "02 13 000C 00", false},
+      {kKindConnect, "", true},
+      {133, "02 13 000C 00000000 00 85 0000", true},
+      {133, "02 13 000C 00000000 00 85 0005", false},
+      {133, "02 13 000D 00000000 00 85 0000", false},
+      {133, "01 13 000C 00000000 00 85 0000", false},
+      {133, "02 13 000C 00", false},
   };
-  const std::string list = "63 0001 '7' 64 000D '10.0.0.9:8080' 66 0002 'hi' 6E 0004 01020304 FF";
   const ServiceTarget target{Address("10.0.0.9"), 8080};
   for (const Case& example : cases) {
     SCOPED_TRACE(example.reply);
-    const std::string head = example.head;
-    FakeRelay relay({{head.empty() ? "" : Wire(head + list), Wire(example.reply)}});
+    const std::string head =
+        Wire("02 12 002D 01000000 00") + static_cast<char>(example.kind) + Wire("0000");
+    FakeRelay relay({{head + Wire("63 0001 '7' 64 000D '10.0.0.9:8080' 66 0002 'hi'"
+                                  "6E 0004 01020304 FF"),
+                      Wire(example.reply)}});
     const RelayParameters parameters = relay.Parameters();
     const int socket = RelayConnect(parameters, "hi", target, kTransportTcp, example.kind);
     EXPECT_EQ(socket > 0, example.joined);
