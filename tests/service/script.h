@@ -1,9 +1,11 @@
 #pragma once
 
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
+#include "platform/unique_fd.h"
 #include "service/connection.h"
 #include "tests/wire/scripted_peer.h"
 #include "tests/wire/wire_bytes.h"
@@ -25,22 +27,37 @@ inline std::string Second(std::size_t code, const std::string& data = {}) {
   return Message(code, data, "");
 }
 
-// A scripted service and the connection to it.
-class ServicePeer : public ScriptedPeer {
+// A service that plays its script on a thread of its own, and the connection to it.
+class ServicePeer {
  public:
-  explicit ServicePeer(std::vector<Step> steps, std::size_t piece = 0)
-      : ScriptedPeer(std::move(steps), piece) {
-    link_.Adopt(TakeSocket());
+  explicit ServicePeer(std::vector<Step> steps, std::size_t piece = 0) {
+    int pair[2] = {-1, -1};
+    socketpair(AF_UNIX, SOCK_STREAM, 0, pair);
+    link_.Adopt(pair[0]);
+    thread_ = std::thread([this, peer = UniqueFd(pair[1]), steps = std::move(steps), piece] {
+      fault_ = PlayScript(peer.Get(), steps, piece);
+      char byte = 0;
+      if (recv(peer.Get(), &byte, 1, 0) > 0) {
+        fault_ += "more was sent than expected";
+      }
+    });
   }
+  ~ServicePeer() { Finish(); }
 
   Connection& Link() { return link_; }
+  // Hangs up and tells what was not as written; empty if all was.
   std::string Finish() {
     link_.Close();
-    return ScriptedPeer::Finish();
+    if (thread_.joinable()) {
+      thread_.join();
+    }
+    return fault_;
   }
 
  private:
   Connection link_;
+  std::string fault_;
+  std::thread thread_;
 };
 
 }  // namespace updown::testing

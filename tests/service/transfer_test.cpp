@@ -151,14 +151,13 @@ TEST_F(Transfer, DownloadsInBlocksWhateverThePieces) {
 
 TEST_F(Transfer, ResumeDecisionTable) {
   const std::string whole = "0123456789";
-  struct Case {
+  const struct {
     const char* name;
     std::uint32_t done, total, time;
     std::optional<std::string> local;
     int offset;  // of the one block asked for; -1: none
     const char* after;
-  };
-  const Case cases[] = {
+  } cases[] = {
       {"fresh", 0, 0, 0, {}, 0, "0123456789"},
       {"resumes", 4, 10, kServiceTime, "abcd", 4, "abcd456789"},
       {"local longer", 4, 10, kServiceTime, "0123xxxxxxyy", 4, "0123456789"},
@@ -170,7 +169,7 @@ TEST_F(Transfer, ResumeDecisionTable) {
       {"other size", 4, 11, kServiceTime, "abcd", 0, "0123456789"},
   };
   for (const Dialog& dialog : kDialogs) {
-    for (const Case& example : cases) {
+    for (const auto& example : cases) {
       SCOPED_TRACE(example.name);
       Begin(example.local, example.done, example.total, example.time);
       std::vector<Step> blocks;
@@ -233,7 +232,7 @@ TEST_F(Transfer, DownloadFailuresTable) {
         {"other offset", good, second ? dialog.BlockHead(5, 5) + "56789" : "",
          second ? result::kNotDecodable : result::kConnection},
     };
-    for (const Case& example : cases) {
+    for (const auto& example : cases) {
       SCOPED_TRACE(example.name);
       const bool begun = example.information == good;
       std::vector<Step> steps = {dialog.Attach(), {dialog.Ask(10).expect, example.information}};

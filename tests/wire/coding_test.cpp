@@ -25,12 +25,11 @@ TEST(Attributes, EncodesAscendingWithoutEmptyOnesAndReservedTags) {
 }
 
 TEST(Attributes, DecodesTable) {
-  struct Case {
+  const struct {
     const char* bytes;
     int result;
     const char* tag5;  // nullptr: absent
-  };
-  const Case cases[] = {
+  } cases[] = {
       {"", 0, nullptr},
       {"00 00 050002 'ab' 00 FF 060001 'x'", 9, "ab"},
       {"050001 FF FF", 5, "\xFF"},
@@ -40,7 +39,7 @@ TEST(Attributes, DecodesTable) {
       {"050002 'a'", kBadLength, nullptr},
       {"050001 'a' 06FFFF 'abc'", kBadLength, "a"},
   };
-  for (const Case& example : cases) {
+  for (const auto& example : cases) {
     const std::string bytes = Wire(example.bytes);
     AttributeTable table;
     table.Set(200, "left over");

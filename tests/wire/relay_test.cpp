@@ -44,13 +44,12 @@ class FakeRelay {
 Ipv4Address Address(const char* dotted) { return inet_addr(dotted); }
 
 TEST(Relay, ResolveRepliesTable) {
-  struct Case {
+  const std::vector<Ipv4Address> two = {Address("1.2.3.4"), Address("5.6.7.8")};
+  const struct {
     const char* reply;
     int result;
     std::vector<Ipv4Address> addresses;
-  };
-  const std::vector<Ipv4Address> two = {Address("1.2.3.4"), Address("5.6.7.8")};
-  const Case cases[] = {
+  } cases[] = {
       {"02 13 0020 00000000 00 81 0000 62 0010 '1.2.3.4,5.6.7.8' 00 FF", 0, two},
       {"02 13 0020 00000000 00 81 0005 62 0010 '1.2.3.4' 00 '5.6.7.8' 00 FF", 0, two},
       {"02 13 001A 00000000 00 81 0000 62 000A 'x,1.2.3.4,' FF", 0, {INADDR_NONE, two[0]}},
@@ -65,7 +64,7 @@ TEST(Relay, ResolveRepliesTable) {
   };
   const std::string request =
       Wire("02 12 0020 01000000 00 81 0000  60 0007 'Resolve'  61 0002 'fs'  63 0001 '7'  FF");
-  for (const Case& example : cases) {
+  for (const auto& example : cases) {
     SCOPED_TRACE(example.reply);
     FakeRelay relay({{request, Wire(example.reply)}});
     std::vector<Ipv4Address> addresses;
@@ -76,12 +75,11 @@ TEST(Relay, ResolveRepliesTable) {
 }
 
 TEST(Relay, ConnectKinds) {
-  struct Case {
+  const struct {
     std::uint8_t kind;
     const char* reply;
     bool joined;
-  };
-  const Case cases[] = {
+  } cases[] = {
       {kKindConnect, "", true},
       {133, "02 13 000C 00000000 00 85 0000", true},
       {133, "02 13 000C 00000000 00 85 0005", false},
@@ -90,7 +88,7 @@ TEST(Relay, ConnectKinds) {
       {133, "02 13 000C 00", false},
   };
   const ServiceTarget target{Address("10.0.0.9"), 8080};
-  for (const Case& example : cases) {
+  for (const auto& example : cases) {
     SCOPED_TRACE(example.reply);
     const std::string head =
         Wire("02 12 002D 01000000 00") + static_cast<char>(example.kind) + Wire("0000");
@@ -110,11 +108,10 @@ TEST(Relay, ConnectKinds) {
 }
 
 TEST(ServiceConnect, JoinsASocketToTheResolvedAddress) {
-  struct Case {
+  const struct {
     const char* reply;
     const char* target;
-  };
-  const Case cases[] = {
+  } cases[] = {
       {"02 13 0018 00000000 00 81 0000 62 0008 '1.2.3.4' 00 FF", "64 000C '1.2.3.4:8080'"},
       {"02 13 0011 00000000 00 81 0000 62 0001 00 FF", "64 000C '0.0.0.0:8080'"},
       {"", "64 000C '0.0.0.0:8080'"},
