@@ -17,13 +17,10 @@ TEST(OpenFile, RefusesWhatIsNoFileWithoutWaiting) {
   const TemporaryFolder folder;
   const std::string pipe = folder.File("pipe");
   ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-  for (const FileAccess access : {FileAccess::Read, FileAccess::ReadWrite}) {
-    EXPECT_FALSE(OpenFile(pipe, access, FileDisposition::OpenAlways));
-    EXPECT_EQ(errno, EINVAL);
-    EXPECT_FALSE(OpenFile(folder.Path(), access, FileDisposition::OpenExisting));
-    EXPECT_EQ(errno, EISDIR);
-    EXPECT_FALSE(OpenFile("/dev/null", access, FileDisposition::OpenExisting));
-  }
+  EXPECT_FALSE(OpenFile(pipe, FileAccess::Read, FileDisposition::OpenAlways));
+  EXPECT_EQ(errno, EINVAL);
+  EXPECT_FALSE(OpenFile(folder.Path(), FileAccess::Read, FileDisposition::OpenAlways));
+  EXPECT_EQ(errno, EISDIR);
   EXPECT_FALSE(OpenFile(folder.File(std::string("a\0b", 3)), FileAccess::ReadWrite,
                         FileDisposition::OpenAlways));
   EXPECT_FALSE(PathExists(folder.File("a")));
