@@ -26,11 +26,10 @@ TEST(Operations, RequestsAndRepliesTable) {
                            {First(0x8007), result::kAccessRefused},
                            {Second(0x8000), result::kNoVersion},
                            {"", result::kConnection}};
-  const Answers byStatus = {{Second(0x1234, "200") + end, result::kOk},
-                            {Second(0x8000, "501") + end, result::kOk},
-                            {Second(0x8000, "500"), result::kAccessRefused},
-                            {Second(0x8000), result::kAccessRefused},
-                            {"", result::kConnection}};
+  const Answers byStatus = {
+      {Second(0x1234, "200") + end, result::kOk},      {Second(0x8000, "501") + end, result::kOk},
+      {Second(0x8000, "500"), result::kAccessRefused}, {Second(0x8000), result::kAccessRefused},
+      {Wire("00000003 01 0009"), result::kConnection}, {"", result::kConnection}};
   const Answers login = {{Second(4098, "200"), result::kOk},
                          {Second(4098, "500"), result::kAuthentication},
                          {Second(4099, "200"), result::kAuthentication},
