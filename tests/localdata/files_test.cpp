@@ -33,6 +33,8 @@ TEST(LocalFiles, ReachTheNameThatThePathSpells) {
   EXPECT_EQ(LocalFileSize(path), 6U) << "its low 32 bits";
   EXPECT_TRUE(DeleteLocalFile(path));
   EXPECT_FALSE(DeleteLocalFile(path));
+  const std::string tooLong = folder.Path() + std::string(259, '/') + "f";
+  EXPECT_FALSE(OpenLocalFile(tooLong, OpenMode::ReadWrite, FileDisposition::OpenAlways));
 }
 
 }  // namespace

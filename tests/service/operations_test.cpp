@@ -26,10 +26,13 @@ TEST(Operations, RequestsAndRepliesTable) {
                            {First(0x8007), result::kAccessRefused},
                            {Second(0x8000), result::kNoVersion},
                            {"", result::kConnection}};
-  const Answers byStatus = {
-      {Second(0x1234, "200") + end, result::kOk},      {Second(0x8000, "501") + end, result::kOk},
-      {Second(0x8000, "500"), result::kAccessRefused}, {Second(0x8000), result::kAccessRefused},
-      {Wire("00000003 01 0009"), result::kConnection}, {"", result::kConnection}};
+  const Answers byStatus = {{Second(0x1234, "200") + end, result::kOk},
+                            {Second(0x8000, "501") + end, result::kOk},
+                            {Second(0x8000, "500"), result::kAccessRefused},
+                            {Second(0x8000), result::kAccessRefused},
+                            {"", result::kConnection}};
+  Answers listed = byStatus;
+  listed.emplace_back(Wire("00000003 01 0009"), result::kConnection);
   const Answers login = {{Second(4098, "200"), result::kOk},
                          {Second(4098, "500"), result::kAuthentication},
                          {Second(4099, "200"), result::kAuthentication},
@@ -44,7 +47,7 @@ TEST(Operations, RequestsAndRepliesTable) {
        },
        Request(0x1002, Wire("A00003'ann' A10002'pw' A20003'lab' A50002'12' FF")), login},
       {[](const ServiceOps& ops, Connection& to) { return ops.ListFolder(to, "/a").error; },
-       Request(0x1003, "/a"), byStatus},
+       Request(0x1003, "/a"), listed},
       {[](const ServiceOps& ops, Connection& to) { return ops.CreateFolder(to, "/a"); },
        Request(0x1004, "/a"), byStatus},
       {[](const ServiceOps& ops, Connection& to) { return ops.RemoveFolder(to, "/a"); },

@@ -1,3 +1,5 @@
+#include "service/transfer.h"
+
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/statvfs.h>
@@ -8,7 +10,6 @@
 #include <optional>
 
 #include "service/download_target.h"
-#include "service/operations.h"
 #include "tests/service/script.h"
 #include "tests/support/temporary_folder.h"
 
@@ -407,6 +408,14 @@ TEST_F(Transfer, UploadFillsTheBufferBehindItsHeadAndWhatIsDone) {
       EXPECT_EQ(record_.doneBytes, answer == taken ? whole.size() : 2 + block);
     }
   }
+}
+
+TEST_F(Transfer, WithoutARelayTheRecordFailsUntouched) {
+  Begin({}, 5);
+  const FileService service;
+  EXPECT_EQ(RunTaskTransfer(service, "fs", 21, "s1", record_, nullptr).code, result::kConnection);
+  EXPECT_EQ(record_.state, TransferState::Failed);
+  EXPECT_EQ(record_.doneBytes, 5U);
 }
 
 }  // namespace
