@@ -85,13 +85,18 @@ long DebugStream::WriteOnce(std::string_view bytes) const {
   return written;
 }
 
+// Set by who cuts a text, and cleared only by who ends its line: a text of another thread that
+// finds no room in between must not clear it.
 void DebugStream::WriteWhatGoesOut(std::string_view text) {
-  if (cut_ && WriteOnce("\n") != 1) {
+  if (cut_.exchange(false) && WriteOnce("\n") != 1) {
+    cut_ = true;
     return;
   }
   const long written = WriteOnce(text);
   const auto end = static_cast<std::size_t>(written > 0 ? written : 0);
-  cut_ = end > 0 && end < text.size() && text[end - 1] != '\n';
+  if (end > 0 && end < text.size() && text[end - 1] != '\n') {
+    cut_ = true;
+  }
 }
 
 void DebugStream::Write(std::string_view text) noexcept {

@@ -15,8 +15,7 @@ TEST(FileNames, NamesThatCouldLeaveTheirFolderAreNotSafe) {
 }
 
 TEST(FileNames, PassThroughTheirBuffersOrAreCutAtACharacter) {
-  EXPECT_EQ(Utf8ToWideName("名.txt"), u"名.txt");
-  EXPECT_EQ(Utf8ToWideName("a\xFFz"), u"a\xFFFDz");
+  EXPECT_EQ(Utf8ToWideName("名\xFFz"), u"名\xFFFDz");
   EXPECT_EQ(Utf8ToWideName({"a\0z", 3}), u"a\xFFFDz");
   EXPECT_EQ(Utf8ToWideName(std::string(259, 'x')).size(), 259U);
   EXPECT_EQ(Utf8ToWideName(std::string(300, 'x')).size(), 259U);

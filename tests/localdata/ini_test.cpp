@@ -28,7 +28,6 @@ TEST(IniFile, TheFirstMarkDecidesWhatALineIs) {
       {"[s]\nk=a\rb\n", true, "s", "k", "a\rb"},
       {"[s]\nk=last line", true, "s", "k", "last line"},
       {"[s]\na;b=c\n", true, "s", "a;b", ""},
-      {"[s]\na#b=c\n", true, "s", "a#b", ""},
       {"[s]\nkey[0]=1\nx=y\n", true, "0", "x", "y"},
       {"[s]\nx=a;b#c[d]=e\n", true, "s", "x", "a;b#c[d]=e"},
       {"[s]\na = b\n", true, "s", "a ", " b"},
@@ -42,7 +41,6 @@ TEST(IniFile, TheFirstMarkDecidesWhatALineIs) {
       {"[s]\nk=1\nl=2\nK=3\n", true, "s", "k", "3"},
       {"[s]\nk=1\n[x]\n[S]\nk=2\nm=3\n", true, "s", "m", "3"},
       {"no mark at all\n; comment\n# comment\n\n", false, "", "", ""},
-      {"", false, "", "", ""},
       {std::string("[s]\nk=a\0b\n", 10), true, "s", "k", std::string("a\0b", 3)},
   };
   for (const auto& [content, read, section, key, value] : cases) {
@@ -53,15 +51,11 @@ TEST(IniFile, TheFirstMarkDecidesWhatALineIs) {
 }
 
 TEST(IniFile, ALineOfBinaryEndsTheReading) {
-  const struct {
-    char byte;
-    int number;
-  } cases[] = {{'\x01', 1}, {'\t', 9}, {'\x7F', 127}, {'\0', 0}};
-  for (const auto& [byte, number] : cases) {
+  for (const char byte : {'\x01', '\t', '\x7F', '\0'}) {
     testing::internal::CaptureStdout();
     const Loaded loaded("[s]\nk=1\n" + std::string(1, byte) + "x\nk=2\n");
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
-              "Failing on char " + std::to_string(number) + "\n");
+              "Failing on char " + std::to_string(static_cast<int>(byte)) + "\n");
     EXPECT_FALSE(loaded.read);
     EXPECT_EQ(loaded.file.GetValue("s", "k"), "1");
   }

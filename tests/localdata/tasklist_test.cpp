@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <csignal>
 #include <filesystem>
+#include <thread>
 #include <vector>
 
 #include "tests/support/temporary_folder.h"
@@ -32,14 +33,6 @@ std::vector<std::uint32_t> Ids(const std::vector<StoredRecord>& records) {
     ids.push_back(record.recordId);
   }
   return ids;
-}
-
-std::string Repeated(const std::string& bytes, int times) {
-  std::string all;
-  for (int i = 0; i < times; ++i) {
-    all += bytes;
-  }
-  return all;
 }
 
 std::vector<std::uint32_t> IdsLoadedFrom(const std::string& bytes) {
@@ -83,24 +76,6 @@ TEST(TaskList, TheVersionBeforeIsRead) {
   EXPECT_EQ(loaded[3].resultCode, 0U);
 }
 
-// A full disk, as far as one can be had without rights: no file may grow beyond `limit`.
-class FileSizeLimit {
- public:
-  explicit FileSizeLimit(rlim_t limit) : handler_(signal(SIGXFSZ, SIG_IGN)) {
-    getrlimit(RLIMIT_FSIZE, &before_);
-    const rlimit limited{limit, before_.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &limited);
-  }
-  ~FileSizeLimit() {
-    setrlimit(RLIMIT_FSIZE, &before_);
-    signal(SIGXFSZ, handler_);
-  }
-
- private:
-  sighandler_t handler_;
-  rlimit before_{};
-};
-
 TEST(TaskList, AFailedSaveLeavesTheOldList) {
   const TemporaryFolder folder;
   const std::string path = folder.File("list");
@@ -110,10 +85,15 @@ TEST(TaskList, AFailedSaveLeavesTheOldList) {
   EXPECT_EQ(status.st_mode & 0777U, 0600U);
 
   const std::vector<StoredRecord> many(3000, Record(2, "/new", TransferState::Queued));
-  {
-    const FileSizeLimit limit(100000);
-    EXPECT_EQ(SaveTaskList(many, path), EFBIG);
-  }
+  // The limit on a file's size stands in for a full disk.
+  rlimit before{};
+  getrlimit(RLIMIT_FSIZE, &before);
+  const rlimit small{100000, before.rlim_max};
+  std::signal(SIGXFSZ, SIG_IGN);
+  setrlimit(RLIMIT_FSIZE, &small);
+  const int saved = SaveTaskList(many, path);
+  setrlimit(RLIMIT_FSIZE, &before);
+  EXPECT_EQ(saved, EFBIG);
   EXPECT_EQ(Ids(LoadTaskList(path)), (std::vector<std::uint32_t>{1}));
   EXPECT_FALSE(std::filesystem::exists(path + ".tmp"));
   // What a killed run has left is no hindrance, and nothing of it gets into the list.
@@ -149,14 +129,12 @@ TEST(TaskList, RecordsAreWholeWhereverTheBufferCutsThem) {
   for (std::size_t padding = 0; padding < 100; ++padding) {
     std::vector<StoredRecord> records = {
         Record(1, std::string(padding + 1, 'p'), TransferState::Queued)};
-    std::vector<std::uint32_t> ids = {1};
     for (std::uint32_t id = 0xFFFFFFF0U; id < 0xFFFFFFFFU; ++id) {
       records.push_back(Record(id, "/r\xFF\xFF", static_cast<TransferState>(0xFFFFFFFF)));
-      ids.push_back(id);
     }
     SaveTaskList(records, path);
     const std::vector<StoredRecord> loaded = LoadTaskList(path);
-    ASSERT_EQ(Ids(loaded), ids) << padding;
+    ASSERT_EQ(Ids(loaded), Ids(records)) << padding;
     for (const StoredRecord& record : loaded) {
       ASSERT_EQ(record.paths.localPath, "/l") << padding;
     }
@@ -177,7 +155,32 @@ TEST(TaskList, BadBytesEndTheReadingWithTheRecordsSoFar) {
   EXPECT_EQ(
       IdsLoadedFrom(Wire("02 0001 2F 07 0002 0500 FF FF") + std::string(100000, '\xFF') + good),
       (std::vector<std::uint32_t>{0, 5}));
-  EXPECT_EQ(IdsLoadedFrom(Repeated(Wire("02 0001 2F FF"), 100001)).size(), 100000U);
+  std::string many;
+  for (int i = 0; i < 100001; ++i) {
+    many += good;
+  }
+  EXPECT_EQ(IdsLoadedFrom(many).size(), 100000U);
+}
+
+// A folder's child takes up file after file while the main thread saves the list. A save that gave
+// one file the count of another would resume over the wrong bytes.
+TEST(TransferRecord, AStoredRecordNeverMixesTwoFiles) {
+  TransferRecord record;
+  std::thread worker([&record] {
+    for (std::uint32_t file = 1; file <= 3000; ++file) {
+      record.StartFile({std::to_string(file), std::to_string(file)});
+      record.doneBytes = file;
+    }
+  });
+  StoredRecord stored;
+  while (stored.doneBytes < 3000) {
+    stored = record.Store();
+    EXPECT_EQ(stored.paths.remotePath, stored.paths.localPath);
+    if (stored.doneBytes != 0) {
+      EXPECT_EQ(stored.paths.remotePath, std::to_string(stored.doneBytes));
+    }
+  }
+  worker.join();
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 
 #include <array>
 #include <cerrno>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -20,43 +21,28 @@ struct Ends {
   UniqueFd read, write;
 };
 
-Ends Pipe() {
+using Maker = int (*)(int* ends);
+
+int MakeSockets(int* ends) { return socketpair(AF_UNIX, SOCK_STREAM, 0, ends); }
+
+Ends Make(Maker maker) {
   std::array<int, 2> ends{};
-  EXPECT_EQ(pipe(ends.data()), 0);
+  EXPECT_EQ(maker(ends.data()), 0);
   return {UniqueFd(ends[0]), UniqueFd(ends[1])};
 }
 
-Ends SocketPair() {
-  std::array<int, 2> ends{};
-  EXPECT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends.data()), 0);
-  return {UniqueFd(ends[0]), UniqueFd(ends[1])};
-}
-
-// All that is there now.
+// All that is there now, which is far less.
 std::string Drain(const UniqueFd& fd) {
   fcntl(fd.Get(), F_SETFL, O_NONBLOCK);
-  std::string all;
-  std::array<char, 65536> piece;
-  ssize_t count;
-  while ((count = read(fd.Get(), piece.data(), piece.size())) > 0) {
-    all.append(piece.data(), static_cast<std::size_t>(count));
-  }
+  std::string all(4 << 20, '\0');
+  const ssize_t count = read(fd.Get(), all.data(), all.size());
+  all.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
   return all;
 }
 
-std::vector<std::string> Lines(const std::string& text) {
-  std::vector<std::string> lines;
-  std::size_t from = 0;
-  for (std::size_t end; (end = text.find('\n', from)) != std::string::npos; from = end + 1) {
-    lines.push_back(text.substr(from, end - from));
-  }
-  return lines;
-}
-
 TEST(DebugStream, NobodyReads) {
-  for (const bool isPipe : {true, false}) {
-    SCOPED_TRACE(isPipe ? "pipe" : "socket");
-    const Ends ends = isPipe ? Pipe() : SocketPair();
+  for (const Maker maker : {Maker(pipe), MakeSockets}) {
+    const Ends ends = Make(maker);
     DebugStream stream(ends.write.Get());
     const std::string line(99, 'x');
     const std::string longLine(20'000, 'y');
@@ -64,7 +50,7 @@ TEST(DebugStream, NobodyReads) {
     for (int i = 0; i < 4; ++i) {
       threads.emplace_back([&] {
         for (int n = 0; n < 3000; ++n) {
-          stream.Write(n % 10 == 0 ? longLine + '\n' : line + '\n');
+          stream.Write((n % 10 == 0 ? longLine : line) + '\n');
         }
       });
     }
@@ -75,19 +61,17 @@ TEST(DebugStream, NobodyReads) {
     const std::string full = Drain(ends.read);
     EXPECT_GT(full.size(), 50'000U);
     stream.Write("next\n");
-    const std::vector<std::string> after = Lines(full + Drain(ends.read));
-    ASSERT_FALSE(after.empty());
-    EXPECT_EQ(after.back(), "next");
-    for (const std::string& one : after) {
-      if (one != line && one != longLine && one != "next" && !one.empty()) {
-        EXPECT_EQ(one.find_first_not_of('y'), std::string::npos) << one.size();
-      }
+    const std::string all = full + Drain(ends.read);
+    EXPECT_TRUE(all.ends_with("\nnext\n"));
+    std::istringstream lines(all);
+    for (std::string one; std::getline(lines, one);) {
+      EXPECT_TRUE(one == line || one == "next" || one.find_first_not_of('y') == one.npos) << one;
     }
   }
 }
 
 TEST(DebugStream, ALineThatWasCutEndsBeforeTheNext) {
-  const Ends ends = Pipe();
+  const Ends ends = Make(pipe);
   DebugStream stream(ends.write.Get());
   stream.Write(std::string(1'000'000, 'y') + '\n');
   const std::string cut = Drain(ends.read);
@@ -98,7 +82,7 @@ TEST(DebugStream, ALineThatWasCutEndsBeforeTheNext) {
 }
 
 TEST(DebugStream, ClosedOrWithoutAReader) {
-  Ends ends = Pipe();
+  Ends ends = Make(pipe);
   DebugStream closed(-1);
   closed.Write("lost\n");
   DebugStream early(ends.write.Get());
@@ -125,6 +109,17 @@ TEST(DebugStream, AFileIsWrittenWhereItsOwnerWrites) {
 TEST(DebugStream, FormatsAsPrintfDoes) {
   EXPECT_EXIT((DebugLine("%x %.*s\n", 0x8000, 2, "abc"), _exit(0)), testing::ExitedWithCode(0),
               "^8000 ab\n$");
+}
+
+TEST(StandardStreams, ClosedOnesAreNotGivenToFiles) {
+  const UniqueFd saved(fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 10));
+  close(STDERR_FILENO);
+  HoldStandardStreams();
+  const UniqueFd file(open("/dev/zero", O_RDONLY | O_CLOEXEC));
+  const bool held = fcntl(STDERR_FILENO, F_GETFD) == 0;
+  dup2(saved.Get(), STDERR_FILENO);
+  EXPECT_TRUE(held);
+  EXPECT_GT(file.Get(), STDERR_FILENO);
 }
 
 }  // namespace

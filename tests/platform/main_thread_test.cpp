@@ -5,41 +5,36 @@
 #include <QCoreApplication>
 #include <QEventLoop>
 #include <QTimer>
+#include <cstdlib>
 #include <thread>
 #include <vector>
 
 namespace updown {
 namespace {
 
-char programName[] = "platform_qt_test";
-char* arguments[] = {programName, nullptr};
-int argumentCount = 1;
-
-void EndAfter(QEventLoop& loop, int milliseconds) {
-  QTimer::singleShot(milliseconds, &loop, [&loop] { loop.exit(1); });
-}
-
 TEST(MainThread, IsReachedInsideTheLoopOfADialogAndNotAfterItsEnd) {
-  const QCoreApplication application(argumentCount, arguments);
+  char program[] = "platform_qt_test";
+  char* arguments[] = {program, nullptr};
+  int count = 1;
+  const QCoreApplication application(count, arguments);
+  QTimer::singleShot(20000, &application, [] { std::_Exit(1); });
   std::vector<int> seen;
   std::shared_ptr<PostedCalls> left;
   {
     MainThread mainThread;
     left = mainThread.Calls();
     QEventLoop outer;
-    EndAfter(outer, 20000);
     std::thread worker([&] {
       mainThread.Post([&] {
         QEventLoop dialog;
-        EndAfter(dialog, 20000);
         seen.push_back(1);
         mainThread.Post([&] { dialog.quit(); });
-        EXPECT_EQ(dialog.exec(), 0);
+        dialog.exec();
       });
       mainThread.Post([&] { seen.push_back(2); });
       mainThread.Post([&] { outer.quit(); });
     });
-    EXPECT_EQ(outer.exec(), 0);
+    outer.exec();
     worker.join();
     EXPECT_TRUE(left->Post([&] { seen.push_back(3); }));
   }

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "platform/environment.h"
-#include "tests/support/environment.h"
 
 namespace updown {
 namespace {
@@ -58,12 +57,6 @@ TEST(Environment, NumbersAreReadAsFarAsTheyGo) {
   for (const auto& [text, number] : cases) {
     EXPECT_EQ(LeadingNumber(text), number) << text;
   }
-}
-
-TEST(Environment, AVariableMustFitWithItsTerminator) {
-  const test::ScopedEnvironment environment({{kVariableRelayClientId, std::string("12345")}});
-  EXPECT_EQ(ReadVariable(kVariableRelayClientId, 6), "12345");
-  EXPECT_EQ(ReadVariable(kVariableRelayClientId, 5), std::nullopt);
 }
 
 }  // namespace

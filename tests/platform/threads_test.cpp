@@ -10,20 +10,6 @@ using std::chrono::milliseconds;
 
 constexpr milliseconds kLong = std::chrono::seconds(20);
 
-TEST(Event, StaysSignalledUntilReset) {
-  Event first;
-  Event second;
-  const Event* const both[] = {&first, &second};
-  EXPECT_EQ(WaitForAny(both, milliseconds(0)), std::nullopt);
-  second.Set();
-  EXPECT_EQ(WaitForAny(both, std::nullopt), 1U);
-  first.Set();
-  EXPECT_EQ(WaitForAny(both, milliseconds::max()), 0U);
-  first.Reset();
-  EXPECT_FALSE(first.WaitFor(milliseconds(1)));
-  EXPECT_TRUE(second.WaitFor(milliseconds(0)));
-}
-
 TEST(Thread, TellsItsEndAfterReleasingWhatItHeld) {
   for (int i = 0; i < 500; ++i) {
     const auto held = std::make_shared<Event>();
@@ -49,8 +35,6 @@ TEST(Thread, ARunningOneOutlivesItsHandle) {
 TEST(Ticks, TimeLeftIsRightAcrossTheWrap) {
   EXPECT_EQ(TicksLeft(5, 0xFFFFFFF0U), 21);
   EXPECT_EQ(TicksLeft(0xFFFFFFF0U, 5), -21);
-  const std::uint32_t before = SystemTicks().Now();
-  EXPECT_LT(SystemTicks().Now() - before, 60000U);
 }
 
 }  // namespace

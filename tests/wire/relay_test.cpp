@@ -44,13 +44,12 @@ class FakeRelay {
 Ipv4Address Address(const char* dotted) { return inet_addr(dotted); }
 
 TEST(Relay, ResolveRepliesTable) {
-  struct Case {
+  const std::vector<Ipv4Address> two = {Address("1.2.3.4"), Address("5.6.7.8")};
+  const struct {
     const char* reply;
     int result;
     std::vector<Ipv4Address> addresses;
-  };
-  const std::vector<Ipv4Address> two = {Address("1.2.3.4"), Address("5.6.7.8")};
-  const Case cases[] = {
+  } cases[] = {
       {"02 13 0020 00000000 00 81 0000 62 0010 '1.2.3.4,5.6.7.8' 00 FF", 0, two},
       {"02 13 0020 00000000 00 81 0005 62 0010 '1.2.3.4' 00 '5.6.7.8' 00 FF", 0, two},
       {"02 13 001A 00000000 00 81 0000 62 000A 'x,1.2.3.4,' FF", 0, {INADDR_NONE, two[0]}},
@@ -59,14 +58,13 @@ TEST(Relay, ResolveRepliesTable) {
       {"02 13 000D 00000000 00 81 0000 FF", -1, {}},
       {"02 13 000F 00000000 00 81 0000 62 0009", -1, {}},
       {"02 13 0800", -1, {}},
-      {"02 13 000B", -1, {}},
       {"03 13 0020", -1, {}},
       {"02 12 0020", -1, {}},
       {"02 13 0020 00000000 00 81 0000 62 0010 '1.2", -1, {}},
   };
   const std::string request =
       Wire("02 12 0020 01000000 00 81 0000  60 0007 'Resolve'  61 0002 'fs'  63 0001 '7'  FF");
-  for (const Case& example : cases) {
+  for (const auto& example : cases) {
     SCOPED_TRACE(example.reply);
     FakeRelay relay({{request, Wire(example.reply)}});
     std::vector<Ipv4Address> addresses;
@@ -77,26 +75,26 @@ TEST(Relay, ResolveRepliesTable) {
 }
 
 TEST(Relay, ConnectKinds) {
-  struct Case {
+  const struct {
     std::uint8_t kind;
-    const char* head;  // of the request
     const char* reply;
     bool joined;
+  } cases[] = {
+      {kKindConnect, "", true},
+      {133, "02 13 000C 00000000 00 85 0000", true},
+      {133, "02 13 000C 00000000 00 85 0005", false},
+      {133, "02 13 000D 00000000 00 85 0000", false},
+      {133, "01 13 000C 00000000 00 85 0000", false},
+      {133, "02 13 000C 00", false},
   };
-  const Case cases[] = {
-      {kKindConnect, "02 12 002D 01000000 00 86 0000", "", true},
-      {133, "02 12 002D 01000000 00 85 0000", "02 13 000C 00000000 00 85 0000", true},
-      {133, "", "02 13 000C 00000000 00 85 0005", false},
-      {133, "", "02 13 000D 00000000 00 85 0000", false},
-      {133, "", "01 13 000C 00000000 00 85 0000", false},
-      {133, "", "02 13 000C 00", false},
-  };
-  const std::string list = "63 0001 '7' 64 000D '10.0.0.9:8080' 66 0002 'hi' 6E 0004 01020304 FF";
   const ServiceTarget target{Address("10.0.0.9"), 8080};
-  for (const Case& example : cases) {
+  for (const auto& example : cases) {
     SCOPED_TRACE(example.reply);
-    const std::string head = example.head;
-    FakeRelay relay({{head.empty() ? "" : Wire(head + list), Wire(example.reply)}});
+    const std::string head =
+        Wire("02 12 002D 01000000 00") + static_cast<char>(example.kind) + Wire("0000");
+    FakeRelay relay({{head + Wire("63 0001 '7' 64 000D '10.0.0.9:8080' 66 0002 'hi'"
+                                  "6E 0004 01020304 FF"),
+                      Wire(example.reply)}});
     const RelayParameters parameters = relay.Parameters();
     const int socket = RelayConnect(parameters, "hi", target, kTransportTcp, example.kind);
     EXPECT_EQ(socket > 0, example.joined);
@@ -110,11 +108,10 @@ TEST(Relay, ConnectKinds) {
 }
 
 TEST(ServiceConnect, JoinsASocketToTheResolvedAddress) {
-  struct Case {
+  const struct {
     const char* reply;
     const char* target;
-  };
-  const Case cases[] = {
+  } cases[] = {
       {"02 13 0018 00000000 00 81 0000 62 0008 '1.2.3.4' 00 FF", "64 000C '1.2.3.4:8080'"},
       {"02 13 0011 00000000 00 81 0000 62 0001 00 FF", "64 000C '0.0.0.0:8080'"},
       {"", "64 000C '0.0.0.0:8080'"},
