@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
+#include "platform/environment.h"
 #include "service/messages.h"
 #include "tests/engine/engine_world.h"
+#include "tests/wire/loopback.h"
 
 namespace updown {
 namespace {
@@ -34,6 +36,16 @@ TEST(Exit, InThePaceBehindABlock) {
   EXPECT_TRUE(world.End());
   EXPECT_EQ(task->record->state, TransferState::Stopped);
   EXPECT_EQ(task->record->doneBytes, 65536U) << "what the list holds stays true";
+}
+
+TEST(Exit, InAConnect) {
+  EngineWorld world;
+  const testing::SilentListener silent;
+  const test::ScopedEnvironment toSilent({{kVariableRelayPort, std::to_string(silent.Port())}});
+  const TaskPointer task = world.Fetch("f");
+  world.Start();
+  ASSERT_TRUE(world.told->Until([&] { return silent.KeepsWaiting(); }));
+  EXPECT_TRUE(world.End());
 }
 
 // A listing that nobody makes any more is no failure of the folder's: it goes on at the next start.
