@@ -1,9 +1,27 @@
 #include "engine/file_transfers.h"
 
+#include "resources/string_id.h"
 #include "service/result_codes.h"
 #include "service/transfer.h"
 
 namespace updown {
+
+TransferResult ResultOfListing(const SessionResult& ended, const std::string& path) {
+  if (ended.Done()) {
+    return {};
+  }
+  int code = static_cast<int>(0U - ended.report);
+  if (ended.end != SessionResult::End::Failed) {
+    code = result::kAuthentication;
+  } else if (ended.report == static_cast<std::uint32_t>(StringId::NetworkError)) {
+    code = result::kConnection;
+  } else if (ended.report == static_cast<std::uint32_t>(StringId::SystemBusy)) {
+    code = result::kBusy;
+  } else if (ended.report == static_cast<std::uint32_t>(StringId::FolderReadFailed)) {
+    code = result::kNotDecodable;
+  }
+  return {code, 0, path};
+}
 
 TransferResult FileTransfers::Move(TransferRecord& record) {
   nextBlock_.reset();
@@ -26,11 +44,9 @@ TransferResult FileTransfers::Move(TransferRecord& record) {
 ListingAnswer FileTransfers::List(const std::string& path) {
   for (;;) {
     ListingAnswer listing = context_.session->List(path, run_.StopToken());
-    const SessionResult& result = listing.result;
+    const TransferResult ended = ResultOfListing(listing.result, path);
     next_ = Next::Nothing;
-    if (result.end != SessionResult::End::Failed ||
-        result.report != result::WithoutSign(result::kConnection) ||
-        !TriesAgain({result::kConnection, 0, {}}) || !GoesOn()) {
+    if (ended.code != result::kConnection || !TriesAgain(ended) || !GoesOn()) {
       return listing;
     }
   }

@@ -3,12 +3,17 @@
 #include <cstddef>
 #include <functional>
 #include <optional>
+#include <string>
 #include <utility>
 
 #include "engine/scheduler_context.h"
 #include "service/operations.h"
 
 namespace updown {
+
+// A listing's end in the terms of a transfer: the session tells by the id of a text that it could
+// not be opened, or that a reply was no listing. kAuthentication for a login that was given up.
+TransferResult ResultOfListing(const SessionResult& ended, const std::string& path);
 
 // Moves files of one run of a task, one after the other, each over as many connections as it takes:
 // the pace, the renewal of a session that the service has forgotten, and new connections for those

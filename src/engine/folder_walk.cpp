@@ -45,15 +45,6 @@ bool EndsTheWalk(const TransferResult& failure) {
   }
 }
 
-TransferResult ResultOf(const SessionResult& failed, const std::string& path) {
-  // Without a session there is a text's id instead of a code.
-  constexpr std::uint32_t kHighestCode = 65535;
-  const bool noSession = failed.end == SessionResult::End::NoLogin ||
-                         (failed.report > result::WithoutSign(result::kNotImplemented) &&
-                          failed.report < kHighestCode);
-  return {noSession ? result::kAuthentication : -static_cast<int>(failed.report), 0, path};
-}
-
 // A record without a path stands for no file; a stopped one may have all of its file.
 bool IsHalfFetched(const TransferRecord& file) {
   const bool complete = file.state == TransferState::Stopped && file.totalBytes == file.doneBytes;
@@ -260,7 +251,7 @@ void FolderWalk::List(const Place& place, FileTransfers& transfers) {
     listerGone_ = listerGone_ || !ended_;
     ended_ = true;
   } else if (!listing.result.Done()) {
-    Fail(ResultOf(listing.result, place.remote));
+    Fail(ResultOfListing(listing.result, place.remote));
   }
   std::erase_if(listing.entries, [&](const DirectoryEntry& entry) {
     return IsItselfOrParent(entry.name) ||

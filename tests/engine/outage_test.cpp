@@ -1,0 +1,64 @@
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <utility>
+
+#include "resources/string_id.h"
+#include "tests/engine/engine_world.h"
+
+namespace updown {
+namespace {
+
+using test::EngineWorld;
+using test::Pattern;
+using test::ReadFile;
+using test::WriteFile;
+
+// What changes on the service, or on the way to it, while a transfer runs.
+class Outage : public ::testing::TestWithParam<int> {
+ protected:
+  Outage() {
+    std::filesystem::create_directories(world.served.File("pkg/sub"));
+    WriteFile(world.served.File("pkg/a.bin"), bytes);
+    WriteFile(world.served.File("pkg/sub/b.bin"), bytes);
+  }
+
+  const std::string bytes = Pattern(40000);  // ten blocks
+  EngineWorld world{test::Dialect(GetParam())};
+};
+
+// The relay cannot be reached when the second listing is asked for, and then it can.
+TEST_P(Outage, OfAListingIsWaitedFor) {
+  struct : WorkerSession {
+    SessionKey Key() const override { return world->session.Key(); }
+    std::optional<SessionKey> Renew(const SessionKey&, std::stop_token) override { return {}; }
+    ListingAnswer List(const std::string& path, std::stop_token stop) override {
+      if (path.ends_with("sub/") && !std::exchange(failed, true)) {
+        world->told->Until([this] { return task->Bytes() != 0; });
+        return {{SessionResult::End::Failed, static_cast<std::uint32_t>(StringId::NetworkError)},
+                {}};
+      }
+      return world->session.List(path, stop);
+    }
+    EngineWorld* world = nullptr;
+    TaskPointer task;
+    bool failed = false;
+  } session;
+  session.world = &world;
+  world.context->session = &session;
+  session.task = world.store->AddFolderDownload({"pkg", "/pkg", "fileservice", 8080},
+                                                world.local.File("pkg"));
+  world.Start();
+  const TransferRecord& record = *session.task->record;
+  EXPECT_TRUE(world.told->Until([&] { return record.state != TransferState::Queued; }));
+  EXPECT_EQ(record.state, TransferState::Finished);
+  EXPECT_TRUE(session.failed);
+  EXPECT_TRUE(ReadFile(world.local.File("pkg/sub/b.bin")) == bytes);
+  world.End();
+}
+
+INSTANTIATE_TEST_SUITE_P(Dialects, Outage, ::testing::Values(1, 2));
+
+}  // namespace
+}  // namespace updown
