@@ -2,9 +2,11 @@
 
 #include <chrono>
 #include <filesystem>
+#include <thread>
 #include <utility>
 
 #include "resources/string_id.h"
+#include "service/messages.h"
 #include "tests/engine/engine_world.h"
 
 namespace updown {
@@ -56,6 +58,23 @@ TEST_P(Outage, OfAListingIsWaitedFor) {
   EXPECT_TRUE(session.failed);
   EXPECT_TRUE(ReadFile(world.local.File("pkg/sub/b.bin")) == bytes);
   world.End();
+}
+
+// The service has renamed the package, and the client does not know yet.
+TEST_P(Outage, OfARenamedFileEndsWithTheNewName) {
+  world.Renew(std::chrono::milliseconds(20));
+  world.context->reconnectDelays = {std::chrono::seconds(1)};
+  const TaskPointer task = world.store->AddDownload(
+      {"a.bin", "/pkg/a.bin", "fileservice", 8080}, world.local.File("a.bin"), true);
+  world.Start();
+  ASSERT_TRUE(world.told->Until([&] { return task->record->doneBytes != 0; }));
+  std::filesystem::rename(world.served.File("pkg"), world.served.File("new"));
+  const long before = world.Count(message::kReadBlock);
+  EXPECT_TRUE(world.told->Until([&] { return world.Count(message::kReadBlock) > before; }));
+  std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  world.store->FollowRename("/pkg", "/new");
+  EXPECT_TRUE(world.WaitForState(*task, TransferState::Finished));
+  EXPECT_TRUE(ReadFile(world.local.File("a.bin")) == bytes);
 }
 
 INSTANTIATE_TEST_SUITE_P(Dialects, Outage, ::testing::Values(1, 2));
