@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
 #include <filesystem>
 #include <thread>
@@ -49,8 +50,8 @@ TEST_P(Outage, OfAListingIsWaitedFor) {
   } session;
   session.world = &world;
   world.context->session = &session;
-  session.task = world.store->AddFolderDownload({"pkg", "/pkg", "fileservice", 8080},
-                                                world.local.File("pkg"));
+  session.task =
+      world.store->AddFolderDownload({"pkg", "/pkg", "fileservice", 8080}, world.local.File("pkg"));
   world.Start();
   const TransferRecord& record = *session.task->record;
   EXPECT_TRUE(world.told->Until([&] { return record.state != TransferState::Queued; }));
@@ -64,8 +65,8 @@ TEST_P(Outage, OfAListingIsWaitedFor) {
 TEST_P(Outage, OfARenamedFileEndsWithTheNewName) {
   world.Renew(std::chrono::milliseconds(20));
   world.context->reconnectDelays = {std::chrono::seconds(1)};
-  const TaskPointer task = world.store->AddDownload(
-      {"a.bin", "/pkg/a.bin", "fileservice", 8080}, world.local.File("a.bin"), true);
+  const TaskPointer task = world.store->AddDownload({"a.bin", "/pkg/a.bin", "fileservice", 8080},
+                                                    world.local.File("a.bin"), true);
   world.Start();
   ASSERT_TRUE(world.told->Until([&] { return task->record->doneBytes != 0; }));
   std::filesystem::rename(world.served.File("pkg"), world.served.File("new"));
@@ -75,6 +76,32 @@ TEST_P(Outage, OfARenamedFileEndsWithTheNewName) {
   world.store->FollowRename("/pkg", "/new");
   EXPECT_TRUE(world.WaitForState(*task, TransferState::Finished));
   EXPECT_TRUE(ReadFile(world.local.File("a.bin")) == bytes);
+}
+
+// A worker's listing hangs: what a person has asked for behind it can be cancelled, and once the
+// worker is told to stop the connection is free.
+TEST_P(Outage, OfAWorkersListingKeepsNobodyFromBrowsing) {
+  std::atomic<int> cancelled{0};
+  std::atomic<int> listed{0};
+  const auto count = [&](const ListingAnswer& answer) {
+    cancelled += answer.result.end == SessionResult::End::Cancelled ? 1 : 0;
+    listed += answer.result.Done() ? 1 : 0;
+  };
+  Session session(
+      world.service, world.launch, [](const std::function<void()>& call) { call(); }, nullptr,
+      [] {});
+  world.peer.AddFault({peer::Fault::Kind::Stall, message::kList, 0, 1, 0});
+  std::jthread worker([&](const std::stop_token& stop) { session.List("/", stop); });
+  ASSERT_TRUE(world.told->Until([&] { return world.Count(message::kList) == 1; }));
+  session.ListFolder("/", ListAgain::No, AskedBy::Person, count);
+  session.Cancel();
+  EXPECT_EQ(cancelled, 1);
+  worker.request_stop();
+  worker.join();
+  session.ListFolder("/", ListAgain::No, AskedBy::Person, count);
+  EXPECT_TRUE(world.told->Until([&] { return listed == 1; }, std::chrono::seconds(5)));
+  EXPECT_EQ(cancelled, 1);
+  session.Stop(std::chrono::seconds(2));
 }
 
 INSTANTIATE_TEST_SUITE_P(Dialects, Outage, ::testing::Values(1, 2));
