@@ -119,8 +119,8 @@ bool FileTransfers::Renew() {
   return key.has_value();
 }
 
-// The file had blocks to give, so that its package may have been renamed: the service does so before
-// the record learns the new path.
+// The file had blocks to give, so that its package may have been renamed: the service does so
+// before the record learns the new path.
 bool FileTransfers::WaitForRename(const TransferRecord& record) {
   followed_ = true;
   const auto moved = [&] { return record.RemotePath() != askedPath_; };
