@@ -92,19 +92,22 @@ void FolderWalk::Work() {
   FileTransfers transfers(context_, *task_, *run_,
                           [&] { return givesWay = givesWay || GivesWay(); });
   for (;;) {
-    const Taken taken = Take(givesWay);
-    givesWay = false;
-    if (!taken.job) {
-      if (taken.last) {
-        Finish();
-      }
-      return;
-    }
+    Taken taken;
     try {
-      Do(*taken.job, transfers);
+      taken = Take(givesWay);
+      givesWay = false;
+      if (taken.job) {
+        Do(*taken.job, transfers);
+        continue;
+      }
     } catch (const std::exception&) {
       End(ResultOfException());
+      continue;
     }
+    if (taken.last) {
+      Finish();
+    }
+    return;
   }
 }
 
