@@ -77,8 +77,8 @@ const ServiceOps& SecondDialect();
 // The file service as the rest of the program sees it: one dialect, settled by the first session
 // request of the process and kept until its end. Made once, at start; tests make their own.
 //
-// NegotiateSession runs on the main thread. Ops() may be read by any thread at any time; all nine
-// operations change over at once.
+// NegotiateSession runs on the session's thread. Ops() may be read by any thread at any time; all
+// nine operations change over at once.
 class FileService {
  public:
   const ServiceOps& Ops() const { return *ops_.load(std::memory_order_acquire); }
