@@ -268,6 +268,7 @@ bool MainWindow::ShutDown() {
   keeper_.BeginEnd();
   mainThread_.Close();
   const QDeadlineTimer deadline(kStopLimit);
+  context_->schedulerExit.Set();  // no worker starts for what the end of the session leaves undone
   // First: a worker that waits for a listing gets none, and goes on to its end.
   const bool sessionEnded = session_.Stop(kStopLimit);
   const std::chrono::milliseconds left(deadline.remainingTime());

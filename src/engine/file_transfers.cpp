@@ -1,14 +1,43 @@
 #include "engine/file_transfers.h"
 
+#include "resources/string_id.h"
 #include "service/result_codes.h"
 #include "service/transfer.h"
 
 namespace updown {
+namespace {
+
+// The second dialect has no reply of its own for it.
+bool IsOfMissingFile(int code) {
+  return code == result::kNoSuchRemoteFile || code == result::kNotDecodable;
+}
+
+}  // namespace
+
+TransferResult ResultOfListing(const SessionResult& ended, const std::string& path) {
+  if (ended.Done()) {
+    return {};
+  }
+  int code = static_cast<int>(0U - ended.report);
+  if (ended.end != SessionResult::End::Failed) {
+    code = result::kAuthentication;
+  } else if (ended.report == static_cast<std::uint32_t>(StringId::NetworkError)) {
+    code = result::kConnection;
+  } else if (ended.report == static_cast<std::uint32_t>(StringId::SystemBusy)) {
+    code = result::kBusy;
+  } else if (ended.report == static_cast<std::uint32_t>(StringId::FolderReadFailed)) {
+    code = result::kNotDecodable;
+  }
+  return {code, 0, path};
+}
 
 TransferResult FileTransfers::Move(TransferRecord& record) {
   nextBlock_.reset();
+  fileMoved_ = false;
+  followed_ = false;
   for (;;) {
     next_ = Next::Nothing;
+    askedPath_ = record.RemotePath();
     TransferResult result = RunTaskTransfer(
         *context_.service, task_.serverName, static_cast<std::uint16_t>(task_.serverPort),
         key_.sessid, record, this, run_.Sockets(), context_.silence);
@@ -16,7 +45,7 @@ TransferResult FileTransfers::Move(TransferRecord& record) {
     if (next_ == Next::Nothing) {
       return result;
     }
-    if (!GoesOn()) {
+    if (next_ == Next::FollowRename ? !WaitForRename(record) : !GoesOn()) {
       record.SetStateUnlessStopped(TransferState::Failed);
       return result;
     }
@@ -26,21 +55,20 @@ TransferResult FileTransfers::Move(TransferRecord& record) {
 ListingAnswer FileTransfers::List(const std::string& path) {
   for (;;) {
     ListingAnswer listing = context_.session->List(path, run_.StopToken());
-    const SessionResult& result = listing.result;
+    const TransferResult ended = ResultOfListing(listing.result, path);
     next_ = Next::Nothing;
-    if (result.end != SessionResult::End::Failed ||
-        result.report != result::WithoutSign(result::kConnection) ||
-        !TriesAgain({result::kConnection, 0, {}}) || !GoesOn()) {
+    if (ended.code != result::kConnection || !TriesAgain(ended) || !GoesOn()) {
       return listing;
     }
   }
 }
 
-bool FileTransfers::BeforeBlock(TransferRecord& /*record*/) {
+bool FileTransfers::BeforeBlock(TransferRecord& record) {
   if ((nextBlock_ && !run_.WaitUntil(*nextBlock_)) || givesWay_()) {
     return false;
   }
   nextBlock_ = TaskRun::Clock::now() + context_.pace;
+  askedPath_ = record.RemotePath();
   inBlock_ = run_.BeginBlock();
   return inBlock_;
 }
@@ -55,6 +83,8 @@ void FileTransfers::BlockDone(TransferRecord& record) {
   EndBlock();
   run_.NoteBlock();
   renewed_ = false;
+  fileMoved_ = true;
+  followed_ = false;
   waited_ = 0;
   if (record.keepAcrossRestart != 0) {  // else no row shows it, and no list stores it
     context_.events->BlockDone(task_.id);
@@ -71,6 +101,9 @@ bool FileTransfers::TriesAgain(const TransferResult& failure) {
   } else if (failure.code == result::kConnection && run_.HasMoved() &&
              waited_ < context_.reconnectDelays.size()) {
     next_ = Next::Reconnect;
+  } else if (IsOfMissingFile(failure.code) && fileMoved_ && !followed_ &&
+             !context_.reconnectDelays.empty()) {
+    next_ = Next::FollowRename;
   }
   return next_ != Next::Nothing;
 }
@@ -84,6 +117,17 @@ bool FileTransfers::Renew() {
     key_ = *key;
   }
   return key.has_value();
+}
+
+// The file had blocks to give, so that its package may have been renamed: the service does so
+// before the record learns the new path.
+bool FileTransfers::WaitForRename(const TransferRecord& record) {
+  followed_ = true;
+  const auto moved = [&] { return record.RemotePath() != askedPath_; };
+  if (!moved()) {
+    run_.WaitUntil(TaskRun::Clock::now() + context_.reconnectDelays.front());
+  }
+  return !run_.Stopping() && moved();
 }
 
 bool FileTransfers::WaitToReconnect() {

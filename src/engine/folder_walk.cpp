@@ -45,15 +45,6 @@ bool EndsTheWalk(const TransferResult& failure) {
   }
 }
 
-TransferResult ResultOf(const SessionResult& failed, const std::string& path) {
-  // Without a session there is a text's id instead of a code.
-  constexpr std::uint32_t kHighestCode = 65535;
-  const bool noSession = failed.end == SessionResult::End::NoLogin ||
-                         (failed.report > result::WithoutSign(result::kNotImplemented) &&
-                          failed.report < kHighestCode);
-  return {noSession ? result::kAuthentication : -static_cast<int>(failed.report), 0, path};
-}
-
 // A record without a path stands for no file; a stopped one may have all of its file.
 bool IsHalfFetched(const TransferRecord& file) {
   const bool complete = file.state == TransferState::Stopped && file.totalBytes == file.doneBytes;
@@ -101,19 +92,22 @@ void FolderWalk::Work() {
   FileTransfers transfers(context_, *task_, *run_,
                           [&] { return givesWay = givesWay || GivesWay(); });
   for (;;) {
-    const Taken taken = Take(givesWay);
-    givesWay = false;
-    if (!taken.job) {
-      if (taken.last) {
-        Finish();
-      }
-      return;
-    }
+    Taken taken;
     try {
-      Do(*taken.job, transfers);
+      taken = Take(givesWay);
+      givesWay = false;
+      if (taken.job) {
+        Do(*taken.job, transfers);
+        continue;
+      }
     } catch (const std::exception&) {
       End(ResultOfException());
+      continue;
     }
+    if (taken.last) {
+      Finish();
+    }
+    return;
   }
 }
 
@@ -260,7 +254,7 @@ void FolderWalk::List(const Place& place, FileTransfers& transfers) {
     listerGone_ = listerGone_ || !ended_;
     ended_ = true;
   } else if (!listing.result.Done()) {
-    Fail(ResultOf(listing.result, place.remote));
+    Fail(ResultOfListing(listing.result, place.remote));
   }
   std::erase_if(listing.entries, [&](const DirectoryEntry& entry) {
     return IsItselfOrParent(entry.name) ||

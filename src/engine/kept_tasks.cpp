@@ -40,7 +40,7 @@ TransferResult StoredFailure(const TransferRecord& record) {
   if (record.state != TransferState::Failed || record.resultCode == 0) {
     return {};
   }
-  const int code = -static_cast<int>(record.resultCode);
+  const int code = static_cast<int>(0U - record.resultCode);
   TransferResult failure{code, static_cast<int>(record.systemError), {}};
   if (code == result::kFileOpen || code == result::kFileWrite) {
     failure.path = record.LocalPath();

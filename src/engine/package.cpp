@@ -14,6 +14,9 @@ constexpr std::string_view kHeaderSection = "Tallbin";
 // code page, so it is looked for behind the conversion.
 std::u16string WithLineBreaks(const std::u16string& text, AnsiCodePage codePage) {
   const std::u16string pair = AnsiToWide("\xFF\xFF", codePage);
+  if (pair.empty()) {
+    return text;
+  }
   std::u16string out;
   std::size_t from = 0;
   for (std::size_t at = text.find(pair); at != std::u16string::npos; at = text.find(pair, from)) {

@@ -223,6 +223,10 @@ void EndWorkers(SchedulerContext& context) {
   if (context.ending) {
     awaitEnd(*context.ending);
   }
+  EndWhatHasNoWorker(context);  // what came while that thread was leaving
+  if (context.ending) {
+    awaitEnd(*context.ending);
+  }
 }
 
 }  // namespace

@@ -1,8 +1,24 @@
 #include "engine/session.h"
 
 #include <algorithm>
+#include <type_traits>
 
 namespace updown {
+namespace {
+
+template <typename Answer>
+Answer CancelledAnswer() {
+  constexpr SessionResult kCancelled{SessionResult::End::Cancelled};
+  Answer answer;
+  if constexpr (std::is_same_v<Answer, SessionResult>) {
+    answer = kCancelled;
+  } else {
+    answer.result = kCancelled;
+  }
+  return answer;
+}
+
+}  // namespace
 
 Session::Session(FileService& service, const LaunchState& launch, Post post, LoginQuestion question,
                  Granted granted, SessionLimits limits)
@@ -24,14 +40,16 @@ template <typename Answer, typename Work, typename Done>
 Session::RequestId Session::Ask(Work work, Done done) {
   const RequestId id = ++lastId_;
   awaited_->insert(id);
-  Add({id, [this, id, work = std::move(work), done = std::move(done)](SessionLink& link) {
-         post_([id, done, answer = Answer(work(link)), awaited = std::weak_ptr(awaited_)] {
-           const auto still = awaited.lock();
-           if (still && still->erase(id) != 0) {
-             done(answer);
-           }
-         });
-       }});
+  const auto tell = [this, id, done = std::move(done)](Answer answer) {
+    post_([id, done, answer = std::move(answer), awaited = std::weak_ptr(awaited_)] {
+      const auto still = awaited.lock();
+      if (still && still->erase(id) != 0) {
+        done(answer);
+      }
+    });
+  };
+  Add({id, [tell, work = std::move(work)](SessionLink& link) { tell(work(link)); },
+       [tell] { tell(CancelledAnswer<Answer>()); }, nullptr});
   return id;
 }
 
@@ -70,13 +88,24 @@ void Session::Drop(RequestId request) {
   std::erase_if(jobs_, [request](const Job& job) { return job.id == request; });
 }
 
+// What waits may stand behind a worker's request, which goes on.
 void Session::Cancel() {
-  const std::lock_guard lock(mutex_);
-  cancelledUpTo_ = lastId_;
-  if (running_ != 0) {
-    link_.Cut();
+  std::deque<Job> waiting;
+  {
+    const std::lock_guard lock(mutex_);
+    const auto workers =
+        std::ranges::stable_partition(jobs_, [](const Job& job) { return job.id != 0; });
+    waiting.assign(std::make_move_iterator(jobs_.begin()),
+                   std::make_move_iterator(workers.begin()));
+    jobs_.erase(jobs_.begin(), workers.begin());
+    if (running_ != 0) {
+      link_.Cut();
+    }
   }
   changed_.notify_all();
+  for (const Job& job : waiting) {
+    job.cancelled();
+  }
 }
 
 bool Session::Stop(std::chrono::milliseconds limit) {
@@ -105,9 +134,12 @@ std::optional<SessionKey> Session::Renew(const SessionKey& refused, std::stop_to
   }
   if (!renewal_) {
     renewal_ = std::make_shared<Renewal>();
-    jobs_.push_front({0, [this, refused = refused.grant, renewal = renewal_](SessionLink& link) {
+    jobs_.push_front({0,
+                      [this, refused = refused.grant, renewal = renewal_](SessionLink& link) {
                         RunRenewal(link, refused, renewal);
-                      }});
+                      },
+                      {},
+                      nullptr});
     changed_.notify_all();
   }
   const auto renewal = renewal_;
@@ -130,7 +162,8 @@ void Session::RunRenewal(SessionLink& link, std::uint64_t refused,
 ListingAnswer Session::List(const std::string& path, std::stop_token stop) {
   const auto reply = std::make_shared<Reply<ListingAnswer>>();
   std::unique_lock lock(mutex_);
-  jobs_.push_back({0, [this, path, reply](SessionLink& link) {
+  jobs_.push_back({0,
+                   [this, path, reply](SessionLink& link) {
                      if (reply.use_count() == 1) {
                        return;  // nobody waits any more
                      }
@@ -139,9 +172,15 @@ ListingAnswer Session::List(const std::string& path, std::stop_token stop) {
                      const std::lock_guard answering(mutex_);
                      reply->value = std::move(answer);
                      changed_.notify_all();
-                   }});
+                   },
+                   {},
+                   reply.get()});
   changed_.notify_all();
   changed_.wait(lock, stop, [&] { return reply->value || stopping_; });
+  // Others wait for the connection. A person at the login prompt opens it for all.
+  if (!reply->value && runningFor_ == reply.get() && !asking_) {
+    link_.Cut();
+  }
   return reply->value ? *std::move(reply->value)
                       : ListingAnswer{{SessionResult::End::Cancelled}, {}};
 }
@@ -168,6 +207,7 @@ void Session::Run() {
 bool Session::TakeJob(Job& job) {
   std::unique_lock lock(mutex_);
   running_ = 0;
+  runningFor_ = nullptr;
   changed_.wait(lock, [this] { return stopping_ || !jobs_.empty(); });
   if (stopping_) {
     return false;
@@ -175,7 +215,8 @@ bool Session::TakeJob(Job& job) {
   job = std::move(jobs_.front());
   jobs_.pop_front();
   running_ = job.id;
-  link_.Begin(job.id != 0 && job.id <= cancelledUpTo_);
+  runningFor_ = job.asker;
+  link_.Begin();
   return true;
 }
 
@@ -198,7 +239,9 @@ std::optional<LoginAnswer> Session::AskLogin(const LoginRequest& request) {
     });
   });
   std::unique_lock lock(mutex_);
+  asking_ = true;
   changed_.wait(lock, [&] { return given->value || stopping_ || link_.WasCut(); });
+  asking_ = false;
   return given->value.value_or(std::nullopt);
 }
 

@@ -57,8 +57,8 @@ class Session final : public WorkerSession {
   // that is under way runs to its end.
   void Drop(RequestId request);
 
-  // Cuts what is under way, and answers it and all that waits with Cancelled. Workers' requests go
-  // on.
+  // Answers all that waits with Cancelled, then cuts what is under way, which is answered so behind
+  // it. Workers' requests go on.
   void Cancel();
 
   // True while an answer is to come.
@@ -78,6 +78,8 @@ class Session final : public WorkerSession {
   struct Job {
     RequestId id = 0;  // 0: a worker's
     std::function<void(SessionLink&)> run;
+    std::function<void()> cancelled;  // answers instead; of the main thread's requests
+    const void* asker = nullptr;      // what a worker's listing is for; compared, never followed
   };
   // What a worker, or the session itself at the login prompt, waits for; guarded by mutex_.
   template <typename Value>
@@ -108,7 +110,8 @@ class Session final : public WorkerSession {
   std::condition_variable_any changed_;
   std::deque<Job> jobs_;
   RequestId running_ = 0;
-  RequestId cancelledUpTo_ = 0;
+  const void* runningFor_ = nullptr;
+  bool asking_ = false;  // at the login prompt
   bool stopping_ = false;
   SessionKey key_;
   std::shared_ptr<Renewal> renewal_;  // under way or waiting, for all who hold its refused key

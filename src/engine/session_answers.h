@@ -13,7 +13,7 @@ struct SessionResult {
   enum class End {
     Done,
     Failed,     // `report` tells why
-    Cancelled,  // cut by Session::Cancel
+    Cancelled,  // by Session::Cancel or Stop, or by the stop of the worker that asked
     NoLogin,    // somebody gave up the login prompt; nothing to tell
   };
   End end = End::Done;
@@ -35,7 +35,8 @@ struct ChangeAnswer {
   SessionResult result;
   // The service may or may not have carried out a part of it: only a listing can tell.
   bool uncertain = false;
-  std::string failedName;  // the file or folder at which it ended; empty when all of it was done
+  // The file or folder at which it ended; empty when all of it was done, or nothing was begun.
+  std::string failedName;
 };
 
 // Who wants a request. Only what a person does may bring up a login prompt again that was given up.

@@ -93,9 +93,9 @@ std::optional<SessionResult> SessionLink::TryOnce(Attempt& attempt) {
   return AskLogin(attempt, true) ? std::nullopt : std::optional(GivenUp());
 }
 
-void SessionLink::Begin(bool cut) {
+void SessionLink::Begin() {
   const std::lock_guard lock(mutex_);
-  cut_ = cut;
+  cut_ = false;
 }
 
 void SessionLink::Cut() {

@@ -49,8 +49,8 @@ class SessionLink {
   SessionLink(FileService& service, const LaunchState& launch, SessionLimits limits, AskAndWait ask,
               KeyGranted granted);
 
-  // Before each request: forgets an earlier cut. `cut`: the request was given up before it began.
-  void Begin(bool cut);
+  // Before each request: forgets an earlier cut.
+  void Begin();
 
   // Done at once if the connection stands and is in step. Else opens it, as often logging in as the
   // person is willing to try. Takes `limits.opening` at most, without the time in the prompt.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <condition_variable>
+#include <exception>
 #include <mutex>
 #include <optional>
 #include <utility>
@@ -62,7 +63,12 @@ void TaskListSaver::Run(State& state) {
     std::vector<StoredRecord> snapshot = std::move(*state.newest);
     state.newest.reset();
     lock.unlock();
-    const int error = state.write(snapshot);
+    int error = 0;
+    try {
+      error = state.write(snapshot);
+    } catch (const std::exception&) {
+      error = ENOMEM;  // tried again like any other failure
+    }
     lock.lock();
     Tell(state, error);
     if (error == 0) {

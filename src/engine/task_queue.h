@@ -23,8 +23,7 @@ class TaskQueue {
 
   // What the user asked for goes before the header files that the program fetches for itself, each
   // in order: the first task whose record is Queued and that has no worker. It is given once, and
-  // again behind MakeReady. Headers are left out
-  // unless `headersToo`.
+  // again behind MakeReady or PutBack. Headers are left out unless `headersToo`.
   TaskPointer NextRunnableTask(bool headersToo = true);
   // Whether a task of the user's is runnable; it stays so.
   bool UserTaskWaits();

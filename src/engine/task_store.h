@@ -61,7 +61,8 @@ class TaskStore {
 
   // The service has renamed the folder `oldPath`: what the user asked for that is not Finished and
   // has its service path there, or below, gets the new one, unless that does not fit. The tasks
-  // whose path changed; one that runs uses it from its next start on.
+  // whose path changed. A file that is being fetched uses it from its next block on, a folder for
+  // its open files; what its listings have brought keeps the old path up to the next start.
   std::vector<TaskId> FollowRename(const std::string& oldPath, const std::string& newPath);
 
   // kStreamLimit or more tasks with keepAcrossRestart whose state is not Finished.

@@ -14,7 +14,7 @@ namespace updown {
 // Local files of the transfer code and the task list: UTF-8 paths, 32-bit offsets and plain
 // results. No state, no buffering; any thread.
 
-// Access and sharing in one number.
+// What the file is opened for.
 enum class OpenMode : std::uint32_t {
   Read = 1,       // size query, source of an upload, loading the task list
   ReadWrite = 2,  // target of a download, saving the task list

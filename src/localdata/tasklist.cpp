@@ -1,8 +1,12 @@
 #include "localdata/tasklist.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <span>
 #include <string>
 #include <utility>
@@ -162,6 +166,38 @@ bool TakeRecords(MessageBuffer& buffer, std::vector<StoredRecord>& records) {
   return true;
 }
 
+// False if there may be more in the file than the records.
+bool ReadWholeList(const std::string& path, std::vector<StoredRecord>& records) {
+  const UniqueFd file =
+      OpenFile(path, FileAccess::Read, FileDisposition::OpenAlways, kTaskListMode);
+  MessageBuffer buffer(kTaskListCapacity);
+  while (file && buffer.Free() > 0) {
+    const int bytes = ReadLocalFile(file, buffer.FreeBytes());
+    if (bytes < 1) {
+      return bytes == 0 && buffer.Unread() == 0;
+    }
+    buffer.AdvanceWrite(static_cast<std::uint32_t>(bytes));
+    if (!TakeRecords(buffer, records)) {
+      break;
+    }
+  }
+  return false;
+}
+
+// A second name, so that the list stays in its place until the next save. A file system without
+// such names gives it the new name alone.
+void KeepBeside(const std::string& path) {
+  const std::string kept = path + ".bad";
+  struct stat status {};
+  if (lstat(path.c_str(), &status) != 0 || S_ISDIR(status.st_mode)) {
+    return;
+  }
+  unlink(kept.c_str());
+  if (link(path.c_str(), kept.c_str()) != 0) {
+    std::rename(path.c_str(), kept.c_str());
+  }
+}
+
 }  // namespace
 
 int SaveTaskList(std::span<const StoredRecord> records, const std::string& path) {
@@ -177,21 +213,8 @@ int SaveTaskList(std::span<const StoredRecord> records, const std::string& path)
 
 std::vector<StoredRecord> LoadTaskList(const std::string& path) {
   std::vector<StoredRecord> records;
-  const UniqueFd file =
-      OpenFile(path, FileAccess::Read, FileDisposition::OpenAlways, kTaskListMode);
-  if (!file) {
-    return records;
-  }
-  MessageBuffer buffer(kTaskListCapacity);
-  while (buffer.Free() > 0) {
-    const int bytes = ReadLocalFile(file, buffer.FreeBytes());
-    if (bytes < 1) {
-      break;
-    }
-    buffer.AdvanceWrite(static_cast<std::uint32_t>(bytes));
-    if (!TakeRecords(buffer, records)) {
-      break;
-    }
+  if (!ReadWholeList(path, records)) {
+    KeepBeside(path);
   }
   return records;
 }

@@ -26,7 +26,9 @@ int SaveTaskList(std::span<const StoredRecord> records, const std::string& path)
 
 // The records in file order, without those that have no remotePath: they name nothing to fetch. A
 // missing file is made, empty. Reading ends at the first thing that is no whole record, or after
-// 100,000 records, with all records before it.
+// 100,000 records, with all records before it. A file that was not read to its end for this or
+// another reason is kept under its name with ".bad" behind, in the place of an earlier one, for the
+// next save replaces it.
 std::vector<StoredRecord> LoadTaskList(const std::string& path);
 
 }  // namespace updown

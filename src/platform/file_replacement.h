@@ -26,7 +26,8 @@ class FileReplacement {
 
   void Write(std::span<const std::uint8_t> bytes);  // gathered; goes out in pieces of 64 KiB
 
-  // 0 when the new file has the name and will have it after a loss of power, else the error.
+  // 0 when the new file is on the disk and has the name, else the error. The name outlasts a loss
+  // of power where the file system can sync a folder; where it cannot, that is no error.
   int Commit();
 
  private:

@@ -97,7 +97,13 @@ std::string ExecutableFolder() {
 }
 
 bool MakeFolder(const std::string& path) {
-  return mkdir(path.c_str(), kFolderMode) == 0 || IsFolder(path);
+  if (mkdir(path.c_str(), kFolderMode) == 0) {
+    return true;
+  }
+  const int error = errno;  // the look at what is there has one of its own
+  const bool there = IsFolder(path);
+  errno = error;
+  return there;
 }
 
 bool PathExists(const std::string& path) {

@@ -102,7 +102,7 @@ int Download::OpenTarget() {
   if (const int error = target_.Open(record_.LocalPath()); error != 0) {
     return FailLocally(result::kFileOpen, error);
   }
-  if (position_.offset > target_.Size()) {
+  if (position_.offset > target_.Size() || position_.offset > position_.size) {
     position_.offset = 0;
   }
   const int error = target_.CheckRoom(position_.size, position_.offset);

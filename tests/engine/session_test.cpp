@@ -238,7 +238,7 @@ TEST_P(SessionTest, CancelAndDrop) {
   session->Drop(dropped);
   session->Cancel();
   EXPECT_TRUE(RunUntil([&] { return !session->Busy(); }));
-  EXPECT_EQ(answered, (std::vector<std::string>{"stalled 2", "waiting 2"}));
+  EXPECT_EQ(answered, (std::vector<std::string>{"waiting 2", "stalled 2"}));
   EXPECT_TRUE(List("/").result.Done()) << "what is asked later goes on";
 
   peer.AddFault({.kind = Kind::Stall, .message = message::kRemoveFile});

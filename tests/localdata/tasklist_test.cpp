@@ -103,6 +103,20 @@ TEST(TaskList, AFailedSaveLeavesTheOldList) {
   EXPECT_EQ(SaveTaskList(many, folder.File("missing/list")), ENOENT);
 }
 
+TEST(TaskList, WhatCannotBeReadWhollyIsKeptBeside) {
+  const TemporaryFolder folder;
+  const std::string path = folder.File("list");
+  const std::string good = Wire("02 0001 2F 07 0004 05000000 FF");
+  for (const std::string& tail : {std::string(), Wire("02 FFFF 2F")}) {
+    test::WriteFile(path, good + tail);
+    EXPECT_EQ(LoadTaskList(path).size(), 1U);
+    EXPECT_EQ(test::ReadFile(path), good + tail) << "a start without a save loses nothing";
+    EXPECT_EQ(SaveTaskList({}, path), 0);
+    EXPECT_EQ(std::filesystem::exists(path + ".bad"), !tail.empty());
+  }
+  EXPECT_EQ(test::ReadFile(path + ".bad"), good + Wire("02 FFFF 2F"));
+}
+
 TEST(TaskList, FinishedAndOversizedRecordsAreLeftOut) {
   const TemporaryFolder folder;
   const std::string path = folder.File("list");
