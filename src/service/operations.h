@@ -78,11 +78,7 @@ const ServiceOps& SecondDialect();
 // request of the process and kept until its end. Made once, at start; tests make their own.
 //
 // NegotiateSession runs on the session's thread. Ops() may be read by any thread at any time; all
-<<<<<<< HEAD
 // operations change over at once.
-=======
-// nine operations change over at once.
->>>>>>> wt-mend
 class FileService {
  public:
   const ServiceOps& Ops() const { return *ops_.load(std::memory_order_acquire); }
