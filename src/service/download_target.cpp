@@ -1,5 +1,6 @@
 #include "service/download_target.h"
 
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
@@ -24,7 +25,16 @@ int DownloadTarget::Open(std::string path) {
   path_ = std::move(path);
   file_ = OpenLocalFile(path_, OpenMode::ReadWrite, FileDisposition::OpenAlways);
   synced_ = Clock::now();
-  return file_ ? 0 : errno;
+  if (!file_) {
+    return errno;
+  }
+  // One file may have two paths, and two clients may write to one place. Some file systems have no
+  // locks.
+  if (flock(file_.Get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+    file_.Reset();
+    return EBUSY;
+  }
+  return 0;
 }
 
 std::int64_t DownloadTarget::Size() const { return FileSize(file_.Get()); }

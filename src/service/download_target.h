@@ -18,7 +18,8 @@ class DownloadTarget {
   // power loss costs.
   static constexpr std::chrono::seconds kSyncInterval{5};
 
-  // Opens the file, or makes an empty one, and never truncates.
+  // Opens the file, or makes an empty one, and never truncates. EBUSY while another target, also of
+  // another process, has it open. An error of the system, or 0.
   int Open(std::string path);
   bool IsOpen() const { return static_cast<bool>(file_); }
   int Get() const { return file_.Get(); }

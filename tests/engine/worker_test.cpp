@@ -53,8 +53,9 @@ class Workers : public ::testing::TestWithParam<int> {
 
 TEST_P(Workers, AForgottenSessionIsRenewedOnceForAll) {
   std::vector<TaskPointer> tasks;
-  for (int i = 0; i < 5; ++i) {
-    tasks.push_back(Serve());
+  for (const char* name : {"a", "b", "c", "d", "e"}) {
+    test::WriteFile(world.served.File(name), bytes);
+    tasks.push_back(world.Fetch(name));
   }
   world.peer.ForgetSessions();
   world.peer.ForgetRequests();

@@ -1,6 +1,7 @@
 #include "service/transfer.h"
 
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/statvfs.h>
 
@@ -9,6 +10,7 @@
 #include <functional>
 #include <optional>
 
+#include "localdata/files.h"
 #include "service/download_target.h"
 #include "tests/service/script.h"
 #include "tests/support/temporary_folder.h"
@@ -302,6 +304,15 @@ TEST_F(Transfer, AFullDiskIsTold) {
     EXPECT_EQ(record_.doneBytes, error == 0 ? 300000U : 0U);
     EXPECT_TRUE(Local() == whole.substr(0, written));
   }
+}
+
+TEST_F(Transfer, AFileThatAnotherTransferWritesIsLeftAlone) {
+  Begin("of the other");
+  const UniqueFd other = OpenLocalFile(local_, OpenMode::ReadWrite, FileDisposition::OpenAlways);
+  ASSERT_EQ(flock(other.Get(), LOCK_EX), 0);
+  EXPECT_EQ(Download(Dialog{false}, 8, {}), result::kFileOpen);
+  EXPECT_EQ(result_.systemError, EBUSY);
+  EXPECT_EQ(Local(), "of the other");
 }
 
 TEST_F(Transfer, ATargetThatIsTakenAwayFails) {
