@@ -1,6 +1,7 @@
 #include "engine/session.h"
 
 #include <algorithm>
+#include <iterator>
 #include <type_traits>
 
 namespace updown {
@@ -93,11 +94,10 @@ void Session::Cancel() {
   std::deque<Job> waiting;
   {
     const std::lock_guard lock(mutex_);
-    const auto workers =
-        std::ranges::stable_partition(jobs_, [](const Job& job) { return job.id != 0; });
-    waiting.assign(std::make_move_iterator(jobs_.begin()),
-                   std::make_move_iterator(workers.begin()));
-    jobs_.erase(jobs_.begin(), workers.begin());
+    const auto workers = std::stable_partition(jobs_.begin(), jobs_.end(),
+                                               [](const Job& job) { return job.id != 0; });
+    waiting.assign(std::make_move_iterator(jobs_.begin()), std::make_move_iterator(workers));
+    jobs_.erase(jobs_.begin(), workers);
     if (running_ != 0) {
       link_.Cut();
     }

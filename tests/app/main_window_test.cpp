@@ -62,7 +62,7 @@ TEST_F(MainWindowTest, EndsInTimeWhateverItWaitsFor) {
       served_->Service().ForgetRequests();
       Fetch(true, "x.bin");
     }
-    ASSERT_TRUE(Await([&] { return served_->Saw(stalled); }));
+    ASSERT_TRUE(Await([&, wanted = stalled] { return served_->Saw(wanted); }));
     QElapsedTimer timer;
     timer.start();
     EXPECT_TRUE(window_->ShutDown());
