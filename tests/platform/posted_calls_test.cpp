@@ -12,35 +12,6 @@
 namespace updown {
 namespace {
 
-// What a message box does: its loop has to be woken for what the outer one had not reached.
-TEST(PostedCalls, ALoopInsideACallGoesOnInOrder) {
-  int wakes = 0;
-  PostedCalls calls([&wakes] { ++wakes; });
-  std::vector<int> seen;
-  for (const int number : {1, 2, 3}) {
-    EXPECT_TRUE(calls.Post([&, number] {
-      seen.push_back(number);
-      if (number == 1) {
-        EXPECT_EQ(wakes, 2);
-        calls.Run();
-      }
-    }));
-  }
-  EXPECT_EQ(wakes, 1);
-  calls.Run();
-  EXPECT_EQ(seen, (std::vector<int>{1, 2, 3}));
-}
-
-TEST(PostedCalls, ACallThatPostsForEverLeavesTheLoopItsTurn) {
-  int wakes = 0;
-  PostedCalls calls([&wakes] { ++wakes; });
-  std::function<void()> again = [&] { calls.Post(again); };
-  calls.Post(again);
-  const int before = wakes;
-  calls.Run();
-  EXPECT_GT(wakes, before);
-}
-
 TEST(PostedCalls, TheEndMayComeInACallAndFreesWhatWaits) {
   std::optional<PostedCalls> calls;
   calls.emplace([] {});

@@ -12,17 +12,6 @@ using testing::First;
 using testing::Framed;
 using testing::Wire;
 
-TEST(Messages, EncodesTheWholeFrameOrNothing) {
-  const std::string wanted = Wire("00000014 01 0004 00001004 02 0002 '/a' 0A 0004 01000000 FF");
-  std::vector<std::uint8_t> dest(wanted.size());
-  for (std::size_t capacity = 0; capacity <= wanted.size(); ++capacity) {
-    const auto room = std::span(dest).first(capacity);
-    EXPECT_EQ(EncodeMessage(room, message::kCreateFolder, AsBytes("/a")),
-              capacity < wanted.size() ? -1 : static_cast<int>(wanted.size()));
-  }
-  EXPECT_EQ(AsText(dest), wanted);
-}
-
 TEST(Exchange, ChecksVersionBeforeCode) {
   const std::string request = Wire("0000000F 01 0004 00001003 0A 0004 01000000 FF");
   const std::string full = Wire("010004 00008000 0A0004 01000000") + std::string(32750, '\0');
